@@ -1,0 +1,265 @@
+#include "kelvofxds/containers/fxArray.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "kelvofxds/core/fxMemoryInternal.h"
+
+namespace {
+const unsigned int expandElements = 4;
+const unsigned int swapBufferSize = 1024;
+const unsigned int notFound = 0xFFFFFFFF;
+
+// Block copies of the usual element sizes without a call.
+void moveBytes(void* to, const void* from, unsigned int bytes) {
+    if (bytes == 4)
+        std::memcpy(to, from, 4);
+    else if (bytes == 8)
+        std::memmove(to, from, 8);
+    else if (bytes != 0)
+        std::memmove(to, from, bytes);
+}
+}  // namespace
+
+fxArray::fxArray(unsigned short size, unsigned int n)
+    : data(nullptr), maxLen(0), len(0), elemSize(size) {
+    len = maxLen = bytesOf(n);
+    if (len != 0)
+        data = fxAllocate(len);
+}
+
+fxArray::fxArray(const fxArray& other)
+    : fxXDRObj(other), data(nullptr), maxLen(other.len), len(other.len), elemSize(other.elemSize) {
+    if (len == 0)
+        return;
+    data = fxAllocate(len);
+    std::memmove(data, other.data, len);
+}
+
+fxArray::fxArray(unsigned int size, unsigned int bytes, void* block)
+    : data(block), maxLen(bytes), len(bytes), elemSize(static_cast<unsigned short>(size)) {}
+
+fxArray::~fxArray() { std::free(data); }
+
+void fxArray::copyFrom(const fxArray& other) {
+    maxLen = other.maxLen;
+    len = other.len;
+    if (maxLen == 0)
+        return;
+    data = fxAllocate(maxLen);
+    if (len != 0)
+        copyElements(other.data, data, len);
+    clearSpare(len);
+}
+
+// Size of `n` elements. One that does not fit a word could only end in
+// writing outside the block.
+unsigned int fxArray::bytesOf(unsigned int n) const {
+    unsigned int bytes = 0;
+    if (__builtin_mul_overflow(n, static_cast<unsigned int>(elemSize), &bytes))
+        std::abort();
+    return bytes;
+}
+
+// The virtual operations.
+
+void fxArray::getmem() {
+    if (maxLen == 0) {
+        std::free(data);
+        data = nullptr;
+    } else if (data) {
+        data = fxReallocate(data, maxLen);
+    } else {
+        data = std::malloc(maxLen);
+    }
+}
+
+void fxArray::expand() {
+    const unsigned int oldMax = maxLen;
+    maxLen += expandElements * elemSize;
+    getmem();
+    clearSpare(oldMax);
+}
+
+void fxArray::createElements(void*, unsigned int) {}
+
+void fxArray::destroyElements(void*, unsigned int) {}
+
+void fxArray::copyElements(const void* from, void* to, unsigned int bytes) const {
+    moveBytes(to, from, bytes);
+}
+
+int fxArray::compareElements(const void* a, const void* b) const {
+    if (elemSize == sizeof(std::uint32_t)) {
+        std::uint32_t x, y;
+        std::memcpy(&x, a, sizeof x);
+        std::memcpy(&y, b, sizeof y);
+        if (x == y)
+            return 0;
+    }
+    const int order = elemSize != 0 ? std::memcmp(a, b, elemSize) : 0;
+    return (order > 0) - (order < 0);
+}
+
+// Capacity.
+
+// Bytes beyond the length can reach a stream, so new ones are cleared.
+void fxArray::clearSpare(unsigned int from) {
+    if (from >= maxLen)
+        return;
+    if (!data)
+        std::abort();
+    std::memset(byteAt(from), 0, maxLen - from);
+}
+
+void fxArray::setCapacity(unsigned int bytes) {
+    const unsigned int oldMax = maxLen;
+    maxLen = bytes;
+    getmem();
+    clearSpare(oldMax);
+}
+
+void fxArray::setMaxLength(unsigned int n) {
+    const unsigned int wanted = bytesOf(n);
+    const unsigned int bytes = wanted > len ? wanted : len;
+    if (bytes != maxLen)
+        setCapacity(bytes);
+}
+
+void fxArray::resize(unsigned int n) {
+    const unsigned int bytes = bytesOf(n);
+    maxLen = bytes;
+    if (bytes > len) {
+        getmem();
+        if (!data)
+            std::abort();
+        createElements(byteAt(len), bytes - len);
+    } else if (bytes < len) {
+        destroyElements(byteAt(bytes), len - bytes);
+        getmem();
+    }
+    len = bytes;
+}
+
+// Changing elements.
+
+void fxArray::destroy() {
+    if (len != 0 && data)
+        destroyElements(data, len);
+}
+
+unsigned int fxArray::length() const { return len / elemSize; }
+
+void fxArray::append(const void* elem) {
+    if (len == maxLen) {
+        const bool own = fxPointsInto(elem, data, len);
+        const std::ptrdiff_t offset = own ? static_cast<const char*>(elem) - byteAt(0) : 0;
+        expand();
+        if (own)
+            elem = byteAt(0) + offset;
+    }
+    copyElements(elem, byteAt(len), elemSize);
+    len += elemSize;
+}
+
+void fxArray::append(const fxArray& other) {
+    const unsigned int added = other.len;
+    if (added == 0)
+        return;
+    if (len + added > maxLen)
+        setCapacity(len + added);
+    copyElements(other.data, byteAt(len), added);
+    len += added;
+}
+
+void fxArray::insert(const void* elem, unsigned int index) {
+    const unsigned int p = index * elemSize;
+    if (maxLen <= len) {
+        const bool own = fxPointsInto(elem, data, len);
+        const std::ptrdiff_t offset = own ? static_cast<const char*>(elem) - byteAt(0) : 0;
+        setCapacity(len + elemSize);
+        if (own)
+            elem = byteAt(0) + offset;
+    }
+    if (p < len)
+        std::memmove(byteAt(p + elemSize), byteAt(p), len - p);
+    copyElements(elem, byteAt(p), elemSize);
+    len += elemSize;
+}
+
+void fxArray::insert(const fxArray& other, unsigned int index) {
+    const unsigned int added = other.len;
+    if (other.length() == 0)
+        return;
+    const unsigned int p = index * elemSize;
+    if (maxLen < len + added)
+        setCapacity(len + added);
+    if (p < len)
+        std::memmove(byteAt(p + added), byteAt(p), len - p);
+    copyElements(other.data, byteAt(p), added);
+    len += added;
+}
+
+// Moves what follows the `bytes` bytes at `offset` down over them.
+void fxArray::closeGap(unsigned int offset, unsigned int bytes) {
+    if (offset + bytes < len)
+        std::memmove(byteAt(offset), byteAt(offset + bytes), len - offset - bytes);
+    len -= bytes;
+}
+
+void fxArray::remove(unsigned int start, unsigned int n) {
+    if (n == 0)
+        return;
+    destroyElements(at(start), n * elemSize);
+    closeGap(start * elemSize, n * elemSize);
+}
+
+void fxArray::swap(unsigned int i, unsigned int j) {
+    char buffer[swapBufferSize];
+    void* temp = elemSize > swapBufferSize ? fxAllocate(elemSize) : buffer;
+    std::memmove(temp, at(i), elemSize);
+    std::memmove(at(i), at(j), elemSize);
+    std::memmove(at(j), temp, elemSize);
+}
+
+unsigned int fxArray::find(const void* elem, unsigned int start) const {
+    const unsigned int n = length();
+    for (unsigned int i = start; i < n; ++i) {
+        if (compareElements(elem, at(i)) == 0)
+            return i;
+    }
+    return notFound;
+}
+
+// Blocks of elements for the caller.
+
+void* fxArray::copied(const void* from, unsigned int bytes) const {
+    if (bytes == 0)
+        return nullptr;
+    void* block = fxAllocate(bytes);
+    copyElements(from, block, bytes);
+    return block;
+}
+
+void* fxArray::raw_copy() const { return copied(data, len); }
+
+void* fxArray::raw_extract(unsigned int start, unsigned int n) const {
+    return copied(at(start), n * elemSize);
+}
+
+void* fxArray::raw_head(unsigned int n) const { return raw_extract(0, n); }
+
+void* fxArray::raw_tail(unsigned int n) const {
+    return copied(byteAt(len - n * elemSize), n * elemSize);
+}
+
+void* fxArray::raw_cut(unsigned int start, unsigned int n) {
+    const unsigned int bytes = n * elemSize;
+    if (bytes == 0)
+        return nullptr;
+    void* block = fxAllocate(bytes);
+    std::memcpy(block, at(start), bytes);
+    closeGap(start * elemSize, bytes);
+    return block;
+}

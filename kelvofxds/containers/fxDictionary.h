@@ -1,0 +1,194 @@
+// fxDictionary.h - the hashed map, its entries and its iterator.
+#pragma once
+
+#include "kelvofxds/containers/fxArrayFamily.h"
+
+class fxDictIter;
+
+/// One entry of a dictionary.
+struct fxDictBucket {
+    void* kvmem;         ///< A malloced block: the key, then the value at offset keySize.
+    fxDictBucket* next;  ///< The next entry of the same bucket, or null.
+};
+
+/// The bucket heads of a dictionary; new ones are empty.
+class FX_EXPORT fxDictBuckets : public fxArray {
+    FX_ARRAY_MEMBERS(fxDictBuckets, fxDictBucket*)
+    void createElements(void* at, unsigned int bytes) override;
+
+    /// Replaces the block by one of `n` empty buckets whose memory is not
+    /// touched. Returns false, with no bucket, when there is no such memory.
+    bool makeEmptyBuckets(unsigned int n);
+};
+
+/// The live iterators of a dictionary, in registration order.
+class FX_EXPORT fxDictIters : public fxArray {
+    FX_ARRAY_MEMBERS(fxDictIters, fxDictIter*)
+    void createElements(void* at, unsigned int bytes) override;
+};
+
+/// A map from keys to values of fixed sizes, hashed into a fixed number of
+/// buckets, each a singly linked chain with the newest entry first.
+///
+/// What keys and values mean is left to virtual operations of subclasses; a
+/// key or value is passed by its address. The number of buckets is set by the
+/// constructor and never changes, so a look-up is O(entries / buckets): choose
+/// it for the size expected. Iterators (fxDictIter) register themselves and
+/// are moved on when their entry is removed; they may outlive the dictionary.
+/// A subclass's destructor calls cleanup() first, while its own destroyKey and
+/// destroyValue can still be reached. Running out of memory ends the process.
+class FX_EXPORT fxDictionary : public fxXDRObj {
+public:
+    /// `keySize` and `valueSize` are in bytes. 0 buckets stands for 31.
+    fxDictionary(unsigned int keySize, unsigned int valueSize, unsigned int numBuckets);
+    /// Deliberate: only an empty dictionary can be copied. Hashing is still
+    /// pure while the base is made, so copying an entry ends the process as a
+    /// call of a pure virtual operation does.
+    fxDictionary(const fxDictionary& other);
+    /// The form for newInstance: no buckets until doxdr has read their number.
+    explicit fxDictionary(fxTypeObj& type);
+    ~fxDictionary() override;
+
+    /// Deliberate: assignment merges. Every entry of `other` is added; entries
+    /// that are here already stay, and equal keys get the new value.
+    void operator=(const fxDictionary& other);
+
+    const char* className() const override = 0;
+    /// Makes the embedded-object call on itself, which transcribes nothing.
+    unsigned char xdr(fxTranscriber& t) override;
+    fxTypeObj& getTypeObj() const override;
+
+    /// Gives `key` a copy of `value` and returns the entry. A key that is here
+    /// already keeps its key object; its old value is destroyed first.
+    virtual fxDictBucket* addInternal(const void* key, const void* value);
+    /// The hash of a key. The body here, for subclasses to call, is the
+    /// exclusive or of the key's 32-bit words; 0 for keys under 4 bytes.
+    virtual unsigned int hashKey(const void* key) const = 0;
+    /// 0 when the keys are equal.
+    virtual int compareKeys(const void* a, const void* b) const = 0;
+    /// Makes a copy of a key in memory that holds none.
+    virtual void copyKey(const void* from, void* to) const = 0;
+    virtual void destroyKey(void* key) const;
+    /// Makes a copy of a value in memory that holds none.
+    virtual void copyValue(const void* from, void* to) const = 0;
+    virtual void destroyValue(void* value) const;
+    /// Makes a default value in memory that holds none.
+    virtual void createValue(void* value) const = 0;
+    /// Transcribes a key; while reading, into memory that holds none. Returns
+    /// 1 on success.
+    virtual unsigned char xdrKey(fxTranscriber& t, void* key) = 0;
+    /// The same for a value.
+    virtual unsigned char xdrValue(fxTranscriber& t, void* value) = 0;
+
+    static unsigned char xdr(void* object, fxTranscriber& t);
+
+    /// Address of the value of `key`, or null; valid until the entry is
+    /// removed. `bucketOut`, unless null, receives the entry, or null.
+    void* find(const void* key, void** bucketOut = nullptr) const;
+    /// The same, but a key that is absent is added with a default value.
+    void* findCreate(const void* key);
+    /// Removes the entry of `key`, if there is one.
+    void remove(const void* key);
+    /// Removes the entry of `key` and returns its value, byte for byte, in a
+    /// malloced block that the caller owns; null when there is none. The value
+    /// is not destroyed, the key is.
+    void* cut(const void* key);
+
+    /// Releases all entries and detaches all iterators.
+    /// Deliberate: numItems keeps its value, and the array of iterators its
+    /// length.
+    void cleanup();
+
+    /// Registers an iterator; one that is registered already is left alone.
+    void addIter(fxDictIter* iter);
+    /// Deregisters an iterator; an unknown one is ignored.
+    void removeIter(fxDictIter* iter);
+    /// Moves every iterator off `b`, which has been unlinked but not freed.
+    void invalidateIters(const fxDictBucket* b) const;
+
+    /// Transcribes sizes, bucket count and every entry with its bucket's
+    /// index. Returns 1 on success. Reading replaces what the dictionary
+    /// holds; a read entry lands in the bucket the stream names, each chain in
+    /// reverse order. A failed read leaves the entries read so far.
+    unsigned char doxdr(fxTranscriber& t);
+
+    /// Number of entries.
+    unsigned int length() const { return numItems; }
+    /// Number of buckets.
+    unsigned int getNumBuckets() const { return bucketCount(); }
+
+protected:
+    friend class fxDictIter;
+    friend struct fxDictionaryLayout;  // tests/containers/fxDictionary_test.cpp
+
+    unsigned int bucketCount() const {
+        return buckets.getLen() / static_cast<unsigned int>(sizeof(fxDictBucket*));
+    }
+    void* valueOf(const fxDictBucket* b) const { return static_cast<char*>(b->kvmem) + keySize; }
+    /// Adds an entry whose block is `kvmem` at the front of a bucket.
+    fxDictBucket* pushEntry(unsigned int bucketIndex, void* kvmem);
+
+    unsigned int numItems;   // entries
+    unsigned int keySize;    // bytes
+    unsigned int valueSize;  // bytes
+    fxDictBuckets buckets;   // chain heads
+    fxDictIters iters;       // registered iterators; null where one was detached
+
+private:
+    struct Place;
+    Place lookUp(const void* key) const;
+    Place lookUpToAdd(const void* key);
+    fxDictBucket* unlink(const void* key);
+    void release(fxDictBucket* b);
+    unsigned char readEntries(fxTranscriber& t, unsigned int numBuckets);
+    unsigned char readHeader(fxTranscriber& t, unsigned int& numBuckets);
+    unsigned char writeEntries(fxTranscriber& t);
+};
+
+/// Walks the entries of a dictionary, bucket by bucket, chain order.
+///
+/// At the end, and for an empty dictionary at once, getKey() and getValue()
+/// are null. When its entry is removed the iterator moves on to the next one
+/// at once and the following ++ stays there, so that no entry is skipped; in
+/// between getKey() and getValue() are null. An iterator is registered with
+/// its dictionary while it is attached; it need not be destroyed first.
+class FX_EXPORT fxDictIter {
+public:
+    /// Attached to nothing.
+    fxDictIter();
+    /// On the first entry of `d`.
+    explicit fxDictIter(fxDictionary& d);
+    fxDictIter(const fxDictIter& other);
+    ~fxDictIter();
+
+    /// Detaches from the present dictionary and starts on `d`.
+    void operator=(fxDictionary& d);
+    fxDictIter& operator=(const fxDictIter& other);
+
+    /// Address of the present entry's key, or null.
+    void* getKey() const;
+    /// Address of the present entry's value, or null.
+    void* getValue() const;
+    /// Moves to the next entry.
+    void operator++();
+    /// Moves to the first entry of the next bucket that has one, or ends.
+    void advanceToValid();
+
+protected:
+    friend class fxDictionary;
+    friend struct fxDictionaryLayout;  // tests/containers/fxDictionary_test.cpp
+
+    static const unsigned int advanced = 1;  // already on the next entry, or at the end
+    static const unsigned int parked = 2;    // on an entry that has been removed
+
+    void attach(fxDictionary* d);
+    void detach();
+
+    fxDictionary* dict;        // not owned; null when unattached or at the end
+    unsigned int bucketIndex;  // of the present bucket
+    unsigned int flags;        // advanced, parked
+    fxDictBucket* bucket;      // the present entry
+};
+
+/// The record of fxDictionary, "fxDictionary", version 1; abstract.
+extern FX_EXPORT fxTypeObj fxDictionary_type;

@@ -1,0 +1,69 @@
+// fxStrStrDictionary.h - a dictionary from strings to strings.
+#pragma once
+
+#include "kelvofxds/containers/fxDictionary.h"
+#include "kelvofxds/str/fxStr.h"
+
+/// Maps fxStr keys to fxStr values, both owned copies, and can be transcribed
+/// as "DICT". Keys are hashed by fxStr::hash() and compared by strcmp, so they
+/// are alike when they are equal up to the first NUL and hash to one bucket.
+class FX_EXPORT fxStrStrDictionary : public fxDictionary {
+public:
+    /// 0 buckets stands for 31.
+    explicit fxStrStrDictionary(unsigned int numBuckets = 0);
+    /// The form for newInstance.
+    explicit fxStrStrDictionary(fxTypeObj& type);
+    ~fxStrStrDictionary() override;
+
+    const char* className() const override;  ///< "DICT".
+    unsigned char xdr(fxTranscriber& t) override;
+    fxTypeObj& getTypeObj() const override;
+    unsigned int hashKey(const void* key) const override;
+    int compareKeys(const void* a, const void* b) const override;
+    void copyKey(const void* from, void* to) const override;
+    void destroyKey(void* key) const override;
+    void copyValue(const void* from, void* to) const override;
+    void destroyValue(void* value) const override;
+    void createValue(void* value) const override;
+    unsigned char xdrKey(fxTranscriber& t, void* key) override;
+    unsigned char xdrValue(fxTranscriber& t, void* value) override;
+
+    static void* newInstance(fxTypeObj& type);
+    static void deleteInstance(void* dictionary);
+    static unsigned char xdr(void* dictionary, fxTranscriber& t);
+
+    using fxDictionary::operator=;
+    using fxDictionary::find;
+    using fxDictionary::findCreate;
+    using fxDictionary::remove;
+
+    // The same operations on typed keys and values.
+
+    void add(const fxStr& key, const fxStr& value) { addInternal(&key, &value); }
+    /// The value of `key`, or null; valid until the entry is removed.
+    fxStr* find(const fxStr& key) const { return static_cast<fxStr*>(find(&key)); }
+    fxStr* find(const char* key) const { return find(fxStr(key)); }
+    /// The value of `key`, an empty one if there was none.
+    fxStr& findCreate(const fxStr& key) { return *static_cast<fxStr*>(findCreate(&key)); }
+    fxStr& findCreate(const char* key) { return findCreate(fxStr(key)); }
+    void remove(const fxStr& key) { remove(&key); }
+    void remove(const char* key) { remove(fxStr(key)); }
+};
+
+/// Walks an fxStrStrDictionary; keys and values are fxStr.
+class FX_EXPORT fxStrStrDictionaryIter : public fxDictIter {
+public:
+    fxStrStrDictionaryIter();
+    explicit fxStrStrDictionaryIter(fxStrStrDictionary& d);
+    /// On the first entry of `*d`, which must not be null.
+    explicit fxStrStrDictionaryIter(fxStrStrDictionary* d);
+    using fxDictIter::operator=;
+
+    /// The present key, or null.
+    const fxStr* key() const { return static_cast<const fxStr*>(getKey()); }
+    /// The present value, or null.
+    fxStr* value() const { return static_cast<fxStr*>(getValue()); }
+};
+
+/// The record of fxStrStrDictionary, "DICT", version 1.
+extern FX_EXPORT fxTypeObj fxStrStrDictionary_type;

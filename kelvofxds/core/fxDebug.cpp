@@ -1,0 +1,7 @@
+#include "kelvofxds/core/fxDebug.h"
+
+fxDebug* fx_theDebugger = nullptr;
+
+fxDebug::fxDebug(unsigned char) {}
+
+void fxDebug::parseOption(fxStr&) {}

@@ -1,0 +1,15 @@
+#include "kelvofxds/core/fxFatal.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+void fxFatal(const char* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    std::vfprintf(stderr, format, args);
+    va_end(args);
+    std::fputc('\n', stderr);
+    std::fflush(stderr);
+    std::abort();
+}

@@ -1,0 +1,3 @@
+#include "kelvofxds/core/fxRCObj.h"
+
+fxRCObj::~fxRCObj() {}

@@ -1,0 +1,210 @@
+#include "kelvofxds/str/fxStr.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+
+#include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/str/fxTempStr.h"
+
+char fxStr::emptyString = '\0';
+
+fxStr::fxStr(unsigned int n) : fxStr() {
+    if (n == 0)
+        return;
+    resizeInternal(n);
+    std::memset(data, 0, n + 1);
+    slength = n + 1;
+}
+
+fxStr::fxStr(const char* s) : fxStr() {
+    if (s)
+        assign(s, static_cast<unsigned int>(std::strlen(s)));
+}
+
+fxStr::fxStr(const char* s, unsigned int n) : fxStr() { assign(s, n); }
+
+fxStr::fxStr(const fxStr& other) : fxStr() { assign(other.data, other.length()); }
+
+fxStr::fxStr(const fxTempStr& other) : fxStr() { assign(other.c_str(), other.length()); }
+
+fxStr::~fxStr() {
+    if (data != &emptyString)
+        std::free(data);
+}
+
+fxStr& fxStr::operator=(const fxStr& other) {
+    if (this != &other)
+        assign(other.data, other.length());
+    return *this;
+}
+
+fxStr& fxStr::operator=(const fxTempStr& other) {
+    assign(other.c_str(), other.length());
+    return *this;
+}
+
+fxStr& fxStr::operator=(const char* s) {
+    assign(s, s ? static_cast<unsigned int>(std::strlen(s)) : 0);
+    return *this;
+}
+
+// Becomes the `n` bytes at `s`, which may lie in this string's own buffer: they
+// fit it then, so it is not reallocated.
+void fxStr::assign(const char* s, unsigned int n) {
+    if (n == 0) {
+        becomeEmpty();
+        return;
+    }
+    resizeInternal(n);
+    std::memmove(data, s, n);
+    data[n] = '\0';
+    slength = n + 1;
+}
+
+void fxStr::becomeEmpty() {
+    resizeInternal(0);
+    slength = 1;
+}
+
+void fxStr::resizeInternal(unsigned int n) {
+    if (isEmpty()) {
+        if (n != 0)
+            data = static_cast<char*>(fxAllocate(n + 1));
+    } else if (n == 0) {
+        std::free(data);
+        data = &emptyString;
+    } else if (n >= slength) {
+        data = static_cast<char*>(fxReallocate(data, n + 1));
+    }
+}
+
+fxStr fxStr::extract(unsigned int pos, unsigned int n) const {
+    if (pos > length())
+        pos = length();
+    if (n > length() - pos)
+        n = length() - pos;
+    return fxStr(data + pos, n);
+}
+
+fxStr fxStr::head(unsigned int n) const { return extract(0, n); }
+
+fxStr fxStr::tail(unsigned int n) const { return n < length() ? extract(length() - n, n) : *this; }
+
+fxStr fxStr::copy() const { return *this; }
+
+// Editing.
+
+namespace {
+// The count that a text argument with `n` stands for.
+unsigned int countOf(const char* s, unsigned int n) {
+    if (!s)
+        return 0;
+    return n != 0 ? n : static_cast<unsigned int>(std::strlen(s));
+}
+}  // namespace
+
+void fxStr::append(const char* s, unsigned int n) {
+    n = countOf(s, n);
+    if (n == 0)
+        return;
+    const unsigned int oldLength = length();
+    const bool own = !isEmpty() && fxPointsInto(s, data, slength);
+    const std::ptrdiff_t offset = own ? s - data : 0;
+    resizeInternal(oldLength + n);
+    std::memmove(data + oldLength, own ? data + offset : s, n);
+    slength = oldLength + n + 1;
+    data[slength - 1] = '\0';
+}
+
+void fxStr::append(char c) {
+    const unsigned int oldLength = length();
+    resizeInternal(oldLength + 1);
+    data[oldLength] = c;
+    data[oldLength + 1] = '\0';
+    slength = oldLength + 2;
+}
+
+void fxStr::insert(const char* s, unsigned int pos, unsigned int n) {
+    n = countOf(s, n);
+    if (n == 0)
+        return;
+    if (fxPointsInto(s, data, slength)) {
+        const fxStr text(s, n);
+        insert(text.data, pos, n);
+        return;
+    }
+    const unsigned int oldLength = length();
+    if (pos > oldLength)
+        pos = oldLength;
+    resizeInternal(oldLength + n);
+    std::memmove(data + pos + n, data + pos, oldLength - pos);
+    std::memcpy(data + pos, s, n);
+    slength = oldLength + n + 1;
+    data[slength - 1] = '\0';
+}
+
+void fxStr::insert(char c, unsigned int pos) { insert(&c, pos, 1); }
+
+void fxStr::replace(const char* s, unsigned int pos, unsigned int n) {
+    n = countOf(s, n);
+    if (pos > length())
+        pos = length();
+    if (n > length() - pos)
+        n = length() - pos;
+    if (n != 0)
+        std::memmove(data + pos, s, n);
+}
+
+void fxStr::remove(unsigned int pos, unsigned int n) {
+    if (slength - n <= 1) {
+        becomeEmpty();
+        return;
+    }
+    if (pos > length())
+        pos = length();
+    if (n > length() - pos)
+        n = length() - pos;
+    if (n == length()) {
+        becomeEmpty();
+        return;
+    }
+    std::memmove(data + pos, data + pos + n, slength - pos - n);
+    slength -= n;
+}
+
+fxStr fxStr::cut(unsigned int pos, unsigned int n) {
+    fxStr text = extract(pos, n);
+    remove(pos, n);
+    return text;
+}
+
+void fxStr::resize(unsigned int n, unsigned char) {
+    const unsigned int oldSize = isEmpty() ? 0 : slength;
+    resizeInternal(n);
+    if (n >= oldSize)
+        std::memset(data + oldSize, 0, n - oldSize + 1);
+    slength = n + 1;
+    data[n] = '\0';
+}
+
+void fxStr::setMaxLength(unsigned int n) {
+    if (!isEmpty())
+        resizeInternal(n > length() ? n : length());
+}
+
+void fxStr::lower() {
+    for (unsigned int i = 0; i < slength; ++i) {
+        const unsigned char c = static_cast<unsigned char>(data[i]);
+        if (std::isupper(c))
+            data[i] = static_cast<char>(std::tolower(c));
+    }
+}
+
+void fxStr::raise() {
+    for (unsigned int i = 0; i < slength; ++i) {
+        const unsigned char c = static_cast<unsigned char>(data[i]);
+        if (std::islower(c))
+            data[i] = static_cast<char>(std::toupper(c));
+    }
+}

@@ -1,0 +1,156 @@
+// fxStrFormat.cpp - strings made by printf-style formatting.
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/str/fxStr.h"
+
+namespace {
+const unsigned int numberSize = 60;  // buffer for one formatted number, with its NUL
+
+// What each conversion is expected to print, at most.
+const unsigned int floatEstimate = 20;
+const unsigned int longLongEstimate = 20;
+const unsigned int intEstimate = 10;
+const unsigned int pointerEstimate = 10;
+
+// One conversion in a format: where its letter is, and whether its argument
+// can be stepped over without knowing the arguments' values.
+struct Conversion {
+    const char* letter;  // null when the format has none after the percent sign
+    bool plain;
+
+    explicit Conversion(const char* percent)
+        : letter(std::strpbrk(percent + 1, "idouxXfeEgGcspn%")), plain(false) {
+        if (!letter)
+            return;
+        const std::size_t between = static_cast<std::size_t>(letter - percent) - 1;
+        const bool precision = std::memchr(percent + 1, '.', between) != nullptr;
+        // A starred width, a wider type or a letter outside the set takes
+        // arguments the estimate does not know of; the text of "%.3s" may lack
+        // its NUL.
+        plain = std::strspn(percent + 1, "-+ #0123456789.'hlzt") >= between &&
+                !(precision && *letter == 's');
+    }
+
+    bool isLongLong(const char* percent) const {
+        return letter - percent > 2 && letter[-1] == 'l' && letter[-2] == 'l';
+    }
+};
+
+unsigned int integerEstimate(bool longLong, std::va_list* args) {
+    if (longLong) {
+        (void)va_arg(*args, long long);
+        return longLongEstimate;
+    }
+    (void)va_arg(*args, int);
+    return intEstimate;
+}
+
+unsigned int textEstimate(std::va_list* args) {
+    const char* text = va_arg(*args, const char*);
+    return static_cast<unsigned int>(std::strlen(text ? text : "(null)"));
+}
+
+// Steps over the conversion's argument and returns its estimated size.
+unsigned int conversionEstimate(char letter, bool longLong, std::va_list* args) {
+    switch (letter) {
+        case 'e':
+        case 'E':
+        case 'f':
+        case 'g':
+        case 'G':
+            (void)va_arg(*args, double);
+            return floatEstimate;
+        case 'p':
+            (void)va_arg(*args, void*);
+            return pointerEstimate;
+        case 's':
+            return textEstimate(args);
+        case 'c':
+            (void)va_arg(*args, int);
+            return 1;
+        case 'n':
+            (void)va_arg(*args, int*);
+            return 0;
+        case '%':
+            return 1;
+        default:
+            return integerEstimate(longLong, args);
+    }
+}
+
+// The bytes that `format` will print, as far as it can be told beforehand:
+// flags, widths and precisions are not counted.
+unsigned int estimate(const char* format, std::va_list* args) {
+    unsigned int total = 0;
+    bool stepping = true;  // false once an argument could not be stepped over
+    for (const char* p = format; *p; ++p) {
+        if (*p != '%') {
+            ++total;
+            continue;
+        }
+        const Conversion conversion(p);
+        if (!conversion.letter) {
+            ++total;
+            continue;
+        }
+        stepping = stepping && conversion.plain;
+        if (stepping)
+            total += conversionEstimate(*conversion.letter, conversion.isLongLong(p), args);
+        p = conversion.letter;
+    }
+    return total;
+}
+}  // namespace
+
+void fxStr::format(const char* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    vformat(format, args);
+    va_end(args);
+}
+
+void fxStr::vformat(const char* format, std::va_list args) {
+    std::va_list scanned;
+    va_copy(scanned, args);
+    std::size_t size = std::size_t(estimate(format, &scanned)) + 2;
+    va_end(scanned);
+
+    // A new block, since the arguments may point into the old one.
+    char* text = static_cast<char*>(fxAllocate(size));
+    std::va_list retry;
+    va_copy(retry, args);
+    const int printed = std::vsnprintf(text, size, format, args);
+    if (printed >= 0 && static_cast<std::size_t>(printed) >= size) {
+        size = static_cast<std::size_t>(printed) + 1;
+        text = static_cast<char*>(fxReallocate(text, size));
+        std::vsnprintf(text, size, format, retry);
+    }
+    va_end(retry);
+
+    becomeEmpty();
+    if (printed > 0 && *text) {
+        data = text;
+        slength = static_cast<unsigned int>(std::strlen(text)) + 1;
+    } else {
+        std::free(text);
+    }
+}
+
+template <class Number>
+void fxStr::formatNumber(const char* format, Number v) {
+    char text[numberSize];
+    std::snprintf(text, numberSize, format, v);
+    assign(text, static_cast<unsigned int>(std::strlen(text)));
+}
+
+fxStr::fxStr(int v, const char* format) : fxStr() { formatNumber(format ? format : "%d", v); }
+
+fxStr::fxStr(float v, const char* format) : fxStr() {
+    formatNumber(format ? format : "%g", static_cast<double>(v));
+}
+
+fxStr::fxStr(double v, const char* format) : fxStr() { formatNumber(format ? format : "%lg", v); }

@@ -1,0 +1,64 @@
+#include "kelvofxds/transcribe/fxBinaryOTDict.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "kelvofxds/core/fxMemoryInternal.h"
+
+namespace {
+const unsigned int wordSize = sizeof(std::uint32_t);
+
+std::uint32_t wordAt(const void* p) {
+    std::uint32_t word;
+    std::memcpy(&word, p, wordSize);
+    return word;
+}
+}  // namespace
+
+fxBinaryOTDict::fxBinaryOTDict(unsigned int numBuckets)
+    : fxDictionary(wordSize, wordSize, numBuckets) {}
+
+fxBinaryOTDict::~fxBinaryOTDict() { cleanup(); }
+
+const char* fxBinaryOTDict::className() const { return "DICT"; }
+
+unsigned int fxBinaryOTDict::hashKey(const void* key) const { return wordAt(key) >> 2; }
+
+int fxBinaryOTDict::compareKeys(const void* a, const void* b) const {
+    return static_cast<int>(wordAt(a) - wordAt(b));
+}
+
+void fxBinaryOTDict::copyKey(const void* from, void* to) const { std::memcpy(to, from, wordSize); }
+
+void fxBinaryOTDict::destroyKey(void*) const {}
+
+void fxBinaryOTDict::copyValue(const void* from, void* to) const {
+    std::memcpy(to, from, wordSize);
+}
+
+void fxBinaryOTDict::destroyValue(void*) const {}
+
+void fxBinaryOTDict::createValue(void* value) const { std::memset(value, 0, wordSize); }
+
+unsigned char fxBinaryOTDict::xdrKey(fxTranscriber&, void*) { return 0; }
+
+unsigned char fxBinaryOTDict::xdrValue(fxTranscriber&, void*) { return 0; }
+
+fxDictBucket* fxBinaryOTDict::enterNew(unsigned int key, unsigned int value) {
+    const std::uint32_t words[] = {key, value};
+    void* block = fxAllocate(sizeof words);
+    std::memcpy(block, words, sizeof words);
+    ++numItems;
+    return pushEntry(hashKey(words) % bucketCount(), block);
+}
+
+void fxBinaryOTDict::removeAll() {
+    cleanup();
+    numItems = 0;
+}
+
+fxBinaryOTDictIter::fxBinaryOTDictIter() {}
+
+fxBinaryOTDictIter::fxBinaryOTDictIter(fxBinaryOTDict& d) : fxDictIter(d) {}
+
+fxBinaryOTDictIter::fxBinaryOTDictIter(fxBinaryOTDict* d) : fxDictIter(*d) {}

@@ -1,0 +1,272 @@
+#include "kelvofxds/transcribe/fxBinaryReader.h"
+
+#include <cstring>
+
+#include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxTypeObj.h"
+#include "kelvofxds/str/fxStackBuffer.h"
+#include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/transcribe/fxBinaryReaderInternal.h"
+#include "kelvofxds/transcribe/fxStream.h"
+
+fxBinaryReader::fxBinaryReader(fxStream* s, short shortMark, long longMark, const char* floatFormat)
+    : shortsConv(nullptr),
+      longsConv(nullptr),
+      floatsConv(nullptr),
+      doublesConv(nullptr),
+      unreadPayload(0),
+      index(new Index) {
+    reading = 1;
+    holdStream(s);
+    selectConverters(shortMark, longMark, floatFormat);
+}
+
+fxBinaryReader::~fxBinaryReader() { delete index; }
+
+const char* fxBinaryReader::className() const { return "fxBinaryReader"; }
+
+void fxBinaryReader::selectConverters(short shortMark, long longMark, const char* floatFormat) {
+    const unsigned int mark = static_cast<unsigned int>(longMark);
+    switch (static_cast<unsigned short>(shortMark)) {
+        case 0x1122:
+            shortsConv = fxBinaryReader_shorts;
+            break;
+        case 0x2211:
+            shortsConv = fxBinaryReader_BS;
+            break;
+        default:
+            fxFatal("fxBinaryReader: unknown short ordering %x", mark);
+    }
+    switch (mark) {
+        case 0x33445566:
+            longsConv = fxBinaryReader_longs;
+            break;
+        case 0x44336655:
+            longsConv = fxBinaryReader_BS;
+            break;
+        case 0x55663344:
+            longsConv = fxBinaryReader_longsSS;
+            break;
+        case 0x66554433:
+            longsConv = fxBinaryReader_longsBSSS;
+            break;
+        default:
+            fxFatal("fxBinaryReader: unknown long ordering %x", mark);
+    }
+    if (std::strcmp(floatFormat, "ieee") != 0)
+        fxFatal("fxBinaryReader: unsupported floating point format %s", floatFormat);
+    floatsConv = fxBinaryReader_floats;
+    doublesConv = fxBinaryReader_doubles;
+}
+
+void fxBinaryReader::reset() {
+    table.removeAll();
+    index->clear();
+    freeItems();
+}
+
+// Records. A record is read in full before the next one, but a payload longer
+// than the buffer is read in pieces of the buffer's size.
+
+unsigned char fxBinaryReader::fill() {
+    if (!skipPayload())
+        return 0;
+    char head;
+    if (!stream->getBytes(&head, 1))
+        return 0;
+    tag = static_cast<unsigned char>(head) & tagMask;
+    if (!readLength(static_cast<unsigned char>(head) >> lengthShift) || !readArguments()) {
+        unreadPayload = 0;
+        return 0;
+    }
+    return readPayload();
+}
+
+// Drops what is left of the current record's payload.
+unsigned char fxBinaryReader::skipPayload() {
+    while (unreadPayload != 0) {
+        if (!readPayload())
+            return 0;
+    }
+    payloadCount = 0;
+    cursor = buffer;
+    return 1;
+}
+
+// Fills the buffer with the next piece of the payload.
+unsigned char fxBinaryReader::readPayload() {
+    const unsigned int piece = unreadPayload < capacity ? unreadPayload : capacity;
+    cursor = buffer;
+    payloadCount = 0;
+    unreadPayload -= piece;
+    if (piece != 0 && !stream->getBytes(buffer, piece)) {
+        unreadPayload = 0;
+        return 0;
+    }
+    payloadCount = piece;
+    return 1;
+}
+
+unsigned char fxBinaryReader::readLength(unsigned int lengthClass) {
+    static const unsigned int lengthBytes[] = {0, 1, 2, 4};
+    return readWord(&unreadPayload, lengthBytes[lengthClass]);
+}
+
+// Framing is little-endian on every host. No bytes make a zero word.
+unsigned char fxBinaryReader::readWord(unsigned int* word, unsigned int byteCount) {
+    unsigned char bytes[4];
+    *word = 0;
+    if (byteCount != 0 && !stream->getBytes(reinterpret_cast<char*>(bytes), byteCount))
+        return 0;
+    for (unsigned int i = 0; i < byteCount; ++i)
+        *word |= static_cast<unsigned int>(bytes[i]) << (8 * i);
+    return 1;
+}
+
+unsigned char fxBinaryReader::readArguments() {
+    unsigned int ignored;
+    switch (tag) {
+        case fxOT_Data:
+        case fxOT_Null:
+            return 1;
+        case fxOT_Type:
+            return readType();
+        case fxOT_Block:
+        case fxOT_Bytes:
+        case fxOT_Shorts:
+        case fxOT_Longs:
+        case fxOT_Floats:
+        case fxOT_Doubles:
+            return readWord(&arg1) && readWord(&arg4);
+        case fxOT_OldBlock:
+        case fxOT_ObjectPointer:
+        case fxOT_OldObject:
+        case fxOT_Embedded:
+        case fxOT_OldEmbedded:
+            return readWord(&arg1) && readWord(&ignored);
+        case fxOT_Object:
+            return readWord(&arg1) && readWord(&arg2) && readWord(&arg3);
+        default:
+            fxFatal("Whoops!");
+    }
+}
+
+unsigned char fxBinaryReader::readType() {
+    fxStackBuffer name;
+    if (!readWord(&arg2) || !readName(name))
+        return 0;
+    fxTypeObj* type = fxTypeObj::findType(name.getBase());
+    if (!type)
+        fxFatal("unknown type %s", name.getBase());
+    enter(arg2, type).kind = Record::type;
+    return 1;
+}
+
+unsigned char fxBinaryReader::readName(fxStackBuffer& name) {
+    return readNullTerminatedString(stream, name);
+}
+
+unsigned char fxBinaryReader::readBytes(char* data, unsigned int n) {
+    while (n != 0) {
+        const unsigned int left = payloadCount - static_cast<unsigned int>(cursor - buffer);
+        if (left == 0) {
+            if (!(unreadPayload != 0 ? readPayload() : fill()))
+                return 0;
+            continue;
+        }
+        const unsigned int step = n < left ? n : left;
+        std::memcpy(data, cursor, step);
+        cursor += step;
+        data += step;
+        n -= step;
+    }
+    return 1;
+}
+
+// Elements in place.
+
+namespace {
+template <class Element>
+unsigned char readElements(fxBinaryReader& reader, fxBinaryConverter convert, Element* elements,
+                           unsigned int n) {
+    return convert(reader, reinterpret_cast<char*>(elements),
+                   n * static_cast<unsigned int>(sizeof(Element)));
+}
+}  // namespace
+
+unsigned char fxBinaryReader::xdr(char* elements, unsigned int n) { return readBytes(elements, n); }
+
+unsigned char fxBinaryReader::xdr(unsigned char* elements, unsigned int n) {
+    return readBytes(reinterpret_cast<char*>(elements), n);
+}
+
+unsigned char fxBinaryReader::xdr(short* elements, unsigned int n) {
+    return readElements(*this, shortsConv, elements, n);
+}
+
+unsigned char fxBinaryReader::xdr(unsigned short* elements, unsigned int n) {
+    return readElements(*this, shortsConv, elements, n);
+}
+
+unsigned char fxBinaryReader::xdr(long* elements, unsigned int n) {
+    return readElements(*this, longsConv, elements, n);
+}
+
+unsigned char fxBinaryReader::xdr(unsigned long* elements, unsigned int n) {
+    return readElements(*this, longsConv, elements, n);
+}
+
+unsigned char fxBinaryReader::xdr(float* elements, unsigned int n) {
+    return readElements(*this, floatsConv, elements, n);
+}
+
+unsigned char fxBinaryReader::xdr(double* elements, unsigned int n) {
+    return readElements(*this, doublesConv, elements, n);
+}
+
+unsigned char fxBinaryReader::xdr(fxStr* strings, unsigned int n) {
+    for (unsigned int i = 0; i < n; ++i) {
+        if (!strings[i].xdr(*this))
+            return 0;
+    }
+    return 1;
+}
+
+// Pointers to blocks. How long a block is the stream says; the length given
+// here is what the caller will rely on.
+
+unsigned char fxBinaryReader::xdr(char** block, unsigned int n) {
+    return readPrimPointer(block, n);
+}
+
+unsigned char fxBinaryReader::xdr(unsigned char** block, unsigned int n) {
+    return readPrimPointer(block, n);
+}
+
+unsigned char fxBinaryReader::xdr(short** block, unsigned int n) {
+    return readPrimPointer(block, n * 2);
+}
+
+unsigned char fxBinaryReader::xdr(unsigned short** block, unsigned int n) {
+    return readPrimPointer(block, n * 2);
+}
+
+unsigned char fxBinaryReader::xdr(long** block, unsigned int n) {
+    return readPrimPointer(block, n * 4);
+}
+
+unsigned char fxBinaryReader::xdr(unsigned long** block, unsigned int n) {
+    return readPrimPointer(block, n * 4);
+}
+
+unsigned char fxBinaryReader::xdr(float** block, unsigned int n) {
+    return readPrimPointer(block, n * 4);
+}
+
+unsigned char fxBinaryReader::xdr(double** block, unsigned int n) {
+    return readPrimPointer(block, n * 8);
+}
+
+unsigned char fxBinaryReader::xdr(char** text) { return readPrimPointer(text, 0); }
+
+unsigned char fxBinaryReader::xdr(unsigned char** text) { return readPrimPointer(text, 0); }

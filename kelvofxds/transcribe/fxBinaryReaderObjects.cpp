@@ -1,0 +1,304 @@
+// fxBinaryReaderObjects.cpp - making objects and blocks, and pointing to them.
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxTypeObj.h"
+#include "kelvofxds/transcribe/fxBinaryReader.h"
+#include "kelvofxds/transcribe/fxBinaryReaderInternal.h"
+
+namespace {
+
+// A body that is shorter than a pointer's owner expects is completed with zero
+// bytes, but not by more than this: memory has to be paid for in bytes read.
+const unsigned int longestPadding = 4096;
+
+// What is allocated on the mere word of a stream.
+const unsigned int firstStep = 64 * 1024;
+
+// The two families of memory: an fxStr frees its buffer with free, any other
+// owner of a block with delete[].
+char* allocateBlock(bool forString, std::size_t size) {
+    void* memory = forString ? std::malloc(size) : ::operator new[](size, std::nothrow);
+    return static_cast<char*>(memory);
+}
+
+void freeBlock(bool forString, char* block) {
+    if (forString)
+        std::free(block);
+    else
+        ::operator delete[](block);
+}
+
+// Memory for a block while its body arrives. It has one zero byte more than
+// its size says, so that a text ends in it.
+class BlockMemory {
+public:
+    explicit BlockMemory(bool isForString) : forString(isForString), bytes(nullptr) {}
+    BlockMemory(const BlockMemory&) = delete;
+    BlockMemory& operator=(const BlockMemory&) = delete;
+    ~BlockMemory() { freeBlock(forString, bytes); }
+
+    char* address() const { return bytes; }
+
+    // Makes room for `size` bytes, of which the first `kept` are kept and those
+    // from `filled` on are cleared; the bytes between are about to be read.
+    bool resize(unsigned int size, unsigned int kept, unsigned int filled) {
+        if (size + 1 == 0)
+            return false;
+        char* memory = allocateBlock(forString, size + 1);
+        if (!memory)
+            return false;
+        if (kept != 0)
+            std::memcpy(memory, bytes, kept);
+        std::memset(memory + filled, 0, size + 1 - filled);
+        freeBlock(forString, bytes);
+        bytes = memory;
+        return true;
+    }
+
+    char* release() {
+        char* released = bytes;
+        bytes = nullptr;
+        return released;
+    }
+
+private:
+    bool forString;
+    char* bytes;
+};
+
+bool isBodyOfBlock(unsigned int tag) { return tag >= fxOT_Bytes && tag <= fxOT_Doubles; }
+
+}  // namespace
+
+// The table and its index.
+
+fxBinaryReader::Record& fxBinaryReader::enter(unsigned int number, void* address) {
+    Record& record = index->findOrAdd(number);
+    const std::uint32_t word = reinterpret_cast<std::uint32_t>(address);
+    if (record.entry)
+        std::memcpy(static_cast<char*>(record.entry->kvmem) + sizeof word, &word, sizeof word);
+    else
+        record.entry = table.enterNew(number, word);
+    record.address = address;
+    record.taken = false;
+    return record;
+}
+
+void* fxBinaryReader::alreadyRead(unsigned long number) {
+    const Record* record = index->find(static_cast<std::uint32_t>(number));
+    return record ? record->address : nullptr;
+}
+
+void fxBinaryReader::queue(fxBinaryReaderItem* item) { pushItem(item); }
+
+fxBinaryReaderItem* fxBinaryReader::pop() { return static_cast<fxBinaryReaderItem*>(popItem()); }
+
+// Instances.
+
+unsigned char fxBinaryReader::readInstance(void** instance) {
+    while (tag == fxOT_Type) {
+        if (!fill())
+            return 0;
+    }
+    if (isBodyOfBlock(tag))
+        return readBlock(instance);
+    if (tag == fxOT_Object)
+        return readObjectBody(instance);
+    fxFatal("XXX baddest news");
+}
+
+fxBinaryConverter fxBinaryReader::converterOf(unsigned int blockTag) const {
+    switch (blockTag) {
+        case fxOT_Shorts:
+            return shortsConv;
+        case fxOT_Longs:
+            return longsConv;
+        case fxOT_Floats:
+            return floatsConv;
+        case fxOT_Doubles:
+            return doublesConv;
+        default:
+            return [](fxBinaryReader& reader, char* destination, unsigned int byteCount) {
+                return reader.readBytes(destination, byteCount);
+            };
+    }
+}
+
+unsigned char fxBinaryReader::readBlock(void** instance) {
+    // The records that the body spans set the arguments anew.
+    const unsigned int number = arg1;
+    const unsigned int length = arg4;
+    const fxBinaryConverter convert = converterOf(tag);
+
+    const Record* awaited = index->find(number);
+    const bool forString = awaited && awaited->awaitedByString;
+    const unsigned int wanted = awaited && !awaited->address ? awaited->wanted : 0;
+    const unsigned int size = wanted > length ? wanted : length;
+    if (size - length > longestPadding)
+        return 0;
+
+    BlockMemory memory(forString);
+    unsigned int done = 0;
+    do {
+        const unsigned int step = done > firstStep ? done : firstStep;
+        const unsigned int next = length - done > step ? done + step : length;
+        if (!memory.resize(next == length ? size : next, done, next) ||
+            !convert(*this, memory.address() + done, next - done))
+            return 0;
+        done = next;
+    } while (done < length);
+
+    Record& record = enter(number, memory.release());
+    record.kind = forString ? Record::stringBlock : Record::arrayBlock;
+    record.size = size;
+    *instance = record.address;
+    return 1;
+}
+
+unsigned char fxBinaryReader::readObjectBody(void** instance) {
+    const Record* typeRecord = index->find(arg2);
+    if (!typeRecord || typeRecord->kind != Record::type)
+        return 0;
+    fxTypeObj& type = *static_cast<fxTypeObj*>(typeRecord->address);
+    if (arg3 != type.version)
+        fxFatal("XXX version error handling is missing");
+    void* object = type.create ? type.create(type) : nullptr;
+    if (!object)
+        return 0;
+    enter(arg1, object).kind = Record::object;
+    if (!type.xdr(object, *this))
+        fxFatal("XXX error handling is missing");
+    *instance = object;
+    return 1;
+}
+
+// Pointers.
+
+unsigned char fxBinaryReader::readPrimPointer(void* field, unsigned int length) {
+    fxBinaryReaderItem item;
+    item.field = static_cast<void**>(field);
+    item.target = stringBuffer ? fxBinaryReaderItem::stringTarget : fxBinaryReaderItem::blockTarget;
+    item.wantedSize = length;
+    stringBuffer = 0;
+    if (!fill())
+        return 0;
+    item.number = arg1;
+    if (tag == fxOT_Block)
+        return awaitTarget(item);
+    if (tag == fxOT_OldBlock)
+        return store(item);
+    fxFatal("format error");
+}
+
+unsigned char fxBinaryReader::xdr(void* field, fxXDRObj*, fxTypeObj&, fxXDRObj*, void*) {
+    fxBinaryReaderItem item;
+    item.field = static_cast<void**>(field);
+    item.target = fxBinaryReaderItem::objectTarget;
+    item.wantedSize = 0;
+    if (!fill())
+        return 0;
+    item.number = arg1;
+    switch (tag) {
+        case fxOT_Null:
+            *item.field = nullptr;
+            return 1;
+        case fxOT_ObjectPointer:
+            return awaitTarget(item);
+        case fxOT_OldObject:
+            return store(item);
+        default:
+            fxFatal("XXX bad news!");
+    }
+}
+
+unsigned char fxBinaryReader::xdr(fxTypeObj& type, void* previous, void* address) {
+    if (previous == address)
+        return 1;
+    if (!fill())
+        return 0;
+    switch (tag) {
+        case fxOT_Embedded:
+            if (alreadyRead(arg1))
+                fxFatal("XXX new base for old base");
+            enter(arg1, address).kind = Record::object;
+            return type.xdr(address, *this);
+        case fxOT_OldEmbedded:
+            if (!alreadyRead(arg1))
+                fxFatal("XXX old base previously unseen");
+            return 1;
+        default:
+            fxFatal("XXX bad news!");
+    }
+}
+
+// Queues a copy of `item` and notes what its target will have to be.
+unsigned char fxBinaryReader::awaitTarget(const fxBinaryReaderItem& item) {
+    queue(new fxBinaryReaderItem(item));
+    Record& record = index->findOrAdd(item.number);
+    if (record.wanted < item.wantedSize)
+        record.wanted = item.wantedSize;
+    if (item.target == fxBinaryReaderItem::stringTarget)
+        record.awaitedByString = true;
+    return 1;
+}
+
+// Points the item's member to its target; an unknown number is a null pointer.
+// Fails when the number belongs to something the member cannot point to.
+unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
+    Record* record = index->find(item.number);
+    if (!record || !record->entry)
+        record = &enter(item.number, nullptr);
+    if (!record->address && item.target == fxBinaryReaderItem::stringTarget)
+        return 0;  // a string has no null buffer
+    if (record->address) {
+        switch (item.target) {
+            case fxBinaryReaderItem::objectTarget:
+                if (record->kind != Record::object)
+                    return 0;
+                break;
+            case fxBinaryReaderItem::blockTarget:
+                if (record->kind != Record::arrayBlock || record->size < item.wantedSize)
+                    return 0;
+                break;
+            case fxBinaryReaderItem::stringTarget:
+                // A string owns its buffer alone.
+                if (record->kind != Record::stringBlock || record->taken ||
+                    record->size < item.wantedSize)
+                    return 0;
+                static_cast<char*>(record->address)[item.wantedSize - 1] = '\0';
+                break;
+            default:
+                break;
+        }
+    }
+    record->taken = true;
+    *item.field = record->address;
+    return 1;
+}
+
+// Roots.
+
+void* fxBinaryReader::readObject(fxTypeObj&) {
+    void* root = nullptr;
+    if (!fill() || !readInstance(&root))
+        return nullptr;
+    while (fxBinaryReaderItem* item = pop()) {
+        unsigned char read = 1;
+        void* instance;
+        while (read && !alreadyRead(item->number))
+            read = fill() && readInstance(&instance);
+        read = read && store(*item);
+        delete item;
+        if (!read)
+            return nullptr;
+    }
+    return root;
+}
+
+unsigned char fxBinaryReader::writeObject(void*, fxXDRObj*) {
+    fxFatal("tried to invoke fxBinaryReader::writeObject");
+}

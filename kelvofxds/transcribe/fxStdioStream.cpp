@@ -1,0 +1,126 @@
+#include "kelvofxds/transcribe/fxStdioStream.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+int openFlags(fxStream::fxStreamType type) {
+    switch (type) {
+        case fxStream::writeStream:
+            return O_WRONLY;
+        case fxStream::readWriteStream:
+            return O_RDWR;
+        default:
+            return O_RDONLY;
+    }
+}
+
+const char* stdioMode(fxStream::fxStreamType type) {
+    switch (type) {
+        case fxStream::readStream:
+            return "r";
+        case fxStream::writeStream:
+            return "w";
+        case fxStream::readWriteStream:
+            return "r+";
+        default:
+            return nullptr;
+    }
+}
+}  // namespace
+
+fxStdioStream::fxStdioStream(const char* path, fxStreamType streamType, unsigned int mode)
+    : fp(nullptr), type(streamType), error(1), eof(0) {
+    const int flags = openFlags(type);
+    int fd = ::open64(path, flags);
+    if (fd < 0 && type != readStream)
+        fd = ::open64(path, flags | O_CREAT, static_cast<mode_t>(mode));
+    if (fd < 0)
+        return;
+    wrap(fd);
+    if (!fp)
+        ::close(fd);
+}
+
+fxStdioStream::fxStdioStream(int fd, fxStreamType streamType)
+    : fp(nullptr), type(streamType), error(1), eof(0) {
+    wrap(fd);
+}
+
+fxStdioStream::fxStdioStream(std::FILE* stream, fxStreamType streamType)
+    : fp(stream), type(streamType), error(stream == nullptr), eof(0) {}
+
+fxStdioStream::~fxStdioStream() {
+    if (!fp)
+        return;
+    std::fflush(fp);
+    std::fclose(fp);
+}
+
+void fxStdioStream::wrap(int fd) {
+    const char* mode = stdioMode(type);
+    fp = mode ? ::fdopen(fd, mode) : nullptr;
+    error = fp == nullptr;
+}
+
+unsigned char fxStdioStream::hasError() { return error; }
+
+unsigned char fxStdioStream::atEOF() { return eof; }
+
+unsigned char fxStdioStream::isReading() { return type == readStream || type == readWriteStream; }
+
+unsigned char fxStdioStream::isWriting() { return type == writeStream || type == readWriteStream; }
+
+fxStream::fxStreamType fxStdioStream::getType() { return type; }
+
+template <class Item>
+unsigned char fxStdioStream::get(Item* items, unsigned int n) {
+    return fp && (n == 0 || ::fread_unlocked(items, sizeof(Item), n, fp) == n);
+}
+
+template <class Item>
+unsigned char fxStdioStream::put(const Item* items, unsigned int n) {
+    return fp && (n == 0 || ::fwrite_unlocked(items, sizeof(Item), n, fp) == n);
+}
+
+unsigned char fxStdioStream::getBytes(char* buffer, unsigned int n) {
+    if (n != 1 || !fp)
+        return get(buffer, n);
+    const int c = ::getc_unlocked(fp);
+    if (c == EOF)
+        return 0;
+    *buffer = static_cast<char>(c);
+    return 1;
+}
+
+unsigned char fxStdioStream::getShorts(short* buffer, unsigned int n) { return get(buffer, n); }
+
+unsigned char fxStdioStream::getInts(int* buffer, unsigned int n) { return get(buffer, n); }
+
+unsigned char fxStdioStream::getLongs(long* buffer, unsigned int n) { return get(buffer, n); }
+
+unsigned char fxStdioStream::getFloats(float* buffer, unsigned int n) { return get(buffer, n); }
+
+unsigned char fxStdioStream::getDoubles(double* buffer, unsigned int n) { return get(buffer, n); }
+
+unsigned char fxStdioStream::putBytes(const char* buffer, unsigned int n) {
+    if (n != 1 || !fp)
+        return put(buffer, n);
+    return ::putc_unlocked(static_cast<unsigned char>(*buffer), fp) != EOF;
+}
+
+unsigned char fxStdioStream::putShorts(const short* buffer, unsigned int n) {
+    return put(buffer, n);
+}
+
+unsigned char fxStdioStream::putInts(const int* buffer, unsigned int n) { return put(buffer, n); }
+
+unsigned char fxStdioStream::putLongs(const long* buffer, unsigned int n) { return put(buffer, n); }
+
+unsigned char fxStdioStream::putFloats(const float* buffer, unsigned int n) {
+    return put(buffer, n);
+}
+
+unsigned char fxStdioStream::putDoubles(const double* buffer, unsigned int n) {
+    return put(buffer, n);
+}

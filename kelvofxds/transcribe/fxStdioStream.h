@@ -1,0 +1,63 @@
+// fxStdioStream.h - a byte stream over the system's standard I/O.
+#pragma once
+
+#include <cstdio>
+
+#include "kelvofxds/transcribe/fxStream.h"
+
+/// Reads or writes a file, a descriptor or an open standard I/O stream, which
+/// it owns from then on and closes when destroyed.
+///
+/// Buffering is the standard I/O stream's, whose lock is not taken: use the
+/// stream from one thread. A stream that could not be opened has its error
+/// flag set, and every get and put on it fails. Between reading and writing on
+/// one stream the C rules hold: the caller flushes or seeks.
+class FX_EXPORT fxStdioStream : public fxStream {
+public:
+    /// Opens `path`: type 0 for reading, 1 for writing, 2 for both. A file
+    /// that cannot be opened for writing is opened again with "create" and the
+    /// permission bits `mode` (less the process's umask).
+    /// Deliberate: nothing is truncated; what an existing file holds beyond
+    /// the bytes written stays. Any other type opens for reading and then
+    /// fails.
+    fxStdioStream(const char* path, fxStreamType type, unsigned int mode = 0666);
+    /// Takes over the descriptor `fd`, unless it cannot be used as `type`.
+    fxStdioStream(int fd, fxStreamType type);
+    /// Takes over `fp`; null sets the error flag.
+    fxStdioStream(std::FILE* fp, fxStreamType type);
+    /// Flushes and closes.
+    ~fxStdioStream() override;
+
+    unsigned char hasError() override;  ///< 1 when there is no open stream.
+    /// Deliberate: always 0, also after a read has failed at the end.
+    unsigned char atEOF() override;
+    unsigned char isReading() override;
+    unsigned char isWriting() override;
+    fxStreamType getType() override;  ///< As given to the constructor.
+    unsigned char getBytes(char* buffer, unsigned int n) override;
+    unsigned char getShorts(short* buffer, unsigned int n) override;
+    unsigned char getInts(int* buffer, unsigned int n) override;
+    unsigned char getLongs(long* buffer, unsigned int n) override;
+    unsigned char getFloats(float* buffer, unsigned int n) override;
+    unsigned char getDoubles(double* buffer, unsigned int n) override;
+    unsigned char putBytes(const char* buffer, unsigned int n) override;
+    unsigned char putShorts(const short* buffer, unsigned int n) override;
+    unsigned char putInts(const int* buffer, unsigned int n) override;
+    unsigned char putLongs(const long* buffer, unsigned int n) override;
+    unsigned char putFloats(const float* buffer, unsigned int n) override;
+    unsigned char putDoubles(const double* buffer, unsigned int n) override;
+
+private:
+    friend struct fxStdioStreamLayout;  // tests/transcribe/fxStdioStream_test.cpp
+
+    void wrap(int fd);
+    template <class Item>
+    unsigned char get(Item* items, unsigned int n);
+    template <class Item>
+    unsigned char put(const Item* items, unsigned int n);
+
+    std::FILE* fp;        // owned; null when opening failed
+    fxStreamType type;    // as given
+    unsigned char error;  // 1 when there is no open stream
+    unsigned char eof;    // never set
+};

@@ -1,0 +1,5 @@
+#include "kelvofxds/transcribe/fxStream.h"
+
+fxStream::fxStream() {}
+
+fxStream::~fxStream() {}

@@ -1,0 +1,32 @@
+#include "kelvofxds/transcribe/fxTranscriber.h"
+
+#include "kelvofxds/transcribe/fxStream.h"
+
+fxTranscriber::fxTranscriber() : reading(0), stringBuffer(0), stream(nullptr) {}
+
+fxTranscriber::~fxTranscriber() {
+    if (stream && --stream->count == 0)
+        delete stream;
+}
+
+void fxTranscriber::holdStream(fxStream* s) {
+    stream = s;
+    if (stream)
+        ++stream->count;
+}
+
+unsigned char fxTranscriber::xdr(int* elements, unsigned int n) {
+    return xdr(reinterpret_cast<long*>(elements), n);
+}
+
+unsigned char fxTranscriber::xdr(unsigned int* elements, unsigned int n) {
+    return xdr(reinterpret_cast<unsigned long*>(elements), n);
+}
+
+unsigned char fxTranscriber::xdr(int** block, unsigned int n) {
+    return xdr(reinterpret_cast<long**>(block), n);
+}
+
+unsigned char fxTranscriber::xdr(unsigned int** block, unsigned int n) {
+    return xdr(reinterpret_cast<unsigned long**>(block), n);
+}

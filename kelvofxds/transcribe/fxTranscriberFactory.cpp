@@ -1,0 +1,98 @@
+// fxTranscriberFactory.cpp - making writers, and readers from stream headers.
+
+#include <cstring>
+
+#include "kelvofxds/containers/fxVoidPtrDict.h"
+#include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxOrderedGlobal.h"
+#include "kelvofxds/str/fxStackBuffer.h"
+#include "kelvofxds/transcribe/fxBinaryReader.h"
+#include "kelvofxds/transcribe/fxBinaryWriter.h"
+#include "kelvofxds/transcribe/fxStream.h"
+#include "kelvofxds/transcribe/fxTranscriber.h"
+
+// Constant-initialised: hosts may install factories while other statics are
+// still being made.
+fxVoidPtrDict* fxTranscriber::readers = nullptr;
+fxTranscriber* (*fxTranscriber::makeWriter)(fxStream*) = fxTranscriber::makeDefaultWriter;
+
+namespace {
+const char floatFormat[] = "ieee";
+const short hostShortMark = 0x1122;
+const long hostLongMark = 0x33445566;
+
+unsigned char writeHeader(fxStream* stream, const char* name) {
+    return stream->putBytes(name, static_cast<unsigned int>(std::strlen(name)) + 1) &&
+           stream->putBytes(floatFormat, sizeof floatFormat) &&
+           stream->putShorts(&hostShortMark, 1) && stream->putLongs(&hostLongMark, 1);
+}
+}  // namespace
+
+fxTranscriber* fxTranscriber::makeDefaultWriter(fxStream* stream) {
+    return new fxBinaryWriter(stream);
+}
+
+void fxTranscriber::changeDefaultWriter(fxTranscriber* (*factory)(fxStream*)) {
+    if (factory)
+        makeWriter = factory;
+}
+
+void fxTranscriber::resetToDefaultWriter() { makeWriter = makeDefaultWriter; }
+
+void fxTranscriber::addTranscriber(const char* name,
+                                   fxTranscriber* (*factory)(fxStream*, short, long, const char*)) {
+    if (!readers)
+        readers = new fxVoidPtrDict(0);
+    readers->add(name, reinterpret_cast<void*>(factory));
+}
+
+fxTranscriber* fxTranscriber::getWriter(fxStream* stream) {
+    fxTranscriber* writer = stream ? makeWriter(stream) : nullptr;
+    if (!writer)
+        return nullptr;
+    if (!writeHeader(stream, writer->className())) {
+        delete writer;
+        return nullptr;
+    }
+    return writer;
+}
+
+fxTranscriber* fxTranscriber::getReader(fxStream* stream) {
+    if (!readers || !stream)
+        return nullptr;
+    fxStackBuffer name;
+    fxStackBuffer format;
+    short shortMark = 0;
+    long longMark = 0;
+    if (!readNullTerminatedString(stream, name) || !readNullTerminatedString(stream, format) ||
+        !stream->getShorts(&shortMark, 1) || !stream->getLongs(&longMark, 1))
+        return nullptr;
+    void** found = readers->find(name.getBase());
+    if (!found || !*found)
+        fxFatal("Unknown transcriber type \"%s\"", name.getBase());
+    const auto factory = reinterpret_cast<ReaderFactory>(*found);
+    return factory(stream, shortMark, longMark, format.getBase());
+}
+
+fxTranscriber* makeBinaryReader(fxStream* stream, short shortMark, long longMark,
+                                const char* format) {
+    return new fxBinaryReader(stream, shortMark, longMark, format);
+}
+
+unsigned char readNullTerminatedString(fxStream* stream, fxStackBuffer& buffer) {
+    char c = 0;
+    do {
+        if (!stream->getBytes(&c, 1))
+            return 0;
+        buffer.addc(c);
+    } while (c != '\0');
+    return 1;
+}
+
+// Start-up.
+
+static void cons() { fxTranscriber::addTranscriber("fxBinaryWriter", makeBinaryReader); }
+
+static fxOrderedGlobal* deps[] = {&fxOG_Init, nullptr};
+
+fxOrderedGlobal fxOG_Transcriber(cons, deps, 1);
