@@ -15,10 +15,10 @@ struct fxBinaryReaderItem {
     /// What the member may point to.
     enum Target { anyTarget, objectTarget, blockTarget, stringTarget };
 
-    void** field;             ///< The member.
-    unsigned int number;      ///< Record number of the target.
-    Target target;            ///< Checked against what the number turns out to be.
-    unsigned int wantedSize;  ///< Bytes that the member's owner expects of a block.
+    void** field;                 ///< The member.
+    unsigned int number;          ///< Record number of the target.
+    Target target = anyTarget;    ///< Checked against what the number turns out to be.
+    unsigned int wantedSize = 0;  ///< Bytes that the member's owner expects of a block.
 };
 
 /// Parses what fxBinaryWriter writes and re-creates the objects by their type

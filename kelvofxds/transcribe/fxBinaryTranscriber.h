@@ -6,7 +6,7 @@
 #include "kelvofxds/transcribe/fxTranscriber.h"
 
 /// The kinds of records in a binary stream: the low six bits of a head byte.
-enum fxBinaryOTTag {
+enum fxBinaryOTTag : unsigned int {
     fxOT_Data = 0,            ///< Data that continues the record before.
     fxOT_Null = 1,            ///< A null pointer.
     fxOT_Type = 2,            ///< A type's number and name.

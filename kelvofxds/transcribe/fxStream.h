@@ -10,7 +10,7 @@
 /// transferred, 0 otherwise.
 class FX_EXPORT fxStream : public fxRCObj {
 public:
-    enum fxStreamType { readStream = 0, writeStream = 1, readWriteStream = 2 };
+    enum fxStreamType : int { readStream = 0, writeStream = 1, readWriteStream = 2 };
 
     fxStream();
     fxStream(const fxStream&) = delete;
