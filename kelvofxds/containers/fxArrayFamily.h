@@ -3,6 +3,9 @@
 
 #include "kelvofxds/containers/fxArray.h"
 
+// The macros' arguments are names, not values.
+// NOLINTBEGIN(bugprone-macro-parentheses)
+
 /// The members that bind fxArray to one element type: an empty array, one of
 /// `n` elements, a copy with the source's capacity, an adopting form
 /// (fxArray's), and by-value sub-arrays. cut moves its elements out of this
@@ -33,3 +36,5 @@ public:                                                                         
     fxTypeObj& getTypeObj() const override;       \
     unsigned char xdr(fxTranscriber& t) override; \
     static unsigned char xdr(void* array, fxTranscriber& t);
+
+// NOLINTEND(bugprone-macro-parentheses)

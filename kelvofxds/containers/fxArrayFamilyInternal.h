@@ -3,12 +3,15 @@
 
 #include "kelvofxds/containers/fxArrayFamily.h"
 
+// The macros' arguments are names, not values.
+// NOLINTBEGIN(bugprone-macro-parentheses)
+
 /// Defines what FX_ARRAY_MEMBERS declares.
 #define FX_DEFINE_ARRAY(Class, Element)                                                       \
     Class::Class() : fxArray(static_cast<unsigned short>(sizeof(Element)), 0) {}              \
     Class::Class(unsigned int n) : fxArray(static_cast<unsigned short>(sizeof(Element)), n) { \
         if (data)                                                                             \
-            createElements(data, len);                                                        \
+            Class::createElements(data, len);                                                 \
     }                                                                                         \
     Class::Class(const Class& other) : fxArray(other.elemSize, 0) { copyFrom(other); }        \
     Class::Class(unsigned int size, unsigned int bytes, void* block)                          \
@@ -39,3 +42,5 @@
         return static_cast<Class*>(array)->xdrElements<Element>(t);                \
     }                                                                              \
     fxTypeObj Class##_type("ARRAY", 1, Class::newInstance, Class::deleteInstance, Class::xdr);
+
+// NOLINTEND(bugprone-macro-parentheses)

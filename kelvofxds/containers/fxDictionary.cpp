@@ -1,5 +1,7 @@
 #include "kelvofxds/containers/fxDictionary.h"
 
+#include <cxxabi.h>
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -7,12 +9,13 @@
 #include "kelvofxds/containers/fxArrayFamilyInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
-extern "C" void __cxa_pure_virtual();
-
 // The two tables.
 
+// Their elements are pointers.
+// NOLINTBEGIN(bugprone-sizeof-expression)
 FX_DEFINE_ARRAY(fxDictBuckets, fxDictBucket*)
 FX_DEFINE_ARRAY(fxDictIters, fxDictIter*)
+// NOLINTEND(bugprone-sizeof-expression)
 
 namespace {
 const unsigned int defaultBuckets = 31;
@@ -29,9 +32,9 @@ void fxDictIters::createElements(void* at, unsigned int bytes) { clear(at, bytes
 
 bool fxDictBuckets::makeEmptyBuckets(unsigned int n) {
     std::free(data);
-    data = std::calloc(n, sizeof(fxDictBucket*));
+    data = std::calloc(n, sizeof(void*));
     const bool made = data != nullptr || n == 0;
-    len = maxLen = made ? n * static_cast<unsigned int>(sizeof(fxDictBucket*)) : 0;
+    len = maxLen = made ? n * static_cast<unsigned int>(sizeof(void*)) : 0;
     return made;
 }
 
@@ -48,7 +51,7 @@ fxDictionary::fxDictionary(const fxDictionary& other)
     for (unsigned int i = 0; i < other.bucketCount(); ++i) {
         // Adding an entry would hash its key, which only a subclass can.
         if (other.buckets[i])
-            __cxa_pure_virtual();
+            abi::__cxa_pure_virtual();
     }
 }
 

@@ -122,7 +122,7 @@ protected:
     friend struct fxDictionaryLayout;  // tests/containers/fxDictionary_test.cpp
 
     unsigned int bucketCount() const {
-        return buckets.getLen() / static_cast<unsigned int>(sizeof(fxDictBucket*));
+        return buckets.getLen() / static_cast<unsigned int>(sizeof(void*));
     }
     void* valueOf(const fxDictBucket* b) const { return static_cast<char*>(b->kvmem) + keySize; }
     /// Adds an entry whose block is `kvmem` at the front of a bucket.

@@ -16,15 +16,16 @@ inline void* fxAllocate(std::size_t size) {
     return block;
 }
 
-/// realloc under the same rule. The call is left out when the allocator's
-/// block already has the size that realloc would round `size` up to.
+/// realloc to a `size` of at least 1 under the same rule. The call is left out
+/// when the allocator's block already has the size that realloc would round
+/// `size` up to.
 inline void* fxReallocate(void* block, std::size_t size) {
     const std::size_t granule = 16;
     const std::size_t usable = malloc_usable_size(block);
-    if (usable >= size && usable - size < granule && size != 0)
+    if (usable >= size && usable - size < granule)
         return block;
-    void* moved = std::realloc(block, size);
-    if (!moved && size != 0)
+    void* moved = std::realloc(block, size != 0 ? size : 1);
+    if (!moved)
         std::abort();
     return moved;
 }

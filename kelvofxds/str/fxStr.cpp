@@ -89,7 +89,10 @@ fxStr fxStr::extract(unsigned int pos, unsigned int n) const {
 
 fxStr fxStr::head(unsigned int n) const { return extract(0, n); }
 
-fxStr fxStr::tail(unsigned int n) const { return n < length() ? extract(length() - n, n) : *this; }
+fxStr fxStr::tail(unsigned int n) const {
+    const unsigned int count = n < length() ? n : length();
+    return extract(length() - count, count);
+}
 
 fxStr fxStr::copy() const { return *this; }
 

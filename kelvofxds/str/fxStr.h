@@ -216,4 +216,5 @@ FX_EXPORT std::ostream& operator<<(std::ostream& out, const fxStr& s);
 FX_EXPORT std::istream& operator>>(std::istream& in, fxStr& s);
 
 /// Sets the byte that ends a record of `in` and returns `in`.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the API.
 FX_EXPORT std::istream& _delimiter(std::istream& in, char c);

@@ -32,9 +32,10 @@ std::istream& operator>>(std::istream& in, fxStr& s) {
     return in;
 }
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the API.
 std::istream& _delimiter(std::istream& in, char c) {
     if (fxStr::delim_idx == -1)
         fxStr::delim_idx = std::ios_base::xalloc();
-    in.iword(fxStr::delim_idx) = c;
+    in.iword(fxStr::delim_idx) = static_cast<unsigned char>(c);
     return in;
 }

@@ -257,6 +257,7 @@ unsigned char fxBinaryWriter::writeItem(const fxBinaryWriterItem& item) {
         arg4 = item.extra;
         return writeBytes(static_cast<char*>(item.address), item.extra);
     }
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): an item holds it as a word.
     fxTypeObj& type = *reinterpret_cast<fxTypeObj*>(item.extra);
     unsigned long typeNumber;
     if (!writeType(type, &typeNumber))
