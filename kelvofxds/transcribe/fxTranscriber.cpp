@@ -1,5 +1,6 @@
 #include "kelvofxds/transcribe/fxTranscriber.h"
 
+#include "kelvofxds/str/fxStackBuffer.h"
 #include "kelvofxds/transcribe/fxStream.h"
 
 fxTranscriber::fxTranscriber() : reading(0), stringBuffer(0), stream(nullptr) {}
@@ -29,4 +30,14 @@ unsigned char fxTranscriber::xdr(int** block, unsigned int n) {
 
 unsigned char fxTranscriber::xdr(unsigned int** block, unsigned int n) {
     return xdr(reinterpret_cast<unsigned long**>(block), n);
+}
+
+unsigned char readNullTerminatedString(fxStream* stream, fxStackBuffer& buffer) {
+    char c = 0;
+    do {
+        if (!stream->getBytes(&c, 1))
+            return 0;
+        buffer.addc(c);
+    } while (c != '\0');
+    return 1;
 }

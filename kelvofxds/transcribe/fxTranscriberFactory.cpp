@@ -79,16 +79,6 @@ fxTranscriber* makeBinaryReader(fxStream* stream, short shortMark, long longMark
     return new fxBinaryReader(stream, shortMark, longMark, format);
 }
 
-unsigned char readNullTerminatedString(fxStream* stream, fxStackBuffer& buffer) {
-    char c = 0;
-    do {
-        if (!stream->getBytes(&c, 1))
-            return 0;
-        buffer.addc(c);
-    } while (c != '\0');
-    return 1;
-}
-
 // Start-up.
 
 static void cons() { fxTranscriber::addTranscriber("fxBinaryWriter", makeBinaryReader); }
