@@ -25,34 +25,38 @@ unsigned char fxBinaryReader_doubles(fxBinaryReader& reader, char* destination,
     return reader.readBytes(destination, byteCount);
 }
 
-unsigned char fxBinaryReader_BS(fxBinaryReader& reader, char* destination, unsigned int byteCount) {
+namespace {
+// Reads, then rearranges the bytes of every whole unit.
+template <class Rearrange>
+unsigned char readUnits(fxBinaryReader& reader, char* destination, unsigned int byteCount,
+                        unsigned int unitSize, Rearrange rearrange) {
     if (!reader.readBytes(destination, byteCount))
         return 0;
-    for (unsigned int i = 0; byteCount - i >= 2; i += 2)
-        std::swap(destination[i], destination[i + 1]);
+    for (; byteCount >= unitSize; byteCount -= unitSize, destination += unitSize)
+        rearrange(destination);
     return 1;
+}
+}  // namespace
+
+unsigned char fxBinaryReader_BS(fxBinaryReader& reader, char* destination, unsigned int byteCount) {
+    return readUnits(reader, destination, byteCount, 2,
+                     [](char* unit) { std::swap(unit[0], unit[1]); });
 }
 
 unsigned char fxBinaryReader_longsSS(fxBinaryReader& reader, char* destination,
                                      unsigned int byteCount) {
-    if (!reader.readBytes(destination, byteCount))
-        return 0;
-    for (unsigned int i = 0; byteCount - i >= 4; i += 4) {
-        std::swap(destination[i], destination[i + 2]);
-        std::swap(destination[i + 1], destination[i + 3]);
-    }
-    return 1;
+    return readUnits(reader, destination, byteCount, 4, [](char* unit) {
+        std::swap(unit[0], unit[2]);
+        std::swap(unit[1], unit[3]);
+    });
 }
 
 unsigned char fxBinaryReader_longsBSSS(fxBinaryReader& reader, char* destination,
                                        unsigned int byteCount) {
-    if (!reader.readBytes(destination, byteCount))
-        return 0;
-    for (unsigned int i = 0; byteCount - i >= 4; i += 4) {
-        std::swap(destination[i], destination[i + 3]);
-        std::swap(destination[i + 1], destination[i + 2]);
-    }
-    return 1;
+    return readUnits(reader, destination, byteCount, 4, [](char* unit) {
+        std::swap(unit[0], unit[3]);
+        std::swap(unit[1], unit[2]);
+    });
 }
 
 unsigned char fxBinaryReader_floatsVAX(fxBinaryReader& reader, char* destination,
