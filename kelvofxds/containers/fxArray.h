@@ -59,6 +59,7 @@ public:
     /// numbers is not their numeric order.
     virtual int compareElements(const void* a, const void* b) const;
 
+    /// The virtual xdr, for the type record.
     static unsigned char xdr(void* object, fxTranscriber& t);
 
     /// Ends all elements; the fields stay. O(n).
@@ -100,8 +101,8 @@ public:
     /// The same for the whole array.
     void qsort();
 
-    // Copies of elements in a malloced block; null when there are none.
-
+    /// A copy of elements, all of them, `n` from `start` on, the first or the
+    /// last `n`, in a malloced block; null when there are none. O(n).
     void* raw_copy() const;
     void* raw_extract(unsigned int start, unsigned int n) const;
     void* raw_head(unsigned int n) const;
@@ -121,6 +122,7 @@ public:
 protected:
     friend struct fxArrayLayout;  // tests/containers/fxArray_test.cpp
 
+    /// Sorts the elements `lo` to `hi`; `temp` has room for one.
     void qsortInternal(unsigned int lo, unsigned int hi, void* temp);
 
     /// Becomes a copy of `other`, capacity included, with a block of that
@@ -134,6 +136,7 @@ protected:
     template <class Element>
     unsigned char xdrElements(fxTranscriber& t);
 
+    /// Address of the byte at `offset` in the block.
     char* byteAt(unsigned int offset) const { return static_cast<char*>(data) + offset; }
 
     void* data;               // owned, from malloc; null when nothing is allocated

@@ -80,6 +80,7 @@ public:
     /// The same for a value.
     virtual unsigned char xdrValue(fxTranscriber& t, void* value) = 0;
 
+    /// The virtual xdr, for the type record.
     static unsigned char xdr(void* object, fxTranscriber& t);
 
     /// Address of the value of `key`, or null; valid until the entry is
@@ -121,9 +122,11 @@ protected:
     friend class fxDictIter;
     friend struct fxDictionaryLayout;  // tests/containers/fxDictionary_test.cpp
 
+    /// Number of buckets.
     unsigned int bucketCount() const {
         return buckets.getLen() / static_cast<unsigned int>(sizeof(void*));
     }
+    /// Address of the value of an entry.
     void* valueOf(const fxDictBucket* b) const { return static_cast<char*>(b->kvmem) + keySize; }
     /// Adds an entry whose block is `kvmem` at the front of a bucket.
     fxDictBucket* pushEntry(unsigned int bucketIndex, void* kvmem);
@@ -181,7 +184,9 @@ protected:
     static const unsigned int advanced = 1;  // already on the next entry, or at the end
     static const unsigned int parked = 2;    // on an entry that has been removed
 
+    /// Starts on `d`.
     void attach(fxDictionary* d);
+    /// Deregisters from the dictionary, if there is one.
     void detach();
 
     fxDictionary* dict;        // not owned; null when unattached or at the end

@@ -28,8 +28,11 @@ public:
     unsigned char xdrKey(fxTranscriber& t, void* key) override;
     unsigned char xdrValue(fxTranscriber& t, void* value) override;
 
+    /// An empty dictionary without buckets, owned by the caller.
     static void* newInstance(fxTypeObj& type);
+    /// Deletes what newInstance made; null is ignored.
     static void deleteInstance(void* dictionary);
+    /// The virtual xdr, for the type record.
     static unsigned char xdr(void* dictionary, fxTranscriber& t);
 
     using fxDictionary::operator=;
@@ -37,8 +40,7 @@ public:
     using fxDictionary::findCreate;
     using fxDictionary::remove;
 
-    // The same operations on typed keys and values.
-
+    /// Gives `key` the value, in place of an old one.
     void add(const fxStr& key, const fxStr& value) { addInternal(&key, &value); }
     /// The value of `key`, or null; valid until the entry is removed.
     fxStr* find(const fxStr& key) const { return static_cast<fxStr*>(find(&key)); }
@@ -53,7 +55,9 @@ public:
 /// Walks an fxStrStrDictionary; keys and values are fxStr.
 class FX_EXPORT fxStrStrDictionaryIter : public fxDictIter {
 public:
+    /// Attached to nothing.
     fxStrStrDictionaryIter();
+    /// On the first entry of `d`.
     explicit fxStrStrDictionaryIter(fxStrStrDictionary& d);
     /// On the first entry of `*d`, which must not be null.
     explicit fxStrStrDictionaryIter(fxStrStrDictionary* d);

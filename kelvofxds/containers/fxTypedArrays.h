@@ -71,7 +71,7 @@ class FX_EXPORT fxVoidPtrArray : public fxArray {
     void createElements(void* at, unsigned int bytes) override;
 };
 
-// The records, all "ARRAY", version 1, constructed in this order.
+/// A record called "ARRAY", version 1; they are constructed in this order.
 extern FX_EXPORT fxTypeObj fxBoolArray_type;
 extern FX_EXPORT fxTypeObj fxCharArray_type;
 extern FX_EXPORT fxTypeObj fxShortArray_type;

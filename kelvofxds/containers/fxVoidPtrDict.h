@@ -30,8 +30,7 @@ public:
     using fxDictionary::findCreate;
     using fxDictionary::remove;
 
-    // The same operations on typed keys and values.
-
+    /// Gives `key` the value, in place of an old one.
     void add(const fxStr& key, void* value) { addInternal(&key, &value); }
     /// Address of the pointer of `key`, or null if it has none.
     void** find(const fxStr& key) const { return static_cast<void**>(find(&key)); }
@@ -46,7 +45,9 @@ public:
 /// Walks an fxVoidPtrDict; keys are fxStr, values void*.
 class FX_EXPORT fxVoidPtrDictIter : public fxDictIter {
 public:
+    /// Attached to nothing.
     fxVoidPtrDictIter();
+    /// On the first entry of `d`.
     explicit fxVoidPtrDictIter(fxVoidPtrDict& d);
     /// On the first entry of `*d`, which must not be null.
     explicit fxVoidPtrDictIter(fxVoidPtrDict* d);

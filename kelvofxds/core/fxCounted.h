@@ -7,8 +7,10 @@
 /// fxRCObj. The count is kept by whoever shares the object.
 class FX_EXPORT Counted {
 public:
+    /// A new object, without holders.
     Counted() : count(0) {}
     Counted(const Counted&) : count(0) {}
+    /// Leaves the count alone.
     Counted& operator=(const Counted&) { return *this; }
     virtual ~Counted();
 
@@ -22,6 +24,7 @@ public:
 /// took.
 class FX_EXPORT RPtr_base {
 public:
+    /// Holds `object`, or nothing; the caller has added the reference.
     explicit RPtr_base(Counted* object = nullptr) : ptr(object) {}
     RPtr_base(const RPtr_base&) = delete;
     RPtr_base& operator=(const RPtr_base&) = delete;

@@ -9,6 +9,7 @@ class fxStr;
 /// install its own before it starts the toolkit.
 class FX_EXPORT fxDebug {
 public:
+    /// Ignores `enabled`.
     explicit fxDebug(unsigned char enabled);
 
     /// Ignores `option`.

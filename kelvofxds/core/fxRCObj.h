@@ -17,8 +17,10 @@
 /// Single-threaded: the count is a plain int.
 class FX_EXPORT fxRCObj {
 public:
+    /// A new object, without holders.
     fxRCObj() : count(0) {}
     fxRCObj(const fxRCObj&) : count(0) {}
+    /// Leaves the count alone.
     fxRCObj& operator=(const fxRCObj&) { return *this; }
     virtual ~fxRCObj();
 

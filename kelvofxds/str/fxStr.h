@@ -46,6 +46,8 @@ public:
     explicit fxStr(fxTypeObj& type);
     ~fxStr();
 
+    /// Becomes a copy of a text, which may be part of this string; null is an
+    /// empty text.
     fxStr& operator=(const fxStr& other);
     fxStr& operator=(const fxTempStr& other);
     fxStr& operator=(const char* s);
@@ -54,9 +56,11 @@ public:
 
     /// Appends `n` bytes of `s`.
     void append(const char* s, unsigned int n = 0);
+    /// Appends one byte.
     void append(char c);
     /// Inserts `n` bytes of `s` before position `pos`.
     void insert(const char* s, unsigned int pos, unsigned int n = 0);
+    /// Inserts one byte before position `pos`.
     void insert(char c, unsigned int pos);
     /// Overwrites `n` bytes at `pos`; the length never changes.
     void replace(const char* s, unsigned int pos, unsigned int n = 0);
@@ -84,6 +88,7 @@ public:
     fxStr head(unsigned int n) const;
     /// The last `n` bytes.
     fxStr tail(unsigned int n) const;
+    /// The whole text.
     fxStr copy() const;
     /// The text without the bytes of `set` at either end; empty when there is
     /// nothing else.
@@ -96,6 +101,7 @@ public:
     // backward searches start at `pos` - 1 and return the index found plus
     // one, so that it can be the next `pos`, or 0.
 
+    /// First byte that matches.
     unsigned int next(unsigned int pos, char c) const;
     unsigned int next(unsigned int pos, const char* set, unsigned int n = 0) const;
     unsigned int nextR(unsigned int pos, char c) const;
@@ -138,6 +144,7 @@ public:
     static void* newInstance(fxTypeObj& type);
     /// Deletes a string made by newInstance; null is ignored.
     static void deleteInstance(void* string);
+    /// The member xdr, for the type record.
     static unsigned char xdr(void* string, fxTranscriber& t);
     /// fxStr_type.
     fxTypeObj& getTypeObj() const;
@@ -147,9 +154,9 @@ public:
     /// caller must write the text and the length next.
     void resizeInternal(unsigned int n);
 
-    // Access.
-
+    /// Bytes of text.
     unsigned int length() const { return slength - 1; }
+    /// The text, NUL-terminated; valid until the next change.
     const char* c_str() const { return data; }
     explicit operator const char*() const { return data; }
     /// Requires: index <= length().
@@ -178,8 +185,8 @@ private:
 /// The record of fxStr, "fxStr", version 1.
 extern FX_EXPORT fxTypeObj fxStr_type;
 
-// Equality compares lengths, then all bytes, NULs included. A null text is
-// equal to an empty one.
+/// Equality compares lengths, then all bytes, NULs included. A null text is
+/// equal to an empty one.
 FX_EXPORT bool operator==(const fxStr& a, const fxStr& b);
 FX_EXPORT bool operator==(const fxStr& a, const char* b);
 FX_EXPORT bool operator==(const char* a, const fxStr& b);
@@ -187,7 +194,7 @@ FX_EXPORT bool operator!=(const fxStr& a, const fxStr& b);
 FX_EXPORT bool operator!=(const fxStr& a, const char* b);
 FX_EXPORT bool operator!=(const char* a, const fxStr& b);
 
-// Ordering is strcmp's, so it stops at the first NUL.
+/// Ordering is strcmp's, so it stops at the first NUL.
 FX_EXPORT bool operator<(const fxStr& a, const fxStr& b);
 FX_EXPORT bool operator<(const fxStr& a, const char* b);
 FX_EXPORT bool operator<(const char* a, const fxStr& b);

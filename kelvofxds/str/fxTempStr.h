@@ -24,6 +24,7 @@ public:
     /// the exact size.
     fxTempStr& concat(const char* s, unsigned int n);
 
+    /// Bytes of text.
     unsigned int length() const { return slength - 1; }
     /// NUL-terminated; valid until the next change.
     const char* c_str() const { return data; }

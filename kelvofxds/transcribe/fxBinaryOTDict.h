@@ -36,7 +36,9 @@ public:
 /// Walks an fxBinaryOTDict.
 class FX_EXPORT fxBinaryOTDictIter : public fxDictIter {
 public:
+    /// Attached to nothing.
     fxBinaryOTDictIter();
+    /// On the first entry of `d`.
     explicit fxBinaryOTDictIter(fxBinaryOTDict& d);
     /// On the first entry of `*d`, which must not be null.
     explicit fxBinaryOTDictIter(fxBinaryOTDict* d);

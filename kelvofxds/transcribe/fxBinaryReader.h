@@ -136,7 +136,7 @@ private:
     Index* index;                // owned; finds and qualifies what `table` holds
 };
 
-// The converters. Plain copies:
+/// A converter that copies.
 FX_EXPORT unsigned char fxBinaryReader_shorts(fxBinaryReader&, char*, unsigned int);
 FX_EXPORT unsigned char fxBinaryReader_longs(fxBinaryReader&, char*, unsigned int);
 FX_EXPORT unsigned char fxBinaryReader_floats(fxBinaryReader&, char*, unsigned int);
@@ -147,6 +147,7 @@ FX_EXPORT unsigned char fxBinaryReader_BS(fxBinaryReader&, char*, unsigned int);
 FX_EXPORT unsigned char fxBinaryReader_longsSS(fxBinaryReader&, char*, unsigned int);
 /// Of every four bytes 0 1 2 3 makes 3 2 1 0.
 FX_EXPORT unsigned char fxBinaryReader_longsBSSS(fxBinaryReader&, char*, unsigned int);
-// Fatal: "fxBinaryReader_floatsVAX: not implemented", both of them.
+/// Fatal, once the bytes have been read: "fxBinaryReader_floatsVAX: not
+/// implemented", both of them.
 FX_EXPORT unsigned char fxBinaryReader_floatsVAX(fxBinaryReader&, char*, unsigned int);
 FX_EXPORT unsigned char fxBinaryReader_doublesVAX(fxBinaryReader&, char*, unsigned int);

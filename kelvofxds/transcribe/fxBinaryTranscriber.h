@@ -38,24 +38,27 @@ public:
 protected:
     friend struct fxBinaryTranscriberLayout;  // tests/transcribe/fxBinaryWriter_test.cpp
 
-    static const unsigned int bufferSize = 512;
-    static const unsigned int lengthShift = 6;  // length class in a head byte
-    static const unsigned int tagMask = 0x3F;
+    static const unsigned int bufferSize = 512;  // bytes
+    static const unsigned int lengthShift = 6;   // length class in a head byte
+    static const unsigned int tagMask = 0x3F;    // tag in a head byte
 
+    /// Adds an item, made with new, to the work list.
     void pushItem(void* item);
+    /// Takes the last item off the work list; null if there is none.
     void* popItem();
+    /// Empties the work list.
     void freeItems();
 
     char buffer[bufferSize];    // payload of the record
     char* cursor;               // next byte of `buffer` to write or read
     unsigned int capacity;      // bufferSize
     unsigned int payloadCount;  // bytes of `buffer` that hold payload
-    fxBinaryOTDict table;
-    unsigned int tag;   // fxBinaryOTTag of the pending or current record
-    unsigned int arg1;  // the record's arguments
-    unsigned int arg2;
-    unsigned int arg3;
-    unsigned int arg4;
-    const char* typeName;      // of a type record; not owned
-    fxVoidPtrArray workQueue;  // owned items of work, last one first
+    fxBinaryOTDict table;       // the object table
+    unsigned int tag;           // fxBinaryOTTag of the pending or current record
+    unsigned int arg1;          // the record's arguments: its number
+    unsigned int arg2;          // a type's number
+    unsigned int arg3;          // a version
+    unsigned int arg4;          // a length in bytes
+    const char* typeName;       // of a type record; not owned
+    fxVoidPtrArray workQueue;   // owned items of work, last one first
 };

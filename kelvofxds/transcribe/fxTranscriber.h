@@ -30,7 +30,7 @@ public:
     /// Forgets every object seen so far.
     virtual void reset() = 0;
 
-    // `n` elements in place.
+    /// `n` elements in place.
     virtual unsigned char xdr(char* elements, unsigned int n) = 0;
     virtual unsigned char xdr(unsigned char* elements, unsigned int n) = 0;
     virtual unsigned char xdr(short* elements, unsigned int n) = 0;
@@ -41,10 +41,10 @@ public:
     virtual unsigned char xdr(double* elements, unsigned int n) = 0;
     virtual unsigned char xdr(fxStr* strings, unsigned int n) = 0;
 
-    // A pointer to a block of `n` elements. A block is written once, however
-    // many pointers lead to it. While reading, `*block` is set once the block
-    // has arrived, before readObject returns; it then belongs to the object,
-    // which frees it with delete[].
+    /// A pointer to a block of `n` elements. A block is written once, however
+    /// many pointers lead to it. While reading, `*block` is set once the block
+    /// has arrived, before readObject returns; it then belongs to the object,
+    /// which frees it with delete[].
     virtual unsigned char xdr(char** block, unsigned int n) = 0;
     virtual unsigned char xdr(unsigned char** block, unsigned int n) = 0;
     virtual unsigned char xdr(short** block, unsigned int n) = 0;
@@ -54,7 +54,7 @@ public:
     virtual unsigned char xdr(float** block, unsigned int n) = 0;
     virtual unsigned char xdr(double** block, unsigned int n) = 0;
 
-    // A pointer to a NUL-terminated text; else as above.
+    /// A pointer to a NUL-terminated text; else as above.
     virtual unsigned char xdr(char** text) = 0;
     virtual unsigned char xdr(unsigned char** text) = 0;
 
@@ -79,7 +79,7 @@ public:
     /// The class's name, written into the stream by getWriter.
     virtual const char* className() const = 0;
 
-    // int is transcribed as long, which has the same size.
+    /// int is transcribed as long, which has the same size.
     virtual unsigned char xdr(int* elements, unsigned int n);
     virtual unsigned char xdr(unsigned int* elements, unsigned int n);
     virtual unsigned char xdr(int** block, unsigned int n);
@@ -92,7 +92,9 @@ public:
 
     // The factory.
 
+    /// Makes a writer; null when it cannot.
     using WriterFactory = fxTranscriber* (*)(fxStream* stream);
+    /// Makes a reader from what a stream's header says; null when it cannot.
     using ReaderFactory = fxTranscriber* (*)(fxStream* stream, short shortMark, long longMark,
                                              const char* floatFormat);
 
