@@ -121,6 +121,7 @@ void fxStr::vformat(const char* format, std::va_list args) {
 
     // A new block, since the arguments may point into the old one.
     char* text = static_cast<char*>(fxAllocate(size));
+    text[0] = text[size - 1] = '\0';
     std::va_list retry;
     va_copy(retry, args);
     const int printed = std::vsnprintf(text, size, format, args);
@@ -131,8 +132,9 @@ void fxStr::vformat(const char* format, std::va_list args) {
     }
     va_end(retry);
 
+    // After an error the text is what had been printed before it.
     becomeEmpty();
-    if (printed > 0 && *text) {
+    if (*text) {
         data = text;
         slength = static_cast<unsigned int>(std::strlen(text)) + 1;
     } else {

@@ -186,11 +186,21 @@ unsigned char fxBinaryReader::readBytes(char* data, unsigned int n) {
 // Elements in place.
 
 namespace {
+const unsigned int tooLong = 0xFFFFFFFF;
+
+// Bytes of `n` elements; tooLong, which no block can have, when they exceed a
+// word.
+template <class Element>
+unsigned int bytesOf(unsigned int n) {
+    return n <= tooLong / sizeof(Element) ? n * static_cast<unsigned int>(sizeof(Element))
+                                          : tooLong;
+}
+
 template <class Element>
 unsigned char readElements(fxBinaryReader& reader, fxBinaryConverter convert, Element* elements,
                            unsigned int n) {
-    return convert(reader, reinterpret_cast<char*>(elements),
-                   n * static_cast<unsigned int>(sizeof(Element)));
+    const unsigned int bytes = bytesOf<Element>(n);
+    return bytes != tooLong && convert(reader, reinterpret_cast<char*>(elements), bytes);
 }
 }  // namespace
 
@@ -244,27 +254,27 @@ unsigned char fxBinaryReader::xdr(unsigned char** block, unsigned int n) {
 }
 
 unsigned char fxBinaryReader::xdr(short** block, unsigned int n) {
-    return readPrimPointer(block, n * 2);
+    return readPrimPointer(block, bytesOf<short>(n));
 }
 
 unsigned char fxBinaryReader::xdr(unsigned short** block, unsigned int n) {
-    return readPrimPointer(block, n * 2);
+    return readPrimPointer(block, bytesOf<unsigned short>(n));
 }
 
 unsigned char fxBinaryReader::xdr(long** block, unsigned int n) {
-    return readPrimPointer(block, n * 4);
+    return readPrimPointer(block, bytesOf<long>(n));
 }
 
 unsigned char fxBinaryReader::xdr(unsigned long** block, unsigned int n) {
-    return readPrimPointer(block, n * 4);
+    return readPrimPointer(block, bytesOf<unsigned long>(n));
 }
 
 unsigned char fxBinaryReader::xdr(float** block, unsigned int n) {
-    return readPrimPointer(block, n * 4);
+    return readPrimPointer(block, bytesOf<float>(n));
 }
 
 unsigned char fxBinaryReader::xdr(double** block, unsigned int n) {
-    return readPrimPointer(block, n * 8);
+    return readPrimPointer(block, bytesOf<double>(n));
 }
 
 unsigned char fxBinaryReader::xdr(char** text) { return readPrimPointer(text, 0); }
