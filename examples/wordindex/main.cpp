@@ -1,0 +1,301 @@
+// wordindex - counts the words of text files in a dictionary, writes that to a file, reads it back
+// and compares. `wordindex --help` lists the options.
+
+#include <getopt.h>
+#include <sys/resource.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "examples/wordindex/guarded.h"
+#include "examples/wordindex/indexFile.h"
+#include "examples/wordindex/progress.h"
+#include "examples/wordindex/textFiles.h"
+#include "examples/wordindex/wordCounter.h"
+#include "kelvofxds/core/fxToolkit.h"
+
+namespace {
+
+const char usage[] =
+    "usage: wordindex [-o FILE] [-q WORD]... [FILE | DIRECTORY]...\n"
+    "       wordindex -r FILE [-q WORD]...\n"
+    "\n"
+    "Counts the words of text files, writes the index to a file, reads it back and\n"
+    "compares the two. Without arguments it takes the headers below /usr/include; a\n"
+    "directory stands for all files below it.\n"
+    "\n"
+    "  -o FILE   keep the index in FILE, whose contents are replaced; without it\n"
+    "            the index goes to a temporary file\n"
+    "  -q WORD   look WORD up in the index; can be repeated\n"
+    "  -r FILE   read the index in FILE instead of making one\n"
+    "  --help    show this\n"
+    "\n"
+    "The exit status is 0, 1 when something could not be read, written or verified,\n"
+    "and 2 when the arguments make no sense.\n";
+
+const double megabyte = 1e6;
+
+struct Options {
+    const char* output = nullptr;      // null for a temporary file
+    const char* index = nullptr;       // to read; null to make one
+    std::vector<std::string> queries;  // words to look up
+    std::vector<std::string> texts;    // files and directories
+};
+
+// What counting comes to.
+struct Counted {
+    unsigned int files = 0;
+    unsigned int failures = 0;
+    std::uint64_t bytes = 0;
+    std::uint64_t words = 0;
+};
+
+class Stopwatch {
+public:
+    Stopwatch() : start(std::chrono::steady_clock::now()) {}
+    double seconds() const {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point start;
+};
+
+const char* plural(std::uint64_t n) { return n == 1 ? "" : "s"; }
+
+void printSize(const char* what, std::uint64_t n) {
+    std::printf("%-16s%12llu\n", what, static_cast<unsigned long long>(n));
+}
+
+void printTime(const char* what, double seconds) { std::printf("%-16s%12.3f s\n", what, seconds); }
+
+void printTime(const char* what, double seconds, std::uint64_t bytes) {
+    const double rate = seconds > 0 ? static_cast<double>(bytes) / megabyte / seconds : 0;
+    std::printf("%-16s%12.3f s %9.1f MB/s\n", what, seconds, rate);
+}
+
+void printMemory() {
+    struct rusage used;
+    if (::getrusage(RUSAGE_SELF, &used) == 0)
+        std::printf("%-16s%12.1f MB\n", "peak memory",
+                    static_cast<double>(used.ru_maxrss) * 1024 / megabyte);
+}
+
+void printLookUps(const fxStrStrDictionary& index, const std::vector<std::string>& queries) {
+    for (const std::string& word : queries) {
+        const fxStr* count = index.find(word.c_str());
+        std::printf("\"%s\" %s\n", word.c_str(), count ? count->c_str() : "is not there");
+    }
+}
+
+// Counting.
+
+Counted countWords(const TextFiles& texts, fxStrStrDictionary& index, Progress& progress) {
+    WordCounter counter(index);
+    Counted counted;
+    counted.failures = texts.failures();
+    const auto tick = [&] {
+        if (!progress.isDue())
+            return;
+        char line[100];
+        std::snprintf(line, sizeof line, "counting: %u of %u files, %.1f of %.1f MB", counted.files,
+                      static_cast<unsigned int>(texts.paths().size()),
+                      static_cast<double>(counter.bytes()) / megabyte,
+                      static_cast<double>(texts.bytes()) / megabyte);
+        progress.show(line);
+    };
+    tick();
+    for (const std::string& path : texts.paths()) {
+        if (counter.countFile(path, tick)) {
+            ++counted.files;
+        } else {
+            Progress::complain(path, std::strerror(errno));
+            ++counted.failures;
+        }
+        if (counter.isFull()) {
+            Progress::complain(path, "too many different words, the rest is not counted");
+            ++counted.failures;
+            break;
+        }
+    }
+    counted.bytes = counter.bytes();
+    counted.words = counter.words();
+    return counted;
+}
+
+void printCounts(const Counted& counted, fxStrStrDictionary& index, double seconds) {
+    printSize("files", counted.files);
+    printSize("bytes", counted.bytes);
+    printSize("words", counted.words);
+    printSize("distinct words", index.length());
+    printSize("buckets", index.getNumBuckets());
+    printSize("longest chain", longestChain(index));
+    printTime("read and count", seconds, counted.bytes);
+    std::fflush(stdout);
+}
+
+// Writing, reading back and comparing.
+
+struct RoundTrip {
+    std::unique_ptr<fxStrStrDictionary> copy;  // what was read back
+    std::uint64_t bytes = 0;                   // of the file
+    double writeSeconds = 0;
+    double readSeconds = 0;
+};
+
+// Returns false, having said why, when the index could not be written or read back.
+bool writeAndReadBack(fxStrStrDictionary& index, const Options& options, Progress& progress,
+                      RoundTrip& result) {
+    IndexFile file =
+        options.output ? IndexFile::create(options.output) : IndexFile::createTemporary();
+    progress.show("writing the index");
+    const Stopwatch writing;
+    const bool written = file.isOpen() && file.write(index);
+    result.writeSeconds = writing.seconds();
+    if (written) {
+        progress.show("reading the index back");
+        const Stopwatch reading;
+        result.copy = file.read();
+        result.readSeconds = reading.seconds();
+        result.bytes = file.bytes();
+    }
+    if (!result.copy)
+        Progress::complain(options.output ? options.output : "temporary file", file.problem());
+    return result.copy != nullptr;
+}
+
+// Returns true when what was read back is what was written.
+bool verify(fxStrStrDictionary& index, const Options& options, Progress& progress) {
+    RoundTrip trip;
+    if (!writeAndReadBack(index, options, progress, trip))
+        return false;
+    progress.show("verifying");
+    const Stopwatch verifying;
+    const unsigned int lost = countMissing(index, *trip.copy);
+    const unsigned int added = countMissing(*trip.copy, index);
+    const double seconds = verifying.seconds();
+
+    Progress::clear();
+    printSize("index bytes", trip.bytes);
+    printTime("write", trip.writeSeconds, trip.bytes);
+    printTime("read back", trip.readSeconds, trip.bytes);
+    printTime("verify", seconds);
+    printMemory();
+    printLookUps(*trip.copy, options.queries);
+    std::fflush(stdout);
+    if (lost != 0 || added != 0 || trip.copy->length() != index.length()) {
+        std::fprintf(stderr, "wordindex: read back wrong: %u words lost, %u added\n", lost, added);
+        return false;
+    }
+    return true;
+}
+
+int makeIndex(const Options& options) {
+    Progress progress;
+    TextFiles texts;
+    if (options.texts.empty())
+        texts.addHeaders("/usr/include");
+    for (const std::string& path : options.texts)
+        texts.add(path);
+
+    fxStrStrDictionary index(WordCounter::bucketsFor(texts.bytes()));
+    const Stopwatch counting;
+    const Counted counted = countWords(texts, index, progress);
+    const double seconds = counting.seconds();
+    Progress::clear();
+    printCounts(counted, index, seconds);
+    if (!verify(index, options, progress))
+        return 1;
+    std::printf("wordindex: verified %u word%s from %u file%s", index.length(),
+                plural(index.length()), counted.files, plural(counted.files));
+    if (counted.failures != 0)
+        std::printf("; %u failure%s", counted.failures, plural(counted.failures));
+    std::printf("\n");
+    return counted.failures == 0 ? 0 : 1;
+}
+
+// Reading an index that others may have changed.
+
+int readIndex(const Options& options) {
+    IndexFile file = IndexFile::existing(options.index);
+    const Stopwatch reading;
+    std::unique_ptr<fxStrStrDictionary> index;
+    if (file.isOpen())
+        index = file.read();
+    const double seconds = reading.seconds();
+    const std::string problem = index ? defectOf(*index) : file.problem();
+    if (!problem.empty()) {
+        Progress::complain(options.index, problem);
+        return 1;
+    }
+    printSize("index bytes", file.bytes());
+    printSize("distinct words", index->length());
+    printSize("buckets", index->getNumBuckets());
+    printSize("longest chain", longestChain(*index));
+    printTime("read", seconds, file.bytes());
+    printMemory();
+    printLookUps(*index, options.queries);
+    std::printf("wordindex: read %u word%s from %s\n", index->length(), plural(index->length()),
+                options.index);
+    return 0;
+}
+
+int readIndexGuarded(const Options& options) {
+    return runGuarded([&] { return readIndex(options); },
+                      [&](const std::string& lastWords) {
+                          Progress::complain(options.index, "damaged index: " + lastWords);
+                      });
+}
+
+// The command line. Returns the exit status, or -1 to go on.
+int parse(int argc, char** argv, Options& options) {
+    const option longOptions[] = {{"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
+    int c;
+    while ((c = ::getopt_long(argc, argv, "o:q:r:h", longOptions, nullptr)) != -1) {
+        switch (c) {
+            case 'o':
+                options.output = optarg;
+                break;
+            case 'q':
+                options.queries.emplace_back(optarg);
+                break;
+            case 'r':
+                options.index = optarg;
+                break;
+            case 'h':
+                std::fputs(usage, stdout);
+                return 0;
+            default:
+                std::fputs(usage, stderr);
+                return 2;
+        }
+    }
+    options.texts.assign(argv + optind, argv + argc);
+    if (options.index && (!options.texts.empty() || options.output)) {
+        std::fputs("wordindex: -r goes with -q only\n", stderr);
+        return 2;
+    }
+    if (options.queries.empty())
+        options.queries = {"int", "return", "the", "template"};
+    return -1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    const int status = parse(argc, argv, options);
+    if (status >= 0)
+        return status;
+    fxInitializeToolkit();
+    const int result = options.index ? readIndexGuarded(options) : makeIndex(options);
+    fxCleanupGlobalOrderings();
+    return result;
+}
