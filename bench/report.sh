@@ -1,0 +1,146 @@
+#!/bin/sh
+# report.sh - turns the benchmarks' JSON output into the tables of docs/performance.md.
+#
+#   ./dev bench --benchmark_repetitions=7 --benchmark_out=build/bench.json
+#   bench/report.sh build/bench.json                          prints the tables
+#   bench/report.sh build/bench.json docs/performance.md      puts them into the document
+#
+# Times are CPU times, the medians of the repetitions. A ratio is the peer's time divided by
+# kelvofxds's: above 1 kelvofxds is faster; a ratio below 1/1.2 is set in bold.
+set -eu
+
+usage="usage: bench/report.sh RESULTS.json [DOCUMENT.md]"
+results=${1:?$usage}
+document=${2:-}
+
+tables() {
+    awk '
+    # "key": value  or  "key": "value",
+    function text(line) {
+        sub(/^[^:]*: */, "", line)
+        sub(/,$/, "", line)
+        gsub(/^"|"$/, "", line)
+        return line
+    }
+    function toNanoseconds(value, unit) {
+        return value * (unit == "s" ? 1e9 : unit == "ms" ? 1e6 : unit == "us" ? 1e3 : 1)
+    }
+    function shown(ns) {
+        if (ns < 999.5) return sprintf("%.3g ns", ns)
+        if (ns < 999.5e3) return sprintf("%.3g µs", ns / 1e3)
+        if (ns < 999.5e6) return sprintf("%.3g ms", ns / 1e6)
+        return sprintf("%.3g s", ns / 1e9)
+    }
+    function ratio(ours, peer,   r) {
+        r = peer / ours
+        return sprintf(r < 1 / 1.2 ? "**%.2f**" : "%.2f", r)
+    }
+    function growth(time, from, to) {
+        return from == to ? "" : sprintf("%.2f", log(time[to] / time[from]) / log(to / from))
+    }
+    function endOfEntry(   parts, n, i, name, implementation, size, id) {
+        if (run == "" || kind == "BigO" || kind == "RMS" || (kind != "" && kind != "median")) return
+        n = split(run, parts, "/")
+        name = parts[1]
+        for (i = 2; i <= n - 2; ++i) name = name "/" parts[i]
+        implementation = parts[n - 1]
+        size = parts[n]
+        id = name SUBSEP implementation
+        # With repetitions the single runs come first and the median replaces them.
+        cpu[id, size] = toNanoseconds(time, unit)
+        memory[id, size] = peak
+        if (!(id in seen)) {
+            seen[id] = 1
+            if (implementation == "kelvofxds") cases[++caseCount] = name
+            else peers[name] = peers[name] (peers[name] == "" ? "" : "\t") implementation
+        }
+        if (implementation == "kelvofxds" && !((name, size) in sized)) {
+            sized[name, size] = 1
+            sizes[name] = sizes[name] (sizes[name] == "" ? "" : " ") size
+        }
+    }
+    function row(name, peer,   s, n, i, list, ratios, a, b, grown) {
+        n = split(sizes[name], s, " ")
+        for (i = 1; i <= n; ++i) {
+            a = cpu[name, "kelvofxds", s[i]]
+            b = cpu[name, peer, s[i]]
+            if (b == "") continue
+            list = list (i > 1 ? ", " : "") s[i]
+            ratios = ratios (i > 1 ? ", " : "") ratio(a, b)
+            ours[s[i]] = a
+            theirs[s[i]] = b
+        }
+        if (list == "") return
+        grown = n > 1 ? growth(ours, s[n - 1], s[n]) " / " growth(theirs, s[n - 1], s[n]) : ""
+        printf "| %s | %s | %s | %s | %s | %s | %s |\n", substr(name, index(name, "/") + 1), peer,
+            (n > 1 ? list : ""), ratios, shown(ours[s[n]]), shown(theirs[s[n]]), grown
+    }
+    function largeRow(name, peer,   s, n, i, a, b) {
+        n = split(sizes[name], s, " ")
+        for (i = 1; i <= n; ++i) {
+            a = cpu[name, "kelvofxds", s[i]]
+            b = cpu[name, peer, s[i]]
+            if (b == "") continue
+            printf "| %s | %s | %s | %s | %s | %s | %s | %.0f | %.0f |\n",
+                substr(name, index(name, "/") + 1), s[i], shown(a),
+                (i > 1 ? sprintf("%.2f", a / cpu[name, "kelvofxds", s[i - 1]]) : ""), shown(b),
+                (i > 1 ? sprintf("%.2f", b / cpu[name, peer, s[i - 1]]) : ""), ratio(a, b),
+                memory[name, "kelvofxds", s[i]], memory[name, peer, s[i]]
+        }
+    }
+    /"date":/ && date == "" { date = text($0); sub(/T.*/, "", date) }
+    /"compiler":/ { compiler = text($0) }
+    /"num_cpus":/ { cpus = text($0) }
+    /"mhz_per_cpu":/ { mhz = text($0) }
+    /"run_name":/ { run = text($0); kind = ""; peak = 0 }
+    /"aggregate_name":/ { kind = text($0) }
+    /"cpu_time":/ { time = text($0) }
+    /"time_unit":/ { unit = text($0) }
+    /"peak_MiB":/ { peak = text($0) }
+    /^ *}/ { endOfEntry(); run = "" }
+    END {
+        printf "Measured on %s at commit %s with %s on %d cores at %.1f GHz.\n", date, commit,
+            compiler, cpus, mhz / 1000
+        for (i = 1; i <= caseCount; ++i) {
+            if (cases[i] ~ /\/large$/) continue
+            split(cases[i], parts, "/")
+            if (parts[1] != class) {
+                class = parts[1]
+                printf "\n### %s\n\n", class
+                print "| case | peer | n | ratio at each n | kelvofxds, last n | peer, last n |" \
+                    " growth |"
+                print "|---|---|---|---|---|---|---|"
+            }
+            m = split(peers[cases[i]], names, "\t")
+            for (j = 1; j <= m; ++j) row(cases[i], names[j])
+        }
+        for (i = 1; i <= caseCount; ++i) {
+            if (cases[i] !~ /\/large$/) continue
+            if (!headed++) {
+                print "\n### Up to a million blocks and objects\n"
+                print "| case | n | kelvofxds | T(n)/T(n/2) | cereal | T(n)/T(n/2) | ratio |" \
+                    " MiB | cereal, MiB |"
+                print "|---|---|---|---|---|---|---|---|---|"
+            }
+            largeRow(cases[i], peers[cases[i]])
+        }
+    }' commit="$(git rev-parse --short HEAD 2>/dev/null || echo unknown)" "$results"
+}
+
+if [ -z "$document" ]; then
+    tables
+    exit
+fi
+new=$document.new
+tables >"$new.tables"
+awk -v tables="$new.tables" '
+/^<!-- end of the measured tables -->$/ { inside = 0 }
+!inside { print }
+/^<!-- measured tables, written by bench\/report.sh -->$/ {
+    inside = 1
+    print ""
+    while ((getline line < tables) > 0) print line
+    print ""
+}' "$document" >"$new"
+rm "$new.tables"
+mv "$new" "$document"

@@ -1,0 +1,343 @@
+// fxArrayGrowth_test.cpp - how much an array allocates, and when.
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "kelvofxds/containers/fxArray.h"
+#include "kelvofxds/containers/fxTypedArrays.h"
+#include "tests/support/testArrays.h"
+
+namespace {
+
+bool isZero(const void* bytes, unsigned int n) {
+    for (unsigned int i = 0; i < n; ++i) {
+        if (static_cast<const char*>(bytes)[i] != 0)
+            return false;
+    }
+    return true;
+}
+
+bool spareIsZero(const fxArray& array) {
+    return isZero(static_cast<const char*>(array.at(0)) + array.getLen(),
+                  array.getMaxLen() - array.getLen());
+}
+
+}  // namespace
+
+// getmem and expand.
+
+TEST(fxArrayGrowth, getmemFreesAtCapacityZero) {
+    class Array : public TracingArray {
+    public:
+        Array() : TracingArray(4, 2) {}
+        void setFields(unsigned int newMax, unsigned int newLen) {
+            maxLen = newMax;
+            len = newLen;
+        }
+    } array;
+    array.setFields(0, 0);
+    array.getmem();
+    EXPECT_EQ(nullptr, array.data);
+    array.getmem();
+    EXPECT_EQ(nullptr, array.data);
+
+    array.setFields(24, 0);
+    array.getmem();
+    EXPECT_NE(nullptr, array.data);
+    std::memset(array.data, 1, 24);
+}
+
+TEST(fxArrayGrowth, getmemKeepsTheContents) {
+    TracingArray array(4, 0);
+    appendInts(array, {1, 2, 3});
+    array.setMaxLength(1000);
+    EXPECT_EQ((std::vector<int>{1, 2, 3}), intsOf(array));
+    array.setMaxLength(0);
+    EXPECT_EQ((std::vector<int>{1, 2, 3}), intsOf(array));
+}
+
+TEST(fxArrayGrowth, deliberateExpandAddsFourElements) {
+    for (unsigned int size : {1u, 2u, 3u, 8u, 100u}) {
+        SCOPED_TRACE(size);
+        TracingArray array(static_cast<unsigned short>(size), 0);
+        array.expand();
+        EXPECT_EQ(4u * size, array.getMaxLen());
+        array.expand();
+        EXPECT_EQ(8u * size, array.getMaxLen());
+        EXPECT_EQ(0u, array.getLen());
+    }
+}
+
+// append
+
+TEST(fxArrayGrowth, appendGrowsByFourOnlyWhenFull) {
+    TracingArray array(4, 0);
+    const struct {
+        unsigned int length, capacity;
+        const char* trace;
+    } cases[] = {{1, 16, "expand getmem:16 copy:4"}, {2, 16, "copy:4"},
+                 {3, 16, "copy:4"},                  {4, 16, "copy:4"},
+                 {5, 32, "expand getmem:32 copy:4"}, {6, 32, "copy:4"},
+                 {7, 32, "copy:4"},                  {8, 32, "copy:4"},
+                 {9, 48, "expand getmem:48 copy:4"}, {10, 48, "copy:4"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.length);
+        array.append(&c.length);
+        EXPECT_EQ(c.length, array.length());
+        EXPECT_EQ(c.capacity, array.getMaxLen());
+        EXPECT_EQ(c.trace, array.taken());
+    }
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}), intsOf(array));
+}
+
+TEST(fxArrayGrowth, appendGrowsByFourFromAnyFullCapacity) {
+    TracingArray array(4, 7);
+    const int value = 8;
+    array.append(&value);
+    EXPECT_EQ(44u, array.getMaxLen());
+    EXPECT_EQ(32u, array.getLen());
+}
+
+TEST(fxArrayGrowth, appendOfAnArrayGrowsToTheExactNeed) {
+    const struct {
+        unsigned int length, capacity, added, capacityAfter;
+        bool grows;
+    } cases[] = {{0, 0, 0, 0, false},   {0, 0, 1, 4, true},    {3, 3, 2, 20, true},
+                 {3, 3, 0, 12, false},  {3, 5, 2, 20, false},  {3, 5, 1, 20, false},
+                 {3, 5, 3, 24, true},   {0, 4, 4, 16, false},  {0, 4, 5, 20, true},
+                 {1, 1, 100, 404, true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.length << " of " << c.capacity << " + " << c.added);
+        TracingArray array(4, c.length);
+        array.setMaxLength(c.capacity);
+        TracingArray other(4, c.added);
+        std::memset(other.data, 1, c.added != 0 ? 4 * c.added : 0);
+        array.taken();
+        array.append(other);
+        EXPECT_EQ(c.length + c.added, array.length());
+        EXPECT_EQ(c.capacityAfter, array.getMaxLen());
+        std::string expected = c.grows ? "getmem:" + std::to_string(c.capacityAfter) + " " : "";
+        if (c.added != 0)
+            expected += "copy:" + std::to_string(4 * c.added);
+        EXPECT_EQ(expected, array.taken());
+        EXPECT_EQ("", other.taken());
+    }
+}
+
+// insert
+
+TEST(fxArrayGrowth, insertGrowsByOneElementOnly) {
+    TracingArray array(4, 0);
+    for (unsigned int n = 1; n <= 10; ++n) {
+        array.insert(&n, 0);
+        EXPECT_EQ(4 * n, array.getMaxLen());
+        EXPECT_EQ("getmem:" + std::to_string(4 * n) + " copy:4", array.taken());
+    }
+    EXPECT_EQ((std::vector<int>{10, 9, 8, 7, 6, 5, 4, 3, 2, 1}), intsOf(array));
+}
+
+TEST(fxArrayGrowth, insertIntoSpareCapacityDoesNotGrow) {
+    TracingArray array(4, 0);
+    array.setMaxLength(2);
+    array.taken();
+    const int value = 5;
+    array.insert(&value, 0);
+    array.insert(&value, 1);
+    EXPECT_EQ(8u, array.getMaxLen());
+    EXPECT_EQ("copy:4 copy:4", array.taken());
+    array.insert(&value, 2);
+    EXPECT_EQ(12u, array.getMaxLen());
+}
+
+TEST(fxArrayGrowth, insertOfAnArrayGrowsToTheExactNeed) {
+    const struct {
+        unsigned int length, capacity, added, index, capacityAfter;
+        bool grows;
+    } cases[] = {{0, 0, 0, 0, 0, false}, {0, 0, 2, 0, 8, true},   {3, 3, 2, 1, 20, true},
+                 {3, 5, 2, 3, 20, false}, {3, 4, 2, 0, 20, true}, {3, 3, 0, 1, 12, false},
+                 {3, 9, 1, 3, 36, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.length << " of " << c.capacity << " + " << c.added);
+        TracingArray array(4, c.length);
+        array.setMaxLength(c.capacity);
+        TracingArray other(4, c.added);
+        std::memset(other.data, 1, c.added != 0 ? 4 * c.added : 0);
+        array.taken();
+        array.insert(other, c.index);
+        EXPECT_EQ(c.length + c.added, array.length());
+        EXPECT_EQ(c.capacityAfter, array.getMaxLen());
+        std::string expected = c.grows ? "getmem:" + std::to_string(c.capacityAfter) + " " : "";
+        if (c.added != 0)
+            expected += "copy:" + std::to_string(4 * c.added);
+        EXPECT_EQ(expected, array.taken());
+    }
+}
+
+// resize
+
+TEST(fxArrayGrowth, resizeUpwardGetsMemoryThenCreates) {
+    TracingArray array(4, 2);
+    array.resize(5);
+    EXPECT_EQ("getmem:20 create:8+12@8", array.taken());
+    EXPECT_EQ(20u, array.getLen());
+    EXPECT_EQ(20u, array.getMaxLen());
+}
+
+TEST(fxArrayGrowth, resizeDownwardEndsThenGivesMemoryBack) {
+    TracingArray array(4, 5);
+    array.resize(2);
+    EXPECT_EQ("destroy:8+12@20 getmem:8", array.taken());
+    EXPECT_EQ(8u, array.getLen());
+    EXPECT_EQ(8u, array.getMaxLen());
+}
+
+TEST(fxArrayGrowth, resizeToZeroFreesTheBlock) {
+    TracingArray array(4, 5);
+    array.resize(0);
+    EXPECT_EQ("destroy:0+20@20 getmem:0", array.taken());
+    EXPECT_EQ(nullptr, array.data);
+    EXPECT_EQ(0u, array.getMaxLen());
+}
+
+TEST(fxArrayGrowth, resizeFromNothingCreatesAll) {
+    TracingArray array(8, 0);
+    array.resize(3);
+    EXPECT_EQ("getmem:24 create:0+24@0", array.taken());
+}
+
+TEST(fxArrayGrowth, resizeToTheLengthTouchesNothingButTheCapacity) {
+    TracingArray array(4, 0);
+    appendInts(array, {1, 2, 3});
+    const void* block = array.data;
+    array.taken();
+    array.resize(3);
+    EXPECT_EQ("", array.taken());
+    EXPECT_EQ(12u, array.getMaxLen());
+    EXPECT_EQ(12u, array.getLen());
+    EXPECT_EQ(block, array.data);
+}
+
+TEST(fxArrayGrowth, resizeOfAnEmptyArrayToZeroTouchesNothingButTheCapacity) {
+    TracingArray array(4, 0);
+    array.setMaxLength(4);
+    array.taken();
+    array.resize(0);
+    EXPECT_EQ("", array.taken());
+    EXPECT_EQ(0u, array.getMaxLen());
+    const int value = 1;
+    array.append(&value);
+    EXPECT_EQ(16u, array.getMaxLen());
+    EXPECT_EQ((std::vector<int>{1}), intsOf(array));
+}
+
+TEST(fxArrayGrowth, resizeWithinTheCapacityShrinksItToTheNewSize) {
+    TracingArray array(4, 2);
+    array.setMaxLength(100);
+    array.taken();
+    array.resize(4);
+    EXPECT_EQ(16u, array.getMaxLen());
+    EXPECT_EQ("getmem:16 create:8+8@8", array.taken());
+}
+
+TEST(fxArrayGrowth, resizeKeepsTheElementsThatStay) {
+    TracingArray array(4, 0);
+    appendInts(array, {1, 2, 3, 4, 5});
+    array.resize(2);
+    EXPECT_EQ((std::vector<int>{1, 2}), intsOf(array));
+    array.resize(3);
+    *static_cast<int*>(array.at(2)) = 9;
+    EXPECT_EQ((std::vector<int>{1, 2, 9}), intsOf(array));
+}
+
+TEST(fxArrayGrowth, resizeCreatesAndEndsElementsExactly) {
+    CountingArray::resetCounts();
+    {
+        CountingArray array;
+        array.resize(3);
+        EXPECT_EQ(3, CountingArray::created);
+        array.resize(1);
+        EXPECT_EQ(2, CountingArray::destroyed);
+        array.resize(1);
+        array.resize(4);
+        EXPECT_EQ(6, CountingArray::created);
+        EXPECT_EQ(4, CountingArray::alive());
+        EXPECT_EQ(0, CountingArray::copied);
+    }
+    EXPECT_EQ(0, CountingArray::alive());
+}
+
+// setMaxLength
+
+TEST(fxArrayGrowth, setMaxLengthSetsTheCapacityButKeepsTheLength) {
+    const struct {
+        unsigned int length, capacity, wanted, capacityAfter;
+        const char* trace;
+    } cases[] = {{0, 0, 0, 0, ""},           {0, 0, 10, 40, "getmem:40"},
+                 {3, 3, 3, 12, ""},          {3, 3, 5, 20, "getmem:20"},
+                 {3, 9, 4, 16, "getmem:16"}, {3, 9, 0, 12, "getmem:12"},
+                 {3, 9, 2, 12, "getmem:12"}, {3, 3, 0, 12, ""},
+                 {0, 9, 0, 0, "getmem:0"},   {3, 9, 9, 36, ""}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.length << " of " << c.capacity << " to " << c.wanted);
+        TracingArray array(4, c.length);
+        array.setMaxLength(c.capacity);
+        array.taken();
+        array.setMaxLength(c.wanted);
+        EXPECT_EQ(c.capacityAfter, array.getMaxLen());
+        EXPECT_EQ(4 * c.length, array.getLen());
+        EXPECT_EQ(c.trace, array.taken());
+        EXPECT_EQ(c.capacityAfter == 0, array.data == nullptr);
+    }
+}
+
+// Nothing else gives memory back.
+
+TEST(fxArrayGrowth, removingElementsKeepsTheCapacity) {
+    TracingArray array(4, 0);
+    appendInts(array, {1, 2, 3, 4, 5});
+    array.taken();
+    array.remove(0, 2);
+    EXPECT_EQ("destroy:0+8@20", array.taken());
+    std::free(array.raw_cut(0, 3));
+    EXPECT_EQ("", array.taken());
+    EXPECT_EQ(0u, array.length());
+    EXPECT_EQ(32u, array.getMaxLen());
+    EXPECT_NE(nullptr, array.data);
+}
+
+// Spare bytes can reach a stream.
+
+TEST(fxArrayGrowth, newSpareBytesAreZero) {
+    TracingArray array(4, 0);
+    const int value = -1;
+    array.append(&value);
+    EXPECT_TRUE(spareIsZero(array));
+    array.setMaxLength(50);
+    EXPECT_TRUE(spareIsZero(array));
+    array.expand();
+    EXPECT_TRUE(spareIsZero(array));
+}
+
+// Sizes that cannot be met.
+
+TEST(fxArrayGrowthDeathTest, aSizeOver32BitsEndsTheProcess) {
+    EXPECT_EXIT(TracingArray(4, 0x40000000), testing::KilledBySignal(SIGABRT), "^$");
+    EXPECT_EXIT(TracingArray(65535, 65538), testing::KilledBySignal(SIGABRT), "^$");
+    TracingArray array(4, 3);
+    EXPECT_EXIT(array.resize(0x40000001), testing::KilledBySignal(SIGABRT), "^$");
+    EXPECT_EXIT(array.setMaxLength(0x40000000), testing::KilledBySignal(SIGABRT), "^$");
+}
+
+// A sanitizer's allocator says something of its own when it returns null.
+TEST(fxArrayGrowthDeathTest, runningOutOfMemoryEndsTheProcess) {
+    EXPECT_EXIT(TracingArray(1, 0xFFFFFF00), testing::KilledBySignal(SIGABRT), "");
+    TracingArray empty(1, 0), array(1, 3);
+    EXPECT_EXIT(empty.resize(0xFFFFFF00), testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT(array.resize(0xFFFFFF00), testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT(array.setMaxLength(0xFFFFFF00), testing::KilledBySignal(SIGABRT), "");
+}
