@@ -1,6 +1,7 @@
 // fxStrKeysInternal.h - string keys and values as containers hold them.
 #pragma once
 
+#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -23,8 +24,11 @@ inline void fxCopyStr(const void* from, void* to) {
 
 inline void fxDestroyStr(void* p) { static_cast<fxStr*>(p)->~fxStr(); }
 
-/// Transcribes the string at `p`; while reading, that is raw memory.
+/// Transcribes the string at `p`; while reading, that is raw memory. Fails when
+/// the sizes in a stream put it where no string can be.
 inline unsigned char fxXdrStr(fxTranscriber& t, void* p) {
+    if (reinterpret_cast<std::uintptr_t>(p) % alignof(fxStr) != 0)
+        return 0;
     if (t.isReading())
         new (p) fxStr(fxStr_type);
     return static_cast<fxStr*>(p)->xdr(t);

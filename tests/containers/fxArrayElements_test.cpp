@@ -123,10 +123,8 @@ TEST(fxArrayElements, insertOfAnArrayMovesTheElementsBehind) {
     const struct {
         unsigned int index;
         Ints expected;
-    } cases[] = {{0, {7, 8, 1, 2, 3}},
-                 {1, {1, 7, 8, 2, 3}},
-                 {2, {1, 2, 7, 8, 3}},
-                 {3, {1, 2, 3, 7, 8}}};
+    } cases[] = {
+        {0, {7, 8, 1, 2, 3}}, {1, {1, 7, 8, 2, 3}}, {2, {1, 2, 7, 8, 3}}, {3, {1, 2, 3, 7, 8}}};
     for (const auto& c : cases) {
         for (unsigned int spare : {0u, 1u, 2u, 5u}) {
             SCOPED_TRACE(testing::Message() << "at " << c.index << ", spare " << spare);

@@ -80,11 +80,10 @@ TEST(fxArrayGrowth, appendGrowsByFourOnlyWhenFull) {
     const struct {
         unsigned int length, capacity;
         const char* trace;
-    } cases[] = {{1, 16, "expand getmem:16 copy:4"}, {2, 16, "copy:4"},
-                 {3, 16, "copy:4"},                  {4, 16, "copy:4"},
-                 {5, 32, "expand getmem:32 copy:4"}, {6, 32, "copy:4"},
-                 {7, 32, "copy:4"},                  {8, 32, "copy:4"},
-                 {9, 48, "expand getmem:48 copy:4"}, {10, 48, "copy:4"}};
+    } cases[] = {
+        {1, 16, "expand getmem:16 copy:4"}, {2, 16, "copy:4"}, {3, 16, "copy:4"}, {4, 16, "copy:4"},
+        {5, 32, "expand getmem:32 copy:4"}, {6, 32, "copy:4"}, {7, 32, "copy:4"}, {8, 32, "copy:4"},
+        {9, 48, "expand getmem:48 copy:4"}, {10, 48, "copy:4"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.length);
         array.append(&c.length);
@@ -107,9 +106,9 @@ TEST(fxArrayGrowth, appendOfAnArrayGrowsToTheExactNeed) {
     const struct {
         unsigned int length, capacity, added, capacityAfter;
         bool grows;
-    } cases[] = {{0, 0, 0, 0, false},   {0, 0, 1, 4, true},    {3, 3, 2, 20, true},
-                 {3, 3, 0, 12, false},  {3, 5, 2, 20, false},  {3, 5, 1, 20, false},
-                 {3, 5, 3, 24, true},   {0, 4, 4, 16, false},  {0, 4, 5, 20, true},
+    } cases[] = {{0, 0, 0, 0, false},   {0, 0, 1, 4, true},   {3, 3, 2, 20, true},
+                 {3, 3, 0, 12, false},  {3, 5, 2, 20, false}, {3, 5, 1, 20, false},
+                 {3, 5, 3, 24, true},   {0, 4, 4, 16, false}, {0, 4, 5, 20, true},
                  {1, 1, 100, 404, true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.length << " of " << c.capacity << " + " << c.added);
@@ -158,7 +157,7 @@ TEST(fxArrayGrowth, insertOfAnArrayGrowsToTheExactNeed) {
     const struct {
         unsigned int length, capacity, added, index, capacityAfter;
         bool grows;
-    } cases[] = {{0, 0, 0, 0, 0, false}, {0, 0, 2, 0, 8, true},   {3, 3, 2, 1, 20, true},
+    } cases[] = {{0, 0, 0, 0, 0, false},  {0, 0, 2, 0, 8, true},  {3, 3, 2, 1, 20, true},
                  {3, 5, 2, 3, 20, false}, {3, 4, 2, 0, 20, true}, {3, 3, 0, 1, 12, false},
                  {3, 9, 1, 3, 36, false}};
     for (const auto& c : cases) {

@@ -143,7 +143,8 @@ TEST(fxArraySort, partOfTheArrayIsSortedAlone) {
     const struct {
         unsigned int start, n;
         const char* after;
-    } cases[] = {{1, 0, "92318"}, {5, 0, "92318"},
+    } cases[] = {{1, 0, "92318"},
+                 {5, 0, "92318"},
                  // 231 as above.
                  {1, 3, "93338"},
                  // 1 alone.

@@ -43,8 +43,8 @@ public:
 
 TEST(fxArray, virtualOperationsHaveTheirWords) {
     EXPECT_EQ(2u, vtableWord(&fxArray::className));
-    EXPECT_EQ(3u, vtableWord(
-                      static_cast<unsigned char (fxArray::*)(fxTranscriber&)>(&fxArray::xdr)));
+    EXPECT_EQ(3u,
+              vtableWord(static_cast<unsigned char (fxArray::*)(fxTranscriber&)>(&fxArray::xdr)));
     EXPECT_EQ(4u, vtableWord(&fxArray::getTypeObj));
     EXPECT_EQ(5u, vtableWord(&fxArray::xdrFail));
     EXPECT_EQ(6u, vtableWord(&fxArray::xdrSuccess));
@@ -264,9 +264,7 @@ TEST(fxArray, atIsTheAddressOfAnElement) {
 
 // Transcription.
 
-TEST(fxArray, typeIsFxArrayType) {
-    EXPECT_EQ(&fxArray_type, &TracingArray(4, 0).getTypeObj());
-}
+TEST(fxArray, typeIsFxArrayType) { EXPECT_EQ(&fxArray_type, &TracingArray(4, 0).getTypeObj()); }
 
 TEST(fxArray, deliberateXdrMakesTheEmbeddedCallWithTheGenericRecord) {
     for (auto direction : {RecordingTranscriber::writer, RecordingTranscriber::reader}) {

@@ -120,8 +120,8 @@ TYPED_TEST(fxDictionaryFamily, addsNoStorageToFxDictionary) {
 
 TYPED_TEST(fxDictionaryFamily, virtualOperationsKeepTheirWords) {
     EXPECT_EQ(2u, vtableWord(&TypeParam::className));
-    EXPECT_EQ(3u, vtableWord(static_cast<unsigned char (TypeParam::*)(fxTranscriber&)>(
-                      &TypeParam::xdr)));
+    EXPECT_EQ(
+        3u, vtableWord(static_cast<unsigned char (TypeParam::*)(fxTranscriber&)>(&TypeParam::xdr)));
     EXPECT_EQ(4u, vtableWord(&TypeParam::getTypeObj));
     EXPECT_EQ(7u, vtableWord(&TypeParam::addInternal));
     EXPECT_EQ(8u, vtableWord(&TypeParam::hashKey));

@@ -40,8 +40,9 @@ TEST(fxDictionaryXDR, writesSizesThenEntriesInChainOrder) {
         d.add(key, 10 * key);
     RecordingTranscriber t(writer);
     EXPECT_EQ(1, d.doxdr(t));
-    EXPECT_EQ(std::string(headCalls) + " int*:1 int*:1 uint*:1 int*:1 int*:1 uint*:1 "
-                                       "int*:1 int*:1 uint*:1",
+    EXPECT_EQ(std::string(headCalls) +
+                  " int*:1 int*:1 uint*:1 int*:1 int*:1 uint*:1 "
+                  "int*:1 int*:1 uint*:1",
               t.log());
     EXPECT_EQ(head(3, 4, 4, 5) + entry(7, 70, 2) + entry(2, 20, 2) + entry(3, 30, 3), t.bytes);
 }
@@ -204,9 +205,17 @@ TEST(fxDictionaryXDR, readingStopsAtTheFirstFailure) {
 TEST(fxDictionaryXDR, sizesThatCannotHoldTheClassesKeysAndValuesFail) {
     const struct {
         unsigned int keySize, valueSize;
-    } cases[] = {{0, 4},          {3, 4},    {4, 0},          {4, 3},
-                 {0, 0},          {4097, 4}, {4, 4097},       {0xFFFFFFFF, 4},
-                 {4, 0xFFFFFFFF}, {0xFFFFFFFC, 8}, {0x80000000, 0x80000004}};
+    } cases[] = {{0, 4},
+                 {3, 4},
+                 {4, 0},
+                 {4, 3},
+                 {0, 0},
+                 {4097, 4},
+                 {4, 4097},
+                 {0xFFFFFFFF, 4},
+                 {4, 0xFFFFFFFF},
+                 {0xFFFFFFFC, 8},
+                 {0x80000000, 0x80000004}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.keySize << " and " << c.valueSize);
         TestDictionary d(fxDictionary_type);
@@ -229,8 +238,8 @@ TEST(fxDictionaryXDR, entriesWithoutBucketsFail) {
 }
 
 TEST(fxDictionaryXDR, moreBucketsThanThereIsMemoryFail) {
-    for (unsigned int numBuckets : {0x40000000u, 0x40000001u, 0x7FFFFFFFu, 0xFFFFFFFFu,
-                                    0x30000000u}) {
+    for (unsigned int numBuckets :
+         {0x40000000u, 0x40000001u, 0x7FFFFFFFu, 0xFFFFFFFFu, 0x30000000u}) {
         SCOPED_TRACE(numBuckets);
         TestDictionary d(fxDictionary_type);
         RecordingTranscriber t(reader, head(1, 4, 4, numBuckets) + entry(2, 20, 2));
@@ -272,8 +281,7 @@ TEST(fxDictionaryXDR, bucketIndexPastTheEndFails) {
     for (unsigned int index : {5u, 6u, 0x40000000u, 0xFFFFFFFFu}) {
         SCOPED_TRACE(index);
         TestDictionary d(fxDictionary_type);
-        RecordingTranscriber t(reader,
-                               head(2, 4, 4, 5) + entry(2, 20, 2) + entry(7, 70, index));
+        RecordingTranscriber t(reader, head(2, 4, 4, 5) + entry(2, 20, 2) + entry(7, 70, index));
         EXPECT_EQ(0, d.doxdr(t));
         EXPECT_EQ("2: 2=20", d.contents());
         delete *static_cast<int**>(d.keyAddress);

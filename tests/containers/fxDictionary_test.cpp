@@ -65,9 +65,27 @@ public:
     void add(const void* key, int value) { addInternal(key, &value); }
 };
 
+// All that fxDictionary leaves to subclasses, but for the hash.
+class WithoutHash : public fxDictionary {
+public:
+    WithoutHash() : fxDictionary(4, 4, 0) {}
+    const char* className() const override { return ""; }
+    int compareKeys(const void*, const void*) const override { return 0; }
+    void copyKey(const void*, void*) const override {}
+    void copyValue(const void*, void*) const override {}
+    void createValue(void*) const override {}
+    unsigned char xdrKey(fxTranscriber&, void*) override { return 0; }
+    unsigned char xdrValue(fxTranscriber&, void*) override { return 0; }
+};
+
 }  // namespace
 
 // Shape.
+
+TEST(fxDictionary, hashingIsLeftToSubclassesAlthoughItHasABody) {
+    EXPECT_TRUE(std::is_abstract<WithoutHash>::value);
+    EXPECT_FALSE(std::is_abstract<ByteKeyDictionary>::value);
+}
 
 TEST(fxDictionary, virtualOperationsHaveTheirWords) {
     EXPECT_EQ(2u, vtableWord(&fxDictionary::className));
@@ -350,9 +368,10 @@ TEST(fxDictionary, cleanupEndsEveryEntry) {
         d.add(key, 10 * key);
     d.taken();
     d.cleanup();
-    EXPECT_EQ("destroyKey:7 destroyValue:70 destroyKey:2 destroyValue:20 "
-              "destroyKey:3 destroyValue:30",
-              d.taken());
+    EXPECT_EQ(
+        "destroyKey:7 destroyValue:70 destroyKey:2 destroyValue:20 "
+        "destroyKey:3 destroyValue:30",
+        d.taken());
     EXPECT_EQ("", d.contents());
     EXPECT_EQ(5u, d.getNumBuckets());
     EXPECT_EQ(0, d.keys + d.values);

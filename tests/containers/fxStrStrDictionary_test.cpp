@@ -289,12 +289,14 @@ TEST(fxStrStrDictionary, readsTheSamePairsWithEachChainReversed) {
                      : form == 1 ? static_cast<fxXDRObj&>(read).xdr(t)
                                  : fxStrStrDictionary_type.xdr(&read, t));
         EXPECT_EQ(written.log(), t.log());
-        EXPECT_EQ("0: empty= a longer key than the others=a longer key than the others value "
-                  "= value two=two value one=one value",
-                  original.contents());
-        EXPECT_EQ("0: one=one value two=two value = value a longer key than the others="
-                  "a longer key than the others value empty=",
-                  read.contents());
+        EXPECT_EQ(
+            "0: empty= a longer key than the others=a longer key than the others value "
+            "= value two=two value one=one value",
+            original.contents());
+        EXPECT_EQ(
+            "0: one=one value two=two value = value a longer key than the others="
+            "a longer key than the others value empty=",
+            read.contents());
         EXPECT_EQ(5u, read.length());
         EXPECT_STREQ("two value", read.find("two")->c_str());
     }

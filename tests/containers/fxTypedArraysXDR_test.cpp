@@ -201,7 +201,8 @@ TYPED_TEST(fxTypedArraysXDR, failureBeforeTheElementsLeavesBlockAndCapacity) {
         TypeParam array;
         appendDigits(array, "12");
         const void* block = array.at(0);
-        RecordingTranscriber t(RecordingTranscriber::reader, this->head(2 * this->size, this->size));
+        RecordingTranscriber t(RecordingTranscriber::reader,
+                               this->head(2 * this->size, this->size));
         t.failAt = step;
         EXPECT_EQ(0, array.xdr(t));
         EXPECT_EQ(block, array.at(0));
@@ -246,8 +247,7 @@ TYPED_TEST(fxTypedArraysXDR, elementSizeAboveTheTypesReadsThatManyFewerElements)
     EXPECT_EQ(elementSize, array.getElemSize());
     EXPECT_EQ(3 * elementSize, array.getMaxLen());
     for (unsigned int i = 0; i < 3 * this->size; ++i)
-        EXPECT_EQ(static_cast<int>(i / this->size) + 1,
-                  static_cast<const char*>(array.at(0))[i]);
+        EXPECT_EQ(static_cast<int>(i / this->size) + 1, static_cast<const char*>(array.at(0))[i]);
 }
 
 TYPED_TEST(fxTypedArraysXDR, aLengthThatIsNoMultipleReadsTheWholeElements) {

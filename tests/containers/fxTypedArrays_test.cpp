@@ -43,8 +43,8 @@ TYPED_TEST(fxTypedArrays, addsNoStorageToFxArray) {
 
 TYPED_TEST(fxTypedArrays, virtualOperationsKeepTheirWords) {
     EXPECT_EQ(2u, vtableWord(&TypeParam::className));
-    EXPECT_EQ(3u,
-              vtableWord(static_cast<unsigned char (TypeParam::*)(fxTranscriber&)>(&TypeParam::xdr)));
+    EXPECT_EQ(
+        3u, vtableWord(static_cast<unsigned char (TypeParam::*)(fxTranscriber&)>(&TypeParam::xdr)));
     EXPECT_EQ(4u, vtableWord(&TypeParam::getTypeObj));
     EXPECT_EQ(5u, vtableWord(&TypeParam::xdrFail));
     EXPECT_EQ(6u, vtableWord(&TypeParam::xdrSuccess));
@@ -178,7 +178,7 @@ TYPED_TEST(fxTypedArrays, subArraysOfNothingAreEmpty) {
     TypeParam array;
     appendDigits(array, "123");
     const TypeParam parts[] = {array.cut(1, 0), array.extract(1, 0), array.head(0), array.tail(0),
-                           array.cut(3, 0)};
+                               array.cut(3, 0)};
     for (const TypeParam& part : parts) {
         EXPECT_EQ(0u, part.length());
         EXPECT_EQ(0u, part.getMaxLen());
@@ -201,7 +201,8 @@ TYPED_TEST(fxTypedArrays, subArraysOfAnEmptyArrayAreEmpty) {
 TYPED_TEST(fxTypedArrays, indexingGivesTheElement) {
     TypeParam array;
     appendDigits(array, "123");
-    static_assert(std::is_same<decltype(array[0]), Element<TypeParam>&>::value, "elements can be assigned");
+    static_assert(std::is_same<decltype(array[0]), Element<TypeParam>&>::value,
+                  "elements can be assigned");
     EXPECT_EQ(array.at(2), &array[2]);
     array[1] = elementOf<Element<TypeParam>>('9');
     EXPECT_EQ("193", digitsOf(array));
@@ -277,7 +278,8 @@ TYPED_TEST(fxTypedArrays, resizeAndSetMaxLengthSetTheCapacity) {
 TYPED_TEST(fxTypedArrays, swapFindAndSortWorkOnBytes) {
     TypeParam array;
     appendDigits(array, "121");
-    const Element<TypeParam> one = elementOf<Element<TypeParam>>('1'), three = elementOf<Element<TypeParam>>('3');
+    const Element<TypeParam> one = elementOf<Element<TypeParam>>('1'),
+                             three = elementOf<Element<TypeParam>>('3');
     EXPECT_EQ(0u, array.find(&one));
     EXPECT_EQ(2u, array.find(&one, 1));
     EXPECT_EQ(0xFFFFFFFF, array.find(&one, 3));
@@ -410,6 +412,8 @@ TYPED_TEST(fxScalarArrays, deleteInstanceUsesTheVirtualDeletingDestructor) {
 // What comparing bytes means for numbers.
 
 TEST(fxTypedArraysOrder, deliberate256SortsBefore1) {
+    if (__BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__)
+        GTEST_SKIP() << "with its bytes the other way round it does not";
     const fxIntArray array;
     const int low = 256, high = 1;
     EXPECT_EQ(-1, array.compareElements(&low, &high));

@@ -73,9 +73,9 @@ TEST(fxPlatform, messagesAreFormattedIntoTheBuffer) {
 TEST(fxPlatform, leafIsThePathsLastComponent) {
     const struct {
         const char *path, *directory, *leaf;
-    } cases[] = {{"a/b", "a", "b"},     {"/a/b/c", "/a/b", "c"}, {"a//b", "a", "b"},
-                 {"a/b/", "a", "b"},    {"a/b///", "a", "b"},    {"leaf", ".", "leaf"},
-                 {"leaf/", ".", "leaf"}, {"", ".", ""},          {"/", "/", ""},
+    } cases[] = {{"a/b", "a", "b"},      {"/a/b/c", "/a/b", "c"}, {"a//b", "a", "b"},
+                 {"a/b/", "a", "b"},     {"a/b///", "a", "b"},    {"leaf", ".", "leaf"},
+                 {"leaf/", ".", "leaf"}, {"", ".", ""},           {"/", "/", ""},
                  {"///", "/", ""}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.path);

@@ -69,21 +69,15 @@ struct RecordRow {
 #define ABSTRACT_ROW(Class, name) \
     { #Class "_type", Class##_type, name, nullptr, nullptr, Class::xdr }
 
-const RecordRow rows[] = {ROW(fxXDRObj, "fxXDRObj"),
-                          ROW(fxStr, "fxStr"),
-                          ABSTRACT_ROW(fxArray, "fxArray"),
-                          ABSTRACT_ROW(fxDictionary, "fxDictionary"),
-                          ROW(fxBoolArray, "ARRAY"),
-                          ROW(fxCharArray, "ARRAY"),
-                          ROW(fxShortArray, "ARRAY"),
-                          ROW(fxIntArray, "ARRAY"),
-                          ROW(fxLongArray, "ARRAY"),
-                          ROW(fxFloatArray, "ARRAY"),
-                          ROW(fxDoubleArray, "ARRAY"),
-                          ROW(fxUnsignedCharArray, "ARRAY"),
-                          ROW(fxUnsignedShortArray, "ARRAY"),
-                          ROW(fxUnsignedLongArray, "ARRAY"),
-                          ROW(fxStrStrDictionary, "DICT")};
+const RecordRow rows[] = {
+    ROW(fxXDRObj, "fxXDRObj"),          ROW(fxStr, "fxStr"),
+    ABSTRACT_ROW(fxArray, "fxArray"),   ABSTRACT_ROW(fxDictionary, "fxDictionary"),
+    ROW(fxBoolArray, "ARRAY"),          ROW(fxCharArray, "ARRAY"),
+    ROW(fxShortArray, "ARRAY"),         ROW(fxIntArray, "ARRAY"),
+    ROW(fxLongArray, "ARRAY"),          ROW(fxFloatArray, "ARRAY"),
+    ROW(fxDoubleArray, "ARRAY"),        ROW(fxUnsignedCharArray, "ARRAY"),
+    ROW(fxUnsignedShortArray, "ARRAY"), ROW(fxUnsignedLongArray, "ARRAY"),
+    ROW(fxStrStrDictionary, "DICT")};
 
 }  // namespace
 

@@ -20,8 +20,8 @@ const auto anyDirection = RecordingTranscriber::writer;
 
 TEST(fxXDRObj, virtualOperationsHaveTheirWords) {
     EXPECT_EQ(2u, vtableWord(&fxXDRObj::className));
-    EXPECT_EQ(3u, vtableWord(
-                      static_cast<unsigned char (fxXDRObj::*)(fxTranscriber&)>(&fxXDRObj::xdr)));
+    EXPECT_EQ(3u,
+              vtableWord(static_cast<unsigned char (fxXDRObj::*)(fxTranscriber&)>(&fxXDRObj::xdr)));
     EXPECT_EQ(4u, vtableWord(&fxXDRObj::getTypeObj));
     EXPECT_EQ(5u, vtableWord(&fxXDRObj::xdrFail));
     EXPECT_EQ(6u, vtableWord(&fxXDRObj::xdrSuccess));

@@ -13,11 +13,11 @@
 template <class Array>
 struct ArrayTraits;
 
-#define ARRAY_TRAITS(Class, ElementType, elementSize)  \
-    template <>                                        \
-    struct ArrayTraits<Class> {                        \
-        using Element = ElementType;                   \
-        static constexpr unsigned int size = elementSize;  \
+#define ARRAY_TRAITS(Class, ElementType, elementSize)     \
+    template <>                                           \
+    struct ArrayTraits<Class> {                           \
+        using Element = ElementType;                      \
+        static constexpr unsigned int size = elementSize; \
     };
 
 ARRAY_TRAITS(fxVoidPtrArray, void*, 4)
@@ -31,7 +31,7 @@ ARRAY_TRAITS(fxDictIters, fxDictIter*, 4)
     template <>                                                      \
     struct ArrayTraits<Class> {                                      \
         using Element = ElementType;                                 \
-        static constexpr unsigned int size = elementSize;                \
+        static constexpr unsigned int size = elementSize;            \
         static fxTypeObj& record() { return Class##_type; }          \
         static const char* operation() { return operationName; }     \
     };
@@ -50,13 +50,13 @@ ARRAY_TRAITS(fxDoubleArray, double, 8, "double*")
 
 using ArraysWithRecords =
     testing::Types<fxBoolArray, fxCharArray, fxUnsignedCharArray, fxShortArray,
-                   fxUnsignedShortArray, fxIntArray, fxLongArray, fxUnsignedLongArray,
-                   fxFloatArray, fxDoubleArray>;
+                   fxUnsignedShortArray, fxIntArray, fxLongArray, fxUnsignedLongArray, fxFloatArray,
+                   fxDoubleArray>;
 using ArraysWithoutRecords = testing::Types<fxVoidPtrArray, fxDictBuckets, fxDictIters>;
-using AllArrays = testing::Types<fxBoolArray, fxCharArray, fxUnsignedCharArray, fxShortArray,
-                                 fxUnsignedShortArray, fxIntArray, fxLongArray,
-                                 fxUnsignedLongArray, fxFloatArray, fxDoubleArray,
-                                 fxVoidPtrArray, fxDictBuckets, fxDictIters>;
+using AllArrays =
+    testing::Types<fxBoolArray, fxCharArray, fxUnsignedCharArray, fxShortArray,
+                   fxUnsignedShortArray, fxIntArray, fxLongArray, fxUnsignedLongArray, fxFloatArray,
+                   fxDoubleArray, fxVoidPtrArray, fxDictBuckets, fxDictIters>;
 
 /// Elements are told apart by a digit that fills all their bytes.
 template <class Element>

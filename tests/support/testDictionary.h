@@ -118,12 +118,12 @@ public:
 
     static int number(const void* p) { return **static_cast<int* const*>(p); }
 
+    using fxDictionary::buckets;
     using fxDictionary::iters;
     using fxDictionary::keySize;
     using fxDictionary::numItems;
     using fxDictionary::valueOf;
     using fxDictionary::valueSize;
-    using fxDictionary::buckets;
 
     mutable int keys = 0;    // alive
     mutable int values = 0;  // alive
