@@ -64,8 +64,8 @@ public:
     void insert(char c, unsigned int pos);
     /// Overwrites `n` bytes at `pos`; the length never changes.
     void replace(const char* s, unsigned int pos, unsigned int n = 0);
-    /// Removes `n` bytes at `pos`; empties the string when `n` is its length
-    /// or more.
+    /// Removes `n` bytes at `pos`. Empties the string when `n` is its length or
+    /// one more, whatever `pos` is; a larger `n` is cut to the end.
     void remove(unsigned int pos, unsigned int n);
     /// Removes and returns `n` bytes at `pos`.
     fxStr cut(unsigned int pos, unsigned int n);

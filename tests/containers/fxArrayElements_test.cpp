@@ -2,6 +2,7 @@
 
 #include <malloc.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
@@ -14,7 +15,8 @@
 #include "tests/support/testArrays.h"
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+// From the sanitizer's run-time library, whose headers are not always there.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace {

@@ -22,6 +22,11 @@ bool isZero(const void* bytes, unsigned int n) {
     return true;
 }
 
+void fillWithOnes(fxArray& array) {
+    if (array.getLen() != 0)
+        std::memset(array.at(0), 1, array.getLen());
+}
+
 bool spareIsZero(const fxArray& array) {
     return isZero(static_cast<const char*>(array.at(0)) + array.getLen(),
                   array.getMaxLen() - array.getLen());
@@ -115,7 +120,7 @@ TEST(fxArrayGrowth, appendOfAnArrayGrowsToTheExactNeed) {
         TracingArray array(4, c.length);
         array.setMaxLength(c.capacity);
         TracingArray other(4, c.added);
-        std::memset(other.data, 1, c.added != 0 ? 4 * c.added : 0);
+        fillWithOnes(other);
         array.taken();
         array.append(other);
         EXPECT_EQ(c.length + c.added, array.length());
@@ -165,7 +170,7 @@ TEST(fxArrayGrowth, insertOfAnArrayGrowsToTheExactNeed) {
         TracingArray array(4, c.length);
         array.setMaxLength(c.capacity);
         TracingArray other(4, c.added);
-        std::memset(other.data, 1, c.added != 0 ? 4 * c.added : 0);
+        fillWithOnes(other);
         array.taken();
         array.insert(other, c.index);
         EXPECT_EQ(c.length + c.added, array.length());

@@ -140,7 +140,7 @@ TEST(fxDictionaryXDR, keysAndValuesAreReadIntoOneBlock) {
 // The sizes in the stream replace the class's, as long as they hold a key and
 // a value.
 TEST(fxDictionaryXDR, largerKeysMoveTheValues) {
-    for (unsigned int keySize : {4u, 5u, 16u, 4096u}) {
+    for (unsigned int keySize : {4u, 8u, 16u, 4096u}) {
         for (unsigned int valueSize : {4u, 5u, 4096u}) {
             SCOPED_TRACE(testing::Message() << keySize << " and " << valueSize);
             TestDictionary d(fxDictionary_type);

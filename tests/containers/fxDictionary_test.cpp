@@ -325,18 +325,24 @@ TEST(fxDictionary, removeOfAnAbsentKeyDoesNothing) {
 TEST(fxDictionary, removeUnlinksTheEntryBeforeEndingIt) {
     TestDictionary d(5);
     d.add(7, 70);
-    static bool seen, linked;
+    const fxDictIter iter(d);
+    static const fxDictIter* watched;
+    static bool seen, linked, moved;
     static unsigned int length;
+    watched = &iter;
     seen = false;
     d.onDestroyKey = [](const TestDictionary& dictionary) {
         seen = true;
         linked = dictionary.buckets[2] != nullptr;
+        moved = watched->getKey() == nullptr;
         length = dictionary.length();
     };
     d.drop(7);
     EXPECT_TRUE(seen);
     EXPECT_FALSE(linked);
+    EXPECT_FALSE(moved);
     EXPECT_EQ(1u, length);
+    EXPECT_EQ(nullptr, iter.getKey());
 }
 
 TEST(fxDictionary, cutGivesTheValueToTheCaller) {

@@ -394,6 +394,19 @@ TEST(fxStrStrDictionary, sizesBelowAStringFail) {
     }
 }
 
+// The value would start where no string can. The key has been read by then.
+TEST(fxStrStrDictionary, keySizesThatMisalignTheValueFail) {
+    for (unsigned int keySize : {9u, 10u, 11u, 4095u}) {
+        SCOPED_TRACE(keySize);
+        Watched d(fxStrStrDictionary_type);
+        RecordingTranscriber t(reader, head(1, keySize, 8, 3) + entry("key", "value", 1));
+        EXPECT_EQ(0, d.xdr(t));
+        EXPECT_EQ("", d.contents());
+        d.lastValue = nullptr;  // nothing was made there
+        d.freeUnfinishedEntry();
+    }
+}
+
 TEST(fxStrStrDictionary, stringsThatCannotBeFail) {
     RecordingTranscriber noLength(reader, head(1, 8, 8, 3));
     noLength.give(0u);

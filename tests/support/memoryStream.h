@@ -59,7 +59,7 @@ public:
     std::size_t position = 0;  ///< Of the next byte to read.
     std::string written;       ///< What was written.
 
-    const int initialCount;    ///< The count as fxStream's constructor left it.
+    const int initialCount;  ///< The count as fxStream's constructor left it.
 
     unsigned int failAtCall = never;  ///< Index of the get or put from which on all fail.
     unsigned int byteLimit = never;   ///< Bytes after which a put fails.

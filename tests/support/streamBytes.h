@@ -81,12 +81,8 @@ inline std::string run(unsigned int n) {
 }
 
 /// The stream header as a little-endian and as a big-endian host writes it.
-inline std::string littleHeader() {
-    return hex("'fxBinaryWriter' 00 'ieee' 00 2211 66554433");
-}
-inline std::string bigHeader() {
-    return hex("'fxBinaryWriter' 00 'ieee' 00 1122 33445566");
-}
+inline std::string littleHeader() { return hex("'fxBinaryWriter' 00 'ieee' 00 2211 66554433"); }
+inline std::string bigHeader() { return hex("'fxBinaryWriter' 00 'ieee' 00 1122 33445566"); }
 /// As this host writes it.
 inline std::string hostHeader() {
     return hex("'fxBinaryWriter' 00 'ieee' 00") + host<short>(0x1122) + host<long>(0x33445566);

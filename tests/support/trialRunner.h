@@ -27,7 +27,7 @@ struct TrialReport {
 /// A child makes `batch` trials, or fewer if one of them ends it; it is then
 /// expected to have died by SIGABRT behind a message that `isStated` accepts.
 /// Any other end is a failure, as are an exception, a trial that takes longer
-/// than `seconds` and a child that exceeds trialMemoryLimit. Stops at ten
+/// than `seconds` of processor time and a child that exceeds trialMemoryLimit. Stops at ten
 /// failures.
 TrialReport runTrials(unsigned int n, const std::function<bool(unsigned int)>& trial,
                       const std::function<bool(const std::string&)>& isStated,

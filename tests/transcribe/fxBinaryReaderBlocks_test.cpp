@@ -84,9 +84,8 @@ TEST(fxBinaryReaderBlocks, everyElementTypeIsConvertedAsItsScalars) {
     const std::string shorts = foreign<std::int16_t>(0x0A0B) + foreign<std::int16_t>(-2);
     const std::string longs = foreign(0x0A0B0C0D) + foreign(-3);
     const auto readInto = [](auto** member, unsigned int n, const std::string& bodyRecord) {
-        const ReadScript script([member, n](ScriptedObject&, fxTranscriber& t) {
-            return t.xdr(member, n);
-        });
+        const ReadScript script(
+            [member, n](ScriptedObject&, fxTranscriber& t) { return t.xdr(member, n); });
         Reading r(objAndHead() + hex("03 03000000 08000000") + bodyRecord, 0x2211, 0x66554433);
         EXPECT_NE(nullptr, r.root());
     };
@@ -327,10 +326,11 @@ TEST(fxBinaryReaderBlocks, hugeLengthsThatAreNotMetGiveNull) {
     for (const std::uint32_t length : {0xFFFFFFFFU, 0xFFFFFFFEU, 0xFFFFFFF0U, 0x80000000U,
                                        0x7FFFFFFFU, 0x20000000U, 0x00FFFFFFU}) {
         SCOPED_TRACE(length);
-        EXPECT_EQ(nullptr, Reading(hex("c5 a0860100 03000000") + word(length) + run(100000)).root());
+        EXPECT_EQ(nullptr,
+                  Reading(hex("c5 a0860100 03000000") + word(length) + run(100000)).root());
         const ReadScript script(xdrBlocks(1, 3));
-        Reading awaited(objAndHead() + hex("03 03000000") + word(length) +
-                        hex("45 03 03000000") + word(length) + "abc");
+        Reading awaited(objAndHead() + hex("03 03000000") + word(length) + hex("45 03 03000000") +
+                        word(length) + "abc");
         EXPECT_EQ(nullptr, awaited.root());
         EXPECT_EQ(nullptr, awaited.reader.alreadyRead(3));
     }
@@ -453,13 +453,11 @@ TEST(fxBinaryReaderBlocks, emptyStringIsItsSizeAlone) {
 
 TEST(fxBinaryReaderBlocks, stringsOfAnArrayAreReadInTurn) {
     fxStr strings[4];
-    const ReadScript script([&strings](ScriptedObject&, fxTranscriber& t) {
-        return t.xdr(strings, 4);
-    });
+    const ReadScript script(
+        [&strings](ScriptedObject&, fxTranscriber& t) { return t.xdr(strings, 4); });
     Reading r(hex("02 02000000 'Obj' 00 | 4a 04 01000000 02000000 01000000") + host(2) +
-              hex("43 08 03000000 02000000") + host(1) + host(3) +
-              hex("43 04 04000000 03000000") + host(1) + bytesBody(4, 3, hex("'bc' 00")) +
-              bytesBody(3, 2, hex("'a' 00")));
+              hex("43 08 03000000 02000000") + host(1) + host(3) + hex("43 04 04000000 03000000") +
+              host(1) + bytesBody(4, 3, hex("'bc' 00")) + bytesBody(3, 2, hex("'a' 00")));
     ASSERT_NE(nullptr, r.root());
     EXPECT_TRUE(strings[0] == "a" && strings[1] == "" && strings[2] == "bc" && strings[3] == "");
 }
@@ -504,12 +502,12 @@ TEST(fxBinaryReaderBlocks, stringEndsWhereItsSizeSaysWhateverTheBlock) {
         std::string text;
     } cases[] = {
         {4, hex("'abc' 00"), "abc"},
-        {4, "abcd", "abc"},                               // not NUL-terminated
-        {4, "abcdefgh", "abc"},                           // longer
-        {4, hex("'a' 00 'c' 00"), hex("'a' 00 'c'")},     // a NUL inside
-        {6, "abc", hex("'abc' 00 00")},                   // shorter
-        {4, "", hex("00 00 00")},                         // nothing at all
-        {4097, "a", "a" + std::string(4095, '\0')},       // as short as it may be
+        {4, "abcd", "abc"},                            // not NUL-terminated
+        {4, "abcdefgh", "abc"},                        // longer
+        {4, hex("'a' 00 'c' 00"), hex("'a' 00 'c'")},  // a NUL inside
+        {6, "abc", hex("'abc' 00 00")},                // shorter
+        {4, "", hex("00 00 00")},                      // nothing at all
+        {4097, "a", "a" + std::string(4095, '\0')},    // as short as it may be
         {600, run(599) + '\0', run(599)},
     };
     for (const auto& c : cases) {

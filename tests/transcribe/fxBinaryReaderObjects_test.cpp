@@ -212,9 +212,8 @@ TEST(fxBinaryReaderObjects, typeNumberThatNamesNoTypeGivesNull) {
 }
 
 TEST(fxBinaryReaderObjectsDeathTest, objectWhoseContentsFailIsFatal) {
-    const ReadScript failing([](ScriptedObject&, fxTranscriber&) {
-        return static_cast<unsigned char>(0);
-    });
+    const ReadScript failing(
+        [](ScriptedObject&, fxTranscriber&) { return static_cast<unsigned char>(0); });
     Reading r(objAndHead());
     EXPECT_EXIT(r.root(), testing::KilledBySignal(SIGABRT), "^XXX error handling is missing\n$");
 }
@@ -452,9 +451,8 @@ TEST(fxBinaryReaderObjects, embeddedObjectIsEnteredBeforeItsContentsAreRead) {
 }
 
 TEST(fxBinaryReaderObjects, resultOfAnEmbeddedObjectIsItsTypesResult) {
-    ScriptedObject part(subType, [](ScriptedObject&, fxTranscriber&) {
-        return static_cast<unsigned char>(0);
-    });
+    ScriptedObject part(
+        subType, [](ScriptedObject&, fxTranscriber&) { return static_cast<unsigned char>(0); });
     EXPECT_EQ(0, Reading(hex("0d 03000000 00000000")).reader.xdr(subType, nullptr, &part));
     EXPECT_EQ(0, Reading("").reader.xdr(subType, nullptr, &part)) << "the end";
 }

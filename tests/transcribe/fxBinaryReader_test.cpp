@@ -189,7 +189,8 @@ TEST(fxBinaryReaderDeathTest, unknownLongMarkIsFatal) {
     } cases[] = {
         {0x1122, 0x12345678, "^fxBinaryReader: unknown long ordering 12345678\n$"},
         {0x2211, 0, "^fxBinaryReader: unknown long ordering 0\n$"},
-        {0x1122, static_cast<long>(0xFFFFFFFF), "^fxBinaryReader: unknown long ordering ffffffff\n$"},
+        {0x1122, static_cast<long>(0xFFFFFFFF),
+         "^fxBinaryReader: unknown long ordering ffffffff\n$"},
     };
     for (const auto& c : cases) {
         EXPECT_EXIT(fxBinaryReader(&stream, c.shortMark, c.longMark, "vax"),
@@ -369,7 +370,8 @@ TEST(fxBinaryReaderDeathTest, unknownTypeIsFatalBeforeItsPayloadIsMissed) {
     Reading empty(hex("02 07000000 00"));
     EXPECT_EXIT(empty.reader.fill(), testing::KilledBySignal(SIGABRT), "^unknown type \n$");
     Reading longName(hex("02 07000000") + std::string(3000, 'x') + '\0');
-    EXPECT_EXIT(longName.reader.fill(), testing::KilledBySignal(SIGABRT), "^unknown type x{3000}\n$");
+    EXPECT_EXIT(longName.reader.fill(), testing::KilledBySignal(SIGABRT),
+                "^unknown type x{3000}\n$");
     Reading otherCase(hex("02 07000000 'OBJ' 00"));
     EXPECT_EXIT(otherCase.reader.fill(), testing::KilledBySignal(SIGABRT), "^unknown type OBJ\n$");
 }

@@ -87,9 +87,10 @@ TEST_F(fxBinaryWriterObjects, noObjectIsAFailureThatWritesNothing) {
 
 TEST_F(fxBinaryWriterObjects, longObjectContinuesInDataRecords) {
     std::string chars = run(600);
-    EXPECT_EQ(dump(objHead() + hex("8a 0002 01000000 02000000 01000000") + run(512) +
-                   hex("40 58") + run(600).substr(512)),
-              written([&chars](ScriptedObject&, fxTranscriber& t) { return t.xdr(&chars[0], 600); }));
+    EXPECT_EQ(
+        dump(objHead() + hex("8a 0002 01000000 02000000 01000000") + run(512) + hex("40 58") +
+             run(600).substr(512)),
+        written([&chars](ScriptedObject&, fxTranscriber& t) { return t.xdr(&chars[0], 600); }));
 }
 
 TEST_F(fxBinaryWriterObjects, fullBufferBeforeAPointerIsOneRecord) {
@@ -132,10 +133,10 @@ TEST_F(fxBinaryWriterObjects, stringIsItsSizeThenAPointerToItsBytes) {
     });
     root.text = "ab";
     root.numbers[0] = 5;
-    EXPECT_EQ(dump(objHead() + hex("4a 04 01000000 02000000 01000000") + host(3) +
-                   hex("43 04 03000000 03000000") + host(5) +
-                   hex("45 03 03000000 03000000 'ab' 00")),
-              written(root));
+    EXPECT_EQ(
+        dump(objHead() + hex("4a 04 01000000 02000000 01000000") + host(3) +
+             hex("43 04 03000000 03000000") + host(5) + hex("45 03 03000000 03000000 'ab' 00")),
+        written(root));
     root.text = "";
     EXPECT_EQ(dump(hex("4a 08 04000000 02000000 01000000") + host(1) + host(5)), written(root))
         << "an empty string is its size alone";
@@ -233,11 +234,11 @@ TEST_F(fxBinaryWriterObjects, nullBlocksAndTextsAreNullPointers) {
 }
 
 TEST_F(fxBinaryWriterObjects, dataAfterANullBlockTravelsInItsRecord) {
-    EXPECT_EQ(dump(objHead() + hex("0a 01000000 02000000 01000000 41 04") + host(0)),
-              written([](ScriptedObject& self, fxTranscriber& t) {
-                  return static_cast<unsigned char>(t.xdr(&self.blocks[0], 5) &&
-                                                    t.xdr(self.numbers, 1));
-              }));
+    EXPECT_EQ(
+        dump(objHead() + hex("0a 01000000 02000000 01000000 41 04") + host(0)),
+        written([](ScriptedObject& self, fxTranscriber& t) {
+            return static_cast<unsigned char>(t.xdr(&self.blocks[0], 5) && t.xdr(self.numbers, 1));
+        }));
 }
 
 TEST_F(fxBinaryWriterObjects, blockOfLengthZeroHasABodyWithoutPayload) {
@@ -265,10 +266,10 @@ TEST_F(fxBinaryWriterObjects, knownBlockIsReferredToAtOnceAndTakesNoPayload) {
     });
     root.blocks[0] = root.blocks[1] = chars;
     root.numbers[0] = 5;
-    EXPECT_EQ(dump(objHead() + hex("0a 01000000 02000000 01000000 03 03000000 02000000") +
-                   hex("04 03000000") + hex("40 04") + host(5) +
-                   hex("45 02 03000000 02000000 'ab'")),
-              written(root));
+    EXPECT_EQ(
+        dump(objHead() + hex("0a 01000000 02000000 01000000 03 03000000 02000000") +
+             hex("04 03000000") + hex("40 04") + host(5) + hex("45 02 03000000 02000000 'ab'")),
+        written(root));
 }
 
 TEST_F(fxBinaryWriterObjects, knownBlockIsKnownWhateverItsLengthAndContents) {
@@ -414,8 +415,7 @@ TEST_F(fxBinaryWriterObjects, nestedObjectsComeBeforeRemainingSiblings) {
     root.links[0] = &first;
     root.links[1] = &second;
     second.links[0] = &grandchild;
-    EXPECT_EQ(dump(objHead() +
-                   hex("0a 01000000 02000000 01000000 | 0b 03000000 | 0b 04000000") +
+    EXPECT_EQ(dump(objHead() + hex("0a 01000000 02000000 01000000 | 0b 03000000 | 0b 04000000") +
                    hex("0a 04000000 02000000 01000000 | 0b 05000000 | 01") +  // second
                    hex("0a 05000000 02000000 01000000") +                     // its child
                    hex("0a 03000000 02000000 01000000")),                     // first
@@ -467,9 +467,8 @@ TEST_F(fxBinaryWriterObjects, partAtItsContainersAddressIsTakenForTheContainer) 
 }
 
 TEST_F(fxBinaryWriterObjects, resultOfAnEmbeddedObjectIsItsTypesResult) {
-    ScriptedObject part(subType, [](ScriptedObject&, fxTranscriber&) {
-        return static_cast<unsigned char>(0);
-    });
+    ScriptedObject part(
+        subType, [](ScriptedObject&, fxTranscriber&) { return static_cast<unsigned char>(0); });
     EXPECT_EQ(0, writer.xdr(subType, nullptr, &part));
     EXPECT_EQ(1, writer.xdr(subType, nullptr, &part)) << "known by now";
 }

@@ -20,9 +20,9 @@ struct fxBinaryTranscriberLayout {
     }
 
     static std::vector<unsigned int> offsets(const fxBinaryTranscriber& t) {
-        return {offset(t, t.buffer),       offset(t, t.cursor), offset(t, t.capacity),
-                offset(t, t.payloadCount), offset(t, t.table),  offset(t, t.tag),
-                offset(t, t.arg1),         offset(t, t.arg2),   offset(t, t.arg3),
+        return {offset(t, t.buffer),       offset(t, t.cursor),   offset(t, t.capacity),
+                offset(t, t.payloadCount), offset(t, t.table),    offset(t, t.tag),
+                offset(t, t.arg1),         offset(t, t.arg2),     offset(t, t.arg3),
                 offset(t, t.arg4),         offset(t, t.typeName), offset(t, t.workQueue)};
     }
 
@@ -180,20 +180,13 @@ TEST_F(fxBinaryWriterTest, argumentsFollowTheTag) {
     const struct {
         unsigned int tag;
         std::string bytes;
-    } cases[] = {{1, "01"},
-                 {2, "02" + a2 + "'Obj' 00"},
-                 {3, "03" + a1 + a4},
-                 {4, "04" + a1},
-                 {5, "05" + a1 + a4},
-                 {6, "06" + a1 + a4},
-                 {7, "07" + a1 + a4},
-                 {8, "08" + a1 + a4},
-                 {9, "09" + a1 + a4},
-                 {10, "0a" + a1 + a2 + a3},
-                 {11, "0b" + a1},
-                 {12, "0c" + a1},
-                 {13, "0d" + a1},
-                 {14, "0e" + a1}};
+    } cases[] = {{1, "01"},           {2, "02" + a2 + "'Obj' 00"},
+                 {3, "03" + a1 + a4}, {4, "04" + a1},
+                 {5, "05" + a1 + a4}, {6, "06" + a1 + a4},
+                 {7, "07" + a1 + a4}, {8, "08" + a1 + a4},
+                 {9, "09" + a1 + a4}, {10, "0a" + a1 + a2 + a3},
+                 {11, "0b" + a1},     {12, "0c" + a1},
+                 {13, "0d" + a1},     {14, "0e" + a1}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.tag);
         Shared::setRecord(writer, c.tag, "Obj");
@@ -208,7 +201,7 @@ TEST_F(fxBinaryWriterTest, smallestLengthClassIsUsed) {
     const struct {
         unsigned int length;
         const char* head;
-    } cases[] = {{1, "41 01"},      {2, "41 02"},      {255, "41 ff"},
+    } cases[] = {{1, "41 01"},     {2, "41 02"},     {255, "41 ff"},
                  {256, "81 0001"}, {511, "81 ff01"}, {512, "81 0002"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.length);

@@ -17,11 +17,11 @@
 namespace {
 // The tests are death tests in that their children may die.
 
-const unsigned int shards = 8;
+const unsigned int shards = 12;
 
 std::vector<std::string> seeds() {
-    return {hostile::sampleStream(20), hostile::dictionaryStream(30), hostile::arrayStream(50),
-            hostile::bigDictionaryStream(), hostile::stringStream(), hostile::nodeStream()};
+    return {hostile::sampleStream(20),      hostile::dictionaryStream(6), hostile::arrayStream(20),
+            hostile::bigDictionaryStream(), hostile::stringStream(),      hostile::nodeStream()};
 }
 
 TrialReport tryAll(unsigned int n, const std::function<bool(unsigned int)>& trial) {
@@ -36,9 +36,8 @@ TrialReport tryAll(unsigned int n, const std::function<bool(unsigned int)>& tria
 enum Outcome { value, null, fatal, failed };
 
 Outcome outcomeOf(const std::string& bytes) {
-    const TrialReport report = tryAll(1, [&bytes](unsigned int) {
-        return hostile::readAndUse(bytes, 1);
-    });
+    const TrialReport report =
+        tryAll(1, [&bytes](unsigned int) { return hostile::readAndUse(bytes, 1); });
     return report.values ? value : report.nulls ? null : report.fatals ? fatal : failed;
 }
 
@@ -58,11 +57,10 @@ private:
 };
 
 // Values that lengths, counts and numbers are best attacked with.
-const std::uint32_t edges[] = {0,          1,          2,          3,          4,
-                               8,          31,         255,        256,        512,
-                               513,        4096,       4097,       65535,      65536,
-                               0x000FFFFF, 0x1FFFFFFF, 0x20000000, 0x3FFFFFFF, 0x40000000,
-                               0x7FFFFFFF, 0x80000000, 0xFFFFFFFE, 0xFFFFFFFF};
+const std::uint32_t edges[] = {
+    0,          1,          2,          3,          4,          8,          31,         255,
+    256,        512,        513,        4096,       4097,       65535,      65536,      0x000FFFFF,
+    0x1FFFFFFF, 0x20000000, 0x3FFFFFFF, 0x40000000, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFE, 0xFFFFFFFF};
 
 std::string mutated(const std::vector<std::string>& streams, Random& random) {
     const auto pick = [&random, &streams]() -> const std::string& {
@@ -111,7 +109,6 @@ std::string mutated(const std::vector<std::string>& streams, Random& random) {
 TEST(hostileStreamDeathTest, seedsAreRead) {
     for (const std::string& seed : seeds()) {
         EXPECT_EQ(value, outcomeOf(seed));
-        EXPECT_LT(seed.size(), 4000u) << "they are walked bit by bit";
     }
 }
 
@@ -152,7 +149,7 @@ TEST(hostileStreamDeathTest, runnerSeesHangsAndWastedMemory) {
         },
         hostile::isStatedMessage, 1, 1);
     ASSERT_EQ(1u, hang.failures.size());
-    EXPECT_EQ(0u, hang.failures[0].find("trial 0 died by signal 14"));
+    EXPECT_EQ(0u, hang.failures[0].find("trial 0 died by signal 27"));
     const TrialReport waste = runTrials(
         1,
         [](unsigned int) {
@@ -183,48 +180,48 @@ TEST(hostileStream, messagesAreToldApart) {
         EXPECT_EQ(c.stated, hostile::isStatedMessage(c.text)) << c.text;
 }
 
-// Every truncation and every flipped bit of a stream that has everything.
+// Every truncation and every flipped bit of every stream.
+
+namespace {
+// The stream that one of its bits, counted through all of `streams`, is
+// flipped in; empty behind the last one.
+std::string withFlippedBit(const std::vector<std::string>& streams, std::size_t bit) {
+    for (std::string bytes : streams) {
+        if (bit < bytes.size() * 8) {
+            bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
+            return bytes;
+        }
+        bit -= bytes.size() * 8;
+    }
+    return std::string();
+}
+}  // namespace
 
 class hostileStreamShardDeathTest : public testing::TestWithParam<unsigned int> {};
 
 TEST_P(hostileStreamShardDeathTest, everyFlippedBitHasAStatedOutcome) {
-    const std::string seed = hostile::sampleStream(20);
-    const unsigned int bits = static_cast<unsigned int>(seed.size()) * 8;
+    const std::vector<std::string> streams = seeds();
+    unsigned int bits = 0;
+    for (const std::string& seed : streams)
+        bits += static_cast<unsigned int>(seed.size()) * 8;
     const unsigned int first = GetParam();
     const TrialReport report =
-        tryAll((bits - first + shards - 1) / shards, [&seed, first](unsigned int i) {
-            const unsigned int bit = first + i * shards;
-            std::string bytes = seed;
-            bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
-            return hostile::readAndUse(bytes);
+        tryAll((bits - first + shards - 1) / shards, [&streams, first](unsigned int i) {
+            return hostile::readAndUse(withFlippedBit(streams, first + i * shards));
         });
     EXPECT_GT(report.values, 100u);
     EXPECT_GT(report.nulls, 10u);
     EXPECT_GT(report.fatals, 10u);
 }
 
-INSTANTIATE_TEST_SUITE_P(bits, hostileStreamShardDeathTest, testing::Range(0U, shards));
+INSTANTIATE_TEST_SUITE_P(shard, hostileStreamShardDeathTest, testing::Range(0U, shards));
 
 TEST(hostileStreamDeathTest, everyTruncationHasAStatedOutcome) {
     for (const std::string& seed : seeds()) {
-        const TrialReport report =
-            tryAll(static_cast<unsigned int>(seed.size()), [&seed](unsigned int length) {
-                return hostile::readAndUse(seed.substr(0, length));
-            });
+        const TrialReport report = tryAll(
+            static_cast<unsigned int>(seed.size()),
+            [&seed](unsigned int length) { return hostile::readAndUse(seed.substr(0, length)); });
         EXPECT_GE(report.nulls, 26u) << "the header, at the least";
-    }
-}
-
-TEST(hostileStreamDeathTest, everyFlippedBitOfTheOtherStreamsHasAStatedOutcome) {
-    std::vector<std::string> others = seeds();
-    others.erase(others.begin());
-    others[0] = hostile::dictionaryStream(6);
-    for (const std::string& seed : others) {
-        tryAll(static_cast<unsigned int>(seed.size()) * 8, [&seed](unsigned int bit) {
-            std::string bytes = seed;
-            bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
-            return hostile::readAndUse(bytes);
-        });
     }
 }
 
@@ -237,11 +234,10 @@ TEST_P(hostileStreamShardDeathTest, randomChangesHaveAStatedOutcome) {
     streams.push_back(hostile::dictionaryStream(2));
     Random random(seed);
     std::vector<std::string> inputs;
-    for (int i = 0; i < 600; ++i)
+    for (int i = 0; i < 400; ++i)
         inputs.push_back(mutated(streams, random));
-    const TrialReport report = tryAll(600, [&inputs](unsigned int i) {
-        return hostile::readAndUse(inputs[i]);
-    });
+    const TrialReport report =
+        tryAll(400, [&inputs](unsigned int i) { return hostile::readAndUse(inputs[i]); });
     EXPECT_GT(report.values, 10u);
     EXPECT_GT(report.nulls, 10u);
     EXPECT_GT(report.fatals, 10u);
@@ -310,27 +306,17 @@ TEST(hostileStreamDeathTest, dictionaryHeadsWithWildSizes) {
         std::uint32_t items, keySize, valueSize, buckets;
         Outcome outcome;
     } cases[] = {
-        {0, 8, 8, 31, value},
-        {0, 8, 8, 0, value},
-        {1, 8, 8, 31, value},
-        {1, 8, 8, 0, fatal},  // an entry without a bucket
-        {2, 8, 8, 31, value},
-        {3, 8, 8, 31, fatal},  // there are two
-        {0xFFFFFFFF, 8, 8, 31, fatal},
-        {0xFFFFFFFF, 8, 8, 0, fatal},
+        {0, 8, 8, 31, value},          {0, 8, 8, 0, value},
+        {1, 8, 8, 31, value},          {1, 8, 8, 0, fatal},   // an entry without a bucket
+        {2, 8, 8, 31, value},          {3, 8, 8, 31, fatal},  // there are two
+        {0xFFFFFFFF, 8, 8, 31, fatal}, {0xFFFFFFFF, 8, 8, 0, fatal},
         {1, 12, 8, 31, value},  // larger keys and values are kept
-        {1, 8, 12, 31, value},
-        {1, 12, 12, 31, value},
-        {1, 0, 8, 31, fatal},
-        {1, 7, 8, 31, fatal},
-        {1, 8, 0, 31, fatal},
-        {1, 8, 7, 31, fatal},
-        {1, 0xFFFFFFFF, 8, 31, fatal},
-        {1, 0xFFFFFFF8, 8, 31, fatal},  // the sum is 0
-        {1, 8, 0xFFFFFFF8, 31, fatal},
-        {1, 0x80000000, 0x80000008, 31, fatal},
-        {0, 8, 8, 0xFFFFFFFF, fatal},
-        {0, 8, 8, 0x40000000, fatal},  // times four is 0
+        {1, 8, 12, 31, value},         {1, 12, 12, 31, value},
+        {1, 0, 8, 31, fatal},          {1, 7, 8, 31, fatal},
+        {1, 8, 0, 31, fatal},          {1, 8, 7, 31, fatal},
+        {1, 0xFFFFFFFF, 8, 31, fatal}, {1, 0xFFFFFFF8, 8, 31, fatal},  // the sum is 0
+        {1, 8, 0xFFFFFFF8, 31, fatal}, {1, 0x80000000, 0x80000008, 31, fatal},
+        {0, 8, 8, 0xFFFFFFFF, fatal},  {0, 8, 8, 0x40000000, fatal},  // times four is 0
         {0, 8, 8, 0x40000001, fatal},
     };
     for (const auto& c : cases) {
@@ -372,26 +358,21 @@ TEST(hostileStreamDeathTest, arraysWithWildSizes) {
         std::uint16_t elementSize;
         Outcome outcome;
     } cases[] = {
-        {8, 4, value},
-        {0, 4, value},
-        {3, 4, value},          // no whole element
-        {8, 0, fatal},          // no element size
-        {0, 0, fatal},
-        {8, 1, fatal},          // too small for an int
-        {8, 3, fatal},
-        {8, 5, value},          // one element of five bytes
-        {8, 65535, value},      // none
-        {65535, 65535, value},  // one, in 65535 bytes
-        {12, 4, fatal},         // there are two ints
-        {0xFFFFFFFF, 4, fatal},
-        {0xFFFFFFFC, 4, fatal},
-        {0x80000000, 4, fatal},
-        {0xFFFFFFFF, 65535, fatal},
+        {8, 4, value},          {0, 4, value},
+        {3, 4, value},                          // no whole element
+        {8, 0, fatal},                          // no element size
+        {0, 0, fatal},          {8, 1, fatal},  // too small for an int
+        {8, 3, fatal},          {8, 5, value},  // one element of five bytes
+        {8, 65535, value},                      // none
+        {65535, 65535, value},                  // one, in 65535 bytes
+        {12, 4, fatal},                         // there are two ints
+        {0xFFFFFFFF, 4, fatal}, {0xFFFFFFFC, 4, fatal},
+        {0x80000000, 4, fatal}, {0xFFFFFFFF, 65535, fatal},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.length << " bytes, elements of " << c.elementSize);
-        EXPECT_EQ(c.outcome, outcomeOf(arrayHead(c.length, c.elementSize) +
-                                       hex("40 08 01020304 05060708")));
+        EXPECT_EQ(c.outcome,
+                  outcomeOf(arrayHead(c.length, c.elementSize) + hex("40 08 01020304 05060708")));
     }
 }
 

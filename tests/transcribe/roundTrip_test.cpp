@@ -362,9 +362,9 @@ TEST(roundTrip, deliberateChainsComeBackInReverse) {
 TEST(roundTrip, deliberatePointerDictionaryIsWrittenAsAnAbstractNothing) {
     fxVoidPtrDict dictionary(1);
     dictionary.add("a", &dictionary);
-    EXPECT_EQ(dump(hostHeader() +
-                   hex("02 02000000 'fxDictionary' 00 0a 01000000 02000000 01000000")),
-              dump(streamOf(dictionary)));
+    EXPECT_EQ(
+        dump(hostHeader() + hex("02 02000000 'fxDictionary' 00 0a 01000000 02000000 01000000")),
+        dump(streamOf(dictionary)));
     EXPECT_EQ(nullptr, objectIn<fxXDRObj>(streamOf(dictionary), fxDictionary_type));
 }
 
@@ -650,9 +650,8 @@ TEST(roundTrip, longChainOfObjectsIsRead) {
         bytes += hex("0a") + word(number) + hex("02000000 01000000");
         bytes += i + 1 < n ? hex("0b") + word(i + 3) + word(0) : hex("0c") + word(1) + word(0);
     }
-    const ReadScript script([](ScriptedObject& self, fxTranscriber& t) {
-        return self.xdrLink(t, 0);
-    });
+    const ReadScript script(
+        [](ScriptedObject& self, fxTranscriber& t) { return self.xdrLink(t, 0); });
     MemoryStream in(bytes);
     auto* object = static_cast<ScriptedObject*>(readerOn(in)->readObject(objType));
     ASSERT_NE(nullptr, object);

@@ -165,9 +165,8 @@ TEST(writtenThenMisreadDeathTest, deliberateReferenceToAKnownObject) {
 }
 
 TEST(writtenThenMisreadDeathTest, deliberateEmbeddedObjectAtTheEnd) {
-    ScriptedObject part(subType, [](ScriptedObject& self, fxTranscriber& t) {
-        return t.xdr(self.numbers, 2);
-    });
+    ScriptedObject part(
+        subType, [](ScriptedObject& self, fxTranscriber& t) { return t.xdr(self.numbers, 2); });
     const Script contents = [&part](ScriptedObject& self, fxTranscriber& t) {
         return t.xdr(subType, &self, &part);
     };
@@ -178,9 +177,8 @@ TEST(writtenThenMisreadDeathTest, deliberateEmbeddedObjectAtTheEnd) {
 }
 
 TEST(writtenThenMisread, deliberateEmbeddedObjectsContentsAreShifted) {
-    ScriptedObject part(subType, [](ScriptedObject& self, fxTranscriber& t) {
-        return t.xdr(self.numbers, 2);
-    });
+    ScriptedObject part(
+        subType, [](ScriptedObject& self, fxTranscriber& t) { return t.xdr(self.numbers, 2); });
     const Script contents = [&part](ScriptedObject& self, fxTranscriber& t) {
         return t.xdr(subType, &self, &part);
     };
