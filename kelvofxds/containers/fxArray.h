@@ -41,8 +41,8 @@ public:
     unsigned char xdr(fxTranscriber& t) override;
     fxTypeObj& getTypeObj() const override;
 
-    /// Brings the block to maxLen bytes; frees it when that is 0. The result
-    /// of the allocation is stored unchecked.
+    /// Brings the block to maxLen bytes; frees it when that is 0. A first block
+    /// that cannot be had is null; a block that cannot grow ends the process.
     virtual void getmem();
     /// Makes room for four more elements.
     /// Deliberate: growth is linear, not geometric.

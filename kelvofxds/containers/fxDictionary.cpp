@@ -19,6 +19,7 @@ FX_DEFINE_ARRAY(fxDictIters, fxDictIter*)
 
 namespace {
 const unsigned int defaultBuckets = 31;
+const unsigned int mostBuckets = 0x1FFFFFFF;  // what half of the address space holds
 
 void clear(void* at, unsigned int bytes) {
     if (bytes != 0)
@@ -32,7 +33,7 @@ void fxDictIters::createElements(void* at, unsigned int bytes) { clear(at, bytes
 
 bool fxDictBuckets::makeEmptyBuckets(unsigned int n) {
     std::free(data);
-    data = std::calloc(n, sizeof(void*));
+    data = n <= mostBuckets ? std::calloc(n, sizeof(void*)) : nullptr;
     const bool made = data != nullptr || n == 0;
     len = maxLen = made ? n * static_cast<unsigned int>(sizeof(void*)) : 0;
     return made;

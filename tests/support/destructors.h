@@ -1,6 +1,7 @@
 // destructors.h - which words of a class's table destroy an object, and how.
 #pragma once
 
+#include <cstddef>
 #include <cstring>
 #include <new>
 
@@ -22,6 +23,7 @@ public:
     using Base::Base;
     ~CountedEnd() override { ++destroyed; }
 
+    static void* operator new(std::size_t size) { return ::operator new(size); }
     static void operator delete(void* memory) {
         ++freed;
         ::operator delete(memory);
@@ -44,11 +46,11 @@ void expectDestructorsAtWords0And1(Arguments... arguments) {
     using Sample = CountedEnd<Class>;
     Sample::destroyed = Sample::freed = 0;
 
-    auto* destroyedOnly = new Sample(arguments...);
-    callTableWord(destroyedOnly, 0);
+    void* memory = ::operator new(sizeof(Sample));
+    callTableWord(::new (memory) Sample(arguments...), 0);
     EXPECT_EQ(1, Sample::destroyed);
     EXPECT_EQ(0, Sample::freed);
-    ::operator delete(destroyedOnly);
+    ::operator delete(memory);
 
     callTableWord(new Sample(arguments...), 1);
     EXPECT_EQ(2, Sample::destroyed);
