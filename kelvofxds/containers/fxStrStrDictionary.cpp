@@ -46,7 +46,14 @@ unsigned char fxStrStrDictionary::xdrValue(fxTranscriber& t, void* value) {
     return fxXdrStr(t, value);
 }
 
-unsigned char fxStrStrDictionary::xdr(fxTranscriber& t) { return doxdr(t); }
+// A key size that puts values where no string can be has let no entry in.
+unsigned char fxStrStrDictionary::xdr(fxTranscriber& t) {
+    const unsigned char done = doxdr(t);
+    if (keySize % alignof(fxStr) == 0)
+        return done;
+    keySize = sizeof(fxStr);
+    return 0;
+}
 
 void* fxStrStrDictionary::newInstance(fxTypeObj& type) { return new fxStrStrDictionary(type); }
 
@@ -55,7 +62,7 @@ void fxStrStrDictionary::deleteInstance(void* dictionary) {
 }
 
 unsigned char fxStrStrDictionary::xdr(void* dictionary, fxTranscriber& t) {
-    return static_cast<fxStrStrDictionary*>(dictionary)->doxdr(t);
+    return static_cast<fxStrStrDictionary*>(dictionary)->fxStrStrDictionary::xdr(t);
 }
 
 fxStrStrDictionaryIter::fxStrStrDictionaryIter() {}
