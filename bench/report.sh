@@ -13,6 +13,13 @@ usage="usage: bench/report.sh RESULTS.json [DOCUMENT.md]"
 results=${1:?$usage}
 document=${2:-}
 
+commit() {
+    printf "%s" "$(git rev-parse --short HEAD 2>/dev/null || echo "(unknown)")"
+    if [ -n "$(git status --porcelain -- kelvofxds 2>/dev/null)" ]; then
+        echo " with changes"
+    fi
+}
+
 tables() {
     awk '
     # "key": value  or  "key": "value",
@@ -33,7 +40,7 @@ tables() {
     }
     function ratio(ours, peer,   r) {
         r = peer / ours
-        return sprintf(r < 1 / 1.2 ? "**%.2f**" : "%.2f", r)
+        return sprintf(r < 0.095 ? "**%.1g**" : r < 1 / 1.2 ? "**%.2f**" : "%.2f", r)
     }
     function growth(time, from, to) {
         return from == to ? "" : sprintf("%.2f", log(time[to] / time[from]) / log(to / from))
@@ -46,6 +53,8 @@ tables() {
         implementation = parts[n - 1]
         size = parts[n]
         id = name SUBSEP implementation
+        if (!(name in order) || family < order[name]) order[name] = family
+        order[name, implementation] = family
         # With repetitions the single runs come first and the median replaces them.
         cpu[id, size] = toNanoseconds(time, unit)
         memory[id, size] = peak
@@ -57,6 +66,24 @@ tables() {
         if (implementation == "kelvofxds" && !((name, size) in sized)) {
             sized[name, size] = 1
             sizes[name] = sizes[name] (sizes[name] == "" ? "" : " ") size
+        }
+    }
+    # The order of the source files, also when the runs were interleaved.
+    function sort(   i, j, k, n, s, held) {
+        for (i = 2; i <= caseCount; ++i) {
+            held = cases[i]
+            for (j = i - 1; j > 0 && order[cases[j]] > order[held]; --j) cases[j + 1] = cases[j]
+            cases[j + 1] = held
+        }
+        for (k = 1; k <= caseCount; ++k) {
+            n = split(sizes[cases[k]], s, " ")
+            for (i = 2; i <= n; ++i) {
+                held = s[i]
+                for (j = i - 1; j > 0 && s[j] + 0 > held + 0; --j) s[j + 1] = s[j]
+                s[j + 1] = held
+            }
+            sizes[cases[k]] = s[1]
+            for (i = 2; i <= n; ++i) sizes[cases[k]] = sizes[cases[k]] " " s[i]
         }
     }
     function row(name, peer,   s, n, i, list, ratios, a, b, grown) {
@@ -93,12 +120,14 @@ tables() {
     /"num_cpus":/ { cpus = text($0) }
     /"mhz_per_cpu":/ { mhz = text($0) }
     /"run_name":/ { run = text($0); kind = ""; peak = 0 }
+    /"family_index":/ { family = text($0) + 0 }
     /"aggregate_name":/ { kind = text($0) }
     /"cpu_time":/ { time = text($0) }
     /"time_unit":/ { unit = text($0) }
     /"peak_MiB":/ { peak = text($0) }
     /^ *}/ { endOfEntry(); run = "" }
     END {
+        sort()
         printf "Measured on %s at commit %s with %s on %d cores at %.1f GHz.\n", date, commit,
             compiler, cpus, mhz / 1000
         for (i = 1; i <= caseCount; ++i) {
@@ -112,7 +141,15 @@ tables() {
                 print "|---|---|---|---|---|---|---|"
             }
             m = split(peers[cases[i]], names, "\t")
-            for (j = 1; j <= m; ++j) row(cases[i], names[j])
+            while (m-- > 0) {
+                first = ""
+                for (j in names) {
+                    if (first == "" || order[cases[i], names[j]] < order[cases[i], names[first]])
+                        first = j
+                }
+                row(cases[i], names[first])
+                delete names[first]
+            }
         }
         for (i = 1; i <= caseCount; ++i) {
             if (cases[i] !~ /\/large$/) continue
@@ -124,7 +161,7 @@ tables() {
             }
             largeRow(cases[i], peers[cases[i]])
         }
-    }' commit="$(git rev-parse --short HEAD 2>/dev/null || echo unknown)" "$results"
+    }' commit="$(commit)" "$results"
 }
 
 if [ -z "$document" ]; then

@@ -28,12 +28,10 @@ inline void shortSweep(benchmark::internal::Benchmark* b) {
     b->RangeMultiplier(8)->Range(8, 1 << 12)->Complexity();
 }
 
-const std::int64_t smallestLarge = 125000;
-
 /// Doubling sizes up to a million, for cases whose name ends in "/large". The
 /// memory they take is measured too.
 inline void doubling(benchmark::internal::Benchmark* b) {
-    for (std::int64_t n = smallestLarge; n <= 1000000; n *= 2)
+    for (std::int64_t n = 125000; n <= 1000000; n *= 2)
         b->Arg(n);
     b->Unit(benchmark::kMillisecond);
 }
@@ -77,17 +75,16 @@ void requireSame(const std::string& name, Input& input, const Ours& ours, const 
 
 /// The timed loop. What the work returns is released within it.
 template <class Input, class Work>
-void repeat(benchmark::State& state, Rate rate, Input& input, const Work& work) {
-    const std::int64_t n = state.range(0);
-    std::unique_ptr<PeakMemory> peak;
-    if (n >= smallestLarge)
-        peak = std::make_unique<PeakMemory>();
+void repeat(benchmark::State& state, Rate rate, bool measureMemory, Input& input,
+            const Work& work) {
+    const auto peak = measureMemory ? std::make_unique<PeakMemory>() : nullptr;
     for (auto _ : state) {
         auto made = work(input);
         benchmark::DoNotOptimize(made);
     }
     if (peak)
         state.counters["peak_MiB"] = peak->taken();
+    const std::int64_t n = state.range(0);
     state.SetComplexityN(n);
     if (rate == Rate::bytes)
         state.SetBytesProcessed(state.iterations() * n);
@@ -107,7 +104,7 @@ void beside(const std::string& name, Rate rate, Sizes sizes, Ours ours, Side<Pee
                 Input& input = inputOf<Input>(static_cast<unsigned int>(state.range(0)));
                 if (checked->insert(state.range(0)).second)
                     (requireSame(name, input, ours, peers), ...);
-                repeat(state, rate, input, work);
+                repeat(state, rate, sizes == doubling, input, work);
             });
         sizes(b);
     };

@@ -12,6 +12,7 @@
 
 #include "kelvofxds/core/fxFatal.h"
 #include "tests/support/hostileReading.h"
+#include "tests/support/hostileStreams.h"
 #include "tests/support/trialRunner.h"
 
 namespace {

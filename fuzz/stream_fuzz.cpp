@@ -1,0 +1,168 @@
+// Reads whatever bytes it is given and uses what comes of it.
+//
+// Inputs that begin with an 'f' are whole streams, as they begin with the
+// reader's name; of the others the first byte chooses a container and the rest
+// are the records to read it from.
+
+#include <sanitizer/allocator_interface.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "kelvofxds/core/fxFatal.h"
+#include "tests/support/hostileReading.h"
+#include "tests/support/hostileStreams.h"
+
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
+
+/// Failed reads leave what they made allocated, as they are meant to. It is
+/// freed below without regard to how it was allocated.
+extern "C" const char* __asan_default_options() {
+    return "allocator_may_return_null=1:alloc_dealloc_mismatch=0:detect_leaks=0";
+}
+
+namespace {
+struct Fatal {};
+
+// The blocks that are allocated while an input is read. It must not allocate
+// any itself.
+class Allocations {
+public:
+    void add(const volatile void* block) {
+        if (!active || !block || count == limit)
+            return;
+        std::size_t place = placeOf(block);
+        places[place] = block;
+        ++count;
+    }
+
+    // The places behind a vacated one are filled again, so that look-ups do
+    // not end early.
+    void remove(const volatile void* block) {
+        if (!active || !block || !places[placeOf(block)])
+            return;
+        std::size_t vacant = placeOf(block);
+        places[vacant] = nullptr;
+        --count;
+        for (std::size_t next = (vacant + 1) % size; places[next]; next = (next + 1) % size) {
+            const volatile void* moved = places[next];
+            places[next] = nullptr;
+            places[placeOf(moved)] = moved;
+        }
+    }
+
+    void freeAll() {
+        active = false;
+        if (count == 0)
+            return;
+        for (const volatile void*& block : places) {
+            if (block)
+                std::free(const_cast<void*>(block));
+            block = nullptr;
+        }
+        count = 0;
+    }
+
+    bool active = false;
+
+private:
+    static const std::size_t size = 1 << 16;
+    static const std::size_t limit = size / 2;  // what exceeds it is lost
+
+    // Where `block` is, or would be put.
+    std::size_t placeOf(const volatile void* block) const {
+        std::size_t place = (reinterpret_cast<std::uintptr_t>(block) * 0x9E3779B1U >> 12) % size;
+        while (places[place] && places[place] != block)
+            place = (place + 1) % size;
+        return place;
+    }
+
+    const volatile void* places[size] = {};
+    std::size_t count = 0;
+};
+
+Allocations allocations;
+
+void noteMalloc(const volatile void* block, std::size_t) { allocations.add(block); }
+void noteFree(const volatile void* block) { allocations.remove(block); }
+
+const std::vector<std::string>& seeds() {
+    static const std::vector<std::string> streams = {
+        hostile::sampleStream(2),       hostile::dictionaryStream(4), hostile::arrayStream(6),
+        hostile::bigDictionaryStream(), hostile::stringStream(),      hostile::nodeStream()};
+    return streams;
+}
+
+void read(const std::string& bytes) {
+    if (bytes.empty())
+        return;
+    const std::string rest = bytes.substr(1);
+    switch (bytes[0]) {
+        case 'f':
+            hostile::readAndUse(bytes);
+            break;
+        case 'a': {
+            fxDoubleArray array;
+            if (hostile::readInPlace(rest, array))
+                hostile::use<double>(array);
+            break;
+        }
+        case 'd': {
+            auto* dictionary = new fxStrStrDictionary;
+            hostile::readInPlace(rest, *dictionary);
+            if (!hostile::isAbandoned(*dictionary))
+                delete dictionary;
+            break;
+        }
+    }
+}
+}  // namespace
+
+/// Takes the place of the library's function of this name, so that a message
+/// ends the input and not the fuzzer. The library's own frames are unwound.
+void fxFatal(const char*, ...) { throw Fatal(); }
+
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+    // Memory may be reserved on the word of a stream as long as it is not
+    // touched: only what is resident is limited.
+    static std::vector<char*> arguments(*argv, *argv + *argc);
+    static char noLimit[] = "-malloc_limit_mb=4096";
+    arguments.push_back(noLimit);
+    *argc = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    *argv = arguments.data();
+
+    hostile::abandonManyBuckets = true;
+    // Whatever is made once is made before allocations are counted.
+    for (const std::string& seed : seeds())
+        read(seed);
+    hostile::made() = hostile::Made();
+    __sanitizer_install_malloc_and_free_hooks(noteMalloc, noteFree);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    allocations.active = true;
+    try {
+        read(std::string(reinterpret_cast<const char*>(data), size));
+    } catch (const Fatal&) {
+    }
+    hostile::made() = hostile::Made();
+    allocations.freeAll();
+    return 0;
+}
+
+/// Starts now and then from a stream that can be read.
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t maxSize, unsigned int random) {
+    if (size < 2 || random % 50 == 0) {
+        const std::string& seed = seeds()[random / 50 % seeds().size()];
+        size = seed.size() < maxSize ? seed.size() : maxSize;
+        std::memcpy(data, seed.data(), size);
+    }
+    return LLVMFuzzerMutate(data, size, maxSize);
+}
