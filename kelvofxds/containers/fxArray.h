@@ -96,7 +96,8 @@ public:
     /// Sorts by compareElements, `n` elements from `start` on.
     /// Deliberate: the pivot's final placement copies the temporary over two
     /// elements instead of exchanging them, so elements are overwritten; the
-    /// temporary starts out as zero bytes.
+    /// temporary starts out as zero bytes. Only an fxStrArray is sorted by true
+    /// exchanges.
     void qsort(unsigned int start, unsigned int n);
     /// The same for the whole array.
     void qsort();
@@ -149,6 +150,8 @@ private:
     void setCapacity(unsigned int bytes);
     void clearSpare(unsigned int from);
     void* copied(const void* from, unsigned int bytes) const;
+    void sortRange(unsigned int lo, unsigned int hi, void* temp, bool exchangePivot);
+    void exchange(unsigned int i, unsigned int j, void* temp);
     void closeGap(unsigned int offset, unsigned int bytes);
 };
 

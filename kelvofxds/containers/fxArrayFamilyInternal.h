@@ -31,15 +31,15 @@
         return Class(sizeof(Element), n * sizeof(Element), raw_tail(n));                      \
     }
 
-/// Defines what FX_ARRAY_TYPE_MEMBERS declares, and the type record.
+/// Defines what FX_ARRAY_TYPE_MEMBERS declares except the transcription of the
+/// elements, and the type record.
 #define FX_DEFINE_ARRAY_TYPE(Class, Element)                                       \
     Class::Class(fxTypeObj& type) : fxArray(type) { elemSize = sizeof(Element); }  \
     void* Class::newInstance(fxTypeObj& type) { return new Class(type); }          \
     void Class::deleteInstance(void* array) { delete static_cast<Class*>(array); } \
     fxTypeObj& Class::getTypeObj() const { return Class##_type; }                  \
-    unsigned char Class::xdr(fxTranscriber& t) { return xdrElements<Element>(t); } \
     unsigned char Class::xdr(void* array, fxTranscriber& t) {                      \
-        return static_cast<Class*>(array)->xdrElements<Element>(t);                \
+        return static_cast<Class*>(array)->Class::xdr(t);                          \
     }                                                                              \
     fxTypeObj Class##_type("ARRAY", 1, Class::newInstance, Class::deleteInstance, Class::xdr);
 

@@ -5,6 +5,7 @@
 
 #include "kelvofxds/containers/fxArray.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/str/fxStrArray.h"
 
 namespace {
 const unsigned int sortBufferSize = 32;
@@ -41,9 +42,13 @@ void fxArray::qsort(unsigned int start, unsigned int n) {
     qsortInternal(start, start + n - 1, temp.address());
 }
 
+void fxArray::qsortInternal(unsigned int lo, unsigned int hi, void* temp) {
+    sortRange(lo, hi, temp, dynamic_cast<const fxStrArray*>(this) != nullptr);
+}
+
 // The first element is the pivot, by address: nothing moves it until its final
 // placement. A single element goes through that placement too.
-void fxArray::qsortInternal(unsigned int lo, unsigned int hi, void* temp) {
+void fxArray::sortRange(unsigned int lo, unsigned int hi, void* temp, bool exchangePivot) {
     const void* pivot = at(lo);
     unsigned int i = lo;
     unsigned int j = hi + 1;
@@ -60,17 +65,25 @@ void fxArray::qsortInternal(unsigned int lo, unsigned int hi, void* temp) {
         }
         if (i >= j)
             break;
-        std::memcpy(temp, at(i), elemSize);
-        std::memcpy(at(i), at(j), elemSize);
+        exchange(i, j, temp);
+    }
+    if (exchangePivot) {
+        // Strings own their buffers, so none may be overwritten or held twice.
+        exchange(lo, j, temp);
+    } else {
+        // Both places end up with what the temporary holds.
+        std::memcpy(at(lo), temp, elemSize);
+        std::memmove(at(j), at(lo), elemSize);
         std::memcpy(at(j), temp, elemSize);
     }
-    // Not an exchange: both places end up with what the temporary holds.
-    std::memcpy(at(lo), temp, elemSize);
-    std::memmove(at(j), at(lo), elemSize);
-    std::memcpy(at(j), temp, elemSize);
-
     if (j != 0 && lo < j - 1)
-        qsortInternal(lo, j - 1, temp);
+        sortRange(lo, j - 1, temp, exchangePivot);
     if (j + 1 < hi)
-        qsortInternal(j + 1, hi, temp);
+        sortRange(j + 1, hi, temp, exchangePivot);
+}
+
+void fxArray::exchange(unsigned int i, unsigned int j, void* temp) {
+    std::memcpy(temp, at(i), elemSize);
+    std::memmove(at(i), at(j), elemSize);
+    std::memcpy(at(j), temp, elemSize);
 }

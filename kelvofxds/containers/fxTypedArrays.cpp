@@ -8,7 +8,8 @@
 
 #define FX_DEFINE_TYPED_ARRAY(Class, Element) \
     FX_DEFINE_ARRAY(Class, Element)           \
-    FX_DEFINE_ARRAY_TYPE(Class, Element)
+    FX_DEFINE_ARRAY_TYPE(Class, Element)      \
+    unsigned char Class::xdr(fxTranscriber& t) { return xdrElements<Element>(t); }
 
 // The order of the records is part of the library's behaviour: the last one
 // answers to "ARRAY".

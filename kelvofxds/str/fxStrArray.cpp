@@ -1,0 +1,94 @@
+#include "kelvofxds/str/fxStrArray.h"
+
+#include <cstring>
+#include <new>
+
+#include "kelvofxds/containers/fxArrayFamilyInternal.h"
+#include "kelvofxds/core/fxTypeObj.h"
+#include "kelvofxds/transcribe/fxTranscriber.h"
+
+FX_DEFINE_ARRAY(fxStrArray, fxStr)
+FX_DEFINE_ARRAY_TYPE(fxStrArray, fxStr)
+
+namespace {
+const unsigned int strSize = sizeof(fxStr);
+
+// How many bytes of strings are made on the mere word of a stream.
+const unsigned int firstStep = 1U << 20;
+
+// Makes a copy of the string at `from` in the raw memory at `to`, which may be
+// the same place: then the string there becomes its own copy.
+void copyStr(const char* from, char* to) {
+    alignas(fxStr) char copy[strSize];
+    new (copy) fxStr(*reinterpret_cast<const fxStr*>(from));
+    std::memcpy(to, copy, strSize);
+}
+}  // namespace
+
+void fxStrArray::createElements(void* at, unsigned int bytes) {
+    for (unsigned int offset = 0; bytes - offset >= strSize; offset += elemSize)
+        new (static_cast<char*>(at) + offset) fxStr(0u);
+}
+
+void fxStrArray::destroyElements(void* at, unsigned int bytes) {
+    for (unsigned int offset = 0; bytes - offset >= strSize; offset += elemSize)
+        reinterpret_cast<fxStr*>(static_cast<char*>(at) + offset)->~fxStr();
+}
+
+void fxStrArray::copyElements(const void* from, void* to, unsigned int bytes) const {
+    const char* source = static_cast<const char*>(from);
+    char* target = static_cast<char*>(to);
+    if (source >= target) {
+        for (unsigned int offset = 0; offset < bytes; offset += strSize)
+            copyStr(source + offset, target + offset);
+    } else {
+        for (unsigned int offset = bytes; offset >= strSize; offset -= strSize)
+            copyStr(source + offset - strSize, target + offset - strSize);
+    }
+}
+
+int fxStrArray::compareElements(const void* a, const void* b) const {
+    return compare(*static_cast<const fxStr*>(a), *static_cast<const fxStr*>(b));
+}
+
+unsigned char fxStrArray::xdr(fxTranscriber& t) {
+    if (!t.xdr(&len, 1) || !t.xdr(&elemSize, 1))
+        return 0;
+    if (t.isReading())
+        return readStrings(t);
+    for (unsigned int i = 0; i < length(); ++i) {
+        if (!(*this)[i].xdr(t))
+            return 0;
+    }
+    return 1;
+}
+
+// Reads as many strings as the length says. The reader notes where each of
+// them is, so the block is allocated at once and never moves; but it is only
+// used as far as strings have arrived.
+bool fxStrArray::readStrings(fxTranscriber& t) {
+    const unsigned int claimed = len;
+    data = nullptr;
+    maxLen = len = 0;
+    if (elemSize != strSize || claimed % strSize != 0) {
+        elemSize = strSize;
+        return false;
+    }
+    maxLen = claimed;
+    getmem();
+    if (!data && claimed != 0) {
+        maxLen = 0;
+        return false;
+    }
+    // `len` covers the strings made so far, so that they can be destroyed.
+    for (unsigned int offset = 0; offset < claimed; offset += strSize) {
+        if (offset == len) {
+            const unsigned int step = claimed - len < firstStep ? claimed - len : firstStep;
+            createElements(byteAt(len), step);
+            len += step;
+        }
+        if (!reinterpret_cast<fxStr*>(byteAt(offset))->xdr(t))
+            return false;
+    }
+    return true;
+}

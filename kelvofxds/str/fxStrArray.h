@@ -1,0 +1,39 @@
+// fxStrArray.h - an array of strings.
+#pragma once
+
+#include "kelvofxds/containers/fxArrayFamily.h"
+#include "kelvofxds/str/fxStr.h"
+
+/// Owned strings, back to back. Elements are made, copied and ended as fxStr
+/// objects; find and qsort compare by strcmp. cut moves its strings out of the
+/// array, the other sub-arrays copy them.
+///
+/// Unlike the arrays of numbers it is sorted by true exchanges, and xdr
+/// transcribes exactly its length, never the spare capacity. It is "ARRAY" in
+/// streams, and its record is the one that answers to that name.
+class FX_EXPORT fxStrArray : public fxArray {
+    FX_ARRAY_MEMBERS(fxStrArray, fxStr)
+    FX_ARRAY_TYPE_MEMBERS(fxStrArray)
+    void createElements(void* at, unsigned int bytes) override;
+    void destroyElements(void* at, unsigned int bytes) override;
+    void copyElements(const void* from, void* to, unsigned int bytes) const override;
+    int compareElements(const void* a, const void* b) const override;
+
+    using fxArray::append;
+    using fxArray::find;
+    using fxArray::insert;
+
+    // The same operations on a typed element.
+
+    void append(const fxStr& s) { append(static_cast<const void*>(&s)); }
+    void insert(const fxStr& s, unsigned int index) { insert(static_cast<const void*>(&s), index); }
+    unsigned int find(const fxStr& s, unsigned int start = 0) const {
+        return find(static_cast<const void*>(&s), start);
+    }
+
+private:
+    bool readStrings(fxTranscriber& t);
+};
+
+/// The record of fxStrArray, "ARRAY", version 1; the last of that name.
+extern FX_EXPORT fxTypeObj fxStrArray_type;
