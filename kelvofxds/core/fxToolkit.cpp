@@ -6,7 +6,14 @@
 #include "kelvofxds/core/fxOrderedGlobal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/core/fxXDRObj.h"
+#include "kelvofxds/objects/fxEvent.h"
+#include "kelvofxds/objects/fxEventHandler.h"
+#include "kelvofxds/objects/fxExec.h"
+#include "kelvofxds/objects/fxSequencer.h"
 #include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/values/fxConverter.h"
+#include "kelvofxds/values/fxData.h"
+#include "kelvofxds/values/fxProperty.h"
 
 // Constant-initialised: other files register before this file's initialisers
 // would run.
@@ -107,7 +114,34 @@ fxTypeObj fxXDRObj_type("fxXDRObj", 1, fxXDRObj::newInstance, fxXDRObj::deleteIn
                         fxXDRObj::xdr);
 fxTypeObj fxStr_type("fxStr", 1, fxStr::newInstance, fxStr::deleteInstance, fxStr::xdr);
 
+namespace {
+void drawDataTypes() {
+    fx_nextDataType = new fxSequencer;
+    unsigned short* const codes[] = {&fxDT_void,    &fxDT_fxBool, &fxDT_int,     &fxDT_long,
+                                     &fxDT_float,   &fxDT_double, &fxDT_CharPtr, &fxDT_fxStr,
+                                     &fxDT_VoidPtr, &fxDT_ObjPtr, &fxDT_DataPtr, &fxDT_fxStrArray};
+    for (unsigned short* code : codes)
+        *code = static_cast<unsigned short>((*fx_nextDataType)());
+}
+
+void drawEventTypes() {
+    fx_nextEventType = new fxSequencer;
+    fxET_Unknown = (*fx_nextEventType)();
+    fxET_MessageEvent = (*fx_nextEventType)();
+}
+}  // namespace
+
 static void fxOG_Init_cons() {
+    fxProperty::constructPropertyNames();
+    if (!fx_nextDataType)
+        drawDataTypes();
+    fxConverter::createStandardConverters();
+    if (!fx_theExecutive)
+        fx_theExecutive = new fxExec;
+    if (!fx_theEventHandler)
+        fx_theEventHandler = new fxEventHandler;
+    if (!fx_nextEventType)
+        drawEventTypes();
     if (!fx_theDebugger)
         fx_theDebugger = new fxDebug(1);
 }

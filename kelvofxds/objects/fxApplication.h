@@ -1,0 +1,28 @@
+// fxApplication.h - what keeps the dispatch loop running.
+#pragma once
+
+#include "kelvofxds/objects/fxObj.h"
+
+/// An application of the executive, whose loop runs while any is registered.
+///
+/// Construction registers it and close() takes it out again.
+/// Deliberate: the destructor takes it out only while it is open; close an
+/// application that was never opened before deleting it, since it stays
+/// registered otherwise.
+class FX_EXPORT fxApplication : public fxObj {
+public:
+    fxApplication();
+    ~fxApplication() override;
+
+    virtual void initialize(int argc, char** argv) = 0;
+    virtual void open();   ///< Marks it open.
+    virtual void close();  ///< Takes it out of the executive and marks it closed.
+
+    bool isOpen() const { return opened; }
+
+private:
+    friend class fxExec;
+    friend struct fxApplicationLayout;  // tests/objects/fxApplication_test.cpp
+
+    unsigned char opened;
+};

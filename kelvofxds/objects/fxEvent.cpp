@@ -1,0 +1,23 @@
+#include "kelvofxds/objects/fxEvent.h"
+
+#include "kelvofxds/objects/fxEventHandler.h"
+
+unsigned long fxET_Unknown = 0;
+unsigned long fxET_MessageEvent = 0;
+
+unsigned long fxEvent::nextSequenceNumber = 0;
+
+fxEvent::fxEvent(unsigned long typeCode)
+    : next(nullptr), prev(nullptr), type(typeCode), sequence(++nextSequenceNumber) {}
+
+fxEvent::fxEvent(const fxEvent& other)
+    : fxObj(other), next(nullptr), prev(nullptr), type(other.type), sequence(other.sequence) {}
+
+fxEvent::~fxEvent() { fxEventHandler::eventIsGoing(this); }
+
+void fxEvent::dump(std::FILE* out) {
+    std::fprintf(out, "Event: seq=%d type=%d\n", static_cast<int>(sequence),
+                 static_cast<int>(type));
+}
+
+fxInputChannel* fxEvent::getChannel() { return nullptr; }

@@ -1,0 +1,72 @@
+#include "kelvofxds/objects/fxInputChannel.h"
+
+#include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/objects/fxEventHandler.h"
+#include "kelvofxds/objects/fxOutputChannel.h"
+#include "kelvofxds/values/fxConverter.h"
+
+namespace {
+const char brokenLinks[] = "ic/oc connections busted";
+}  // namespace
+
+fxInputChannel::fxInputChannel(unsigned short type, void* receiver, void (*receive)(),
+                               unsigned char latestOnly)
+    : target(receiver),
+      function(receive),
+      flags((latestOnly & latestOnlyFlag) | static_cast<unsigned int>(type) << typeShift),
+      pending(nullptr),
+      count(0),
+      sources(nullptr) {}
+
+fxInputChannel::~fxInputChannel() {
+    delete sources;
+    if (isLink())
+        static_cast<fxInputChannel*>(target)->dec();
+}
+
+void fxInputChannel::flush() {
+    if (fx_theEventHandler)
+        fx_theEventHandler->removeMessageEvents(this);
+    pending = nullptr;
+}
+
+void fxInputChannel::disconnect() {
+    ++count;  // the last connection may hold the last reference
+    while (const unsigned int n = sources ? sources->length() : 0) {
+        static_cast<fxOutputChannel*>((*sources)[0])->remove(this);
+        if (sources->length() == n)
+            fxFatal(brokenLinks);
+    }
+    dec();
+}
+
+void fxInputChannel::add(fxOutputChannel* out) {
+    if (!sources)
+        sources = new fxVoidPtrArray;
+    sources->append(&out);
+}
+
+void fxInputChannel::remove(fxOutputChannel* out) {
+    if (!sources)
+        return;
+    const unsigned int i = sources->find(&out);
+    if (i >= sources->length())
+        fxFatal(brokenLinks);
+    sources->remove(i, 1);
+}
+
+void fxInputChannel::dec() {
+    if (--count != 0)
+        return;
+    if (isLink())
+        delete static_cast<fxConverter*>(this);
+    else
+        delete this;
+}
+
+fxInputChannel* fxInputChannel::finalChannel() {
+    fxInputChannel* channel = this;
+    while (channel->isLink())
+        channel = static_cast<fxInputChannel*>(channel->target);
+    return channel;
+}

@@ -1,0 +1,36 @@
+#include "kelvofxds/objects/fxMessageEvent.h"
+
+#include "kelvofxds/core/fxFreeListInternal.h"
+#include "kelvofxds/objects/fxInputChannel.h"
+#include "kelvofxds/values/fxData.h"
+
+namespace {
+fxFreeList<sizeof(fxMessageEvent)> freeEvents;
+}  // namespace
+
+void* fxMessageEvent::operator new(std::size_t size) { return freeEvents.allocate(size); }
+
+void fxMessageEvent::operator delete(void* event, std::size_t size) {
+    freeEvents.release(event, size);
+}
+
+fxMessageEvent::fxMessageEvent(fxInputChannel* in, fxData* holder)
+    : fxEvent(fxET_MessageEvent), channel(in), data(holder) {
+    ++channel->count;
+    ++data->count;
+}
+
+fxMessageEvent::~fxMessageEvent() {
+    channel->dec();
+    if (--data->count == 0)
+        delete data;
+}
+
+void fxMessageEvent::deliver() {
+    channel->pending = nullptr;
+    data->deliverTo(channel->function, channel->target);
+}
+
+void fxMessageEvent::dump(std::FILE* out) { fxEvent::dump(out); }
+
+fxInputChannel* fxMessageEvent::getChannel() { return channel; }

@@ -1,0 +1,33 @@
+// fxMessageEvent.h - a value on its way to one input.
+#pragma once
+
+#include <cstddef>
+
+#include "kelvofxds/objects/fxEvent.h"
+
+class fxData;
+
+/// Carries a value holder to a channel; holds a reference on both.
+class FX_EXPORT fxMessageEvent : public fxEvent {
+public:
+    fxMessageEvent(fxInputChannel* channel, fxData* data);
+    fxMessageEvent(const fxMessageEvent&) = delete;
+    fxMessageEvent& operator=(const fxMessageEvent&) = delete;
+    ~fxMessageEvent() override;
+
+    /// Hands the value to the channel's function, which may delete the
+    /// channel's owner or send again.
+    void deliver() override;
+    void dump(std::FILE* out) override;
+    fxInputChannel* getChannel() override;
+
+    /// Memory of events is kept for the next one.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* event, std::size_t size);
+
+private:
+    friend struct fxEventLayout;  // tests/objects/fxEvent_test.cpp
+
+    fxInputChannel* channel;  // the connection, a reference
+    fxData* data;             // a reference
+};

@@ -1,0 +1,162 @@
+// fxObjChannels.cpp - an object's inputs and outputs, and sending on them.
+
+#include <cstring>
+
+#include "kelvofxds/containers/fxVoidPtrDict.h"
+#include "kelvofxds/objects/fxEventHandler.h"
+#include "kelvofxds/objects/fxInputChannel.h"
+#include "kelvofxds/objects/fxObj.h"
+#include "kelvofxds/objects/fxOutputChannel.h"
+#include "kelvofxds/values/fxData.h"
+#include "kelvofxds/values/fxProperty.h"
+
+namespace {
+const char inputs[] = "inputs";
+const char outputs[] = "outputs";
+
+fxVoidPtrDict* dictOf(const fxProperty* property) {
+    return property ? static_cast<fxVoidPtrDict*>(property->getAsVoidPtr()) : nullptr;
+}
+
+// The channels that the property called `name` holds; null if there is none.
+fxVoidPtrDict* channelsOf(const fxObj& object, const char* name) {
+    return dictOf(object.findProperty(name));
+}
+
+// The same, but the property is made if it is missing.
+fxVoidPtrDict& ownChannelsOf(fxObj& object, const char* name, void (*destroy)(void*)) {
+    if (fxVoidPtrDict* dict = channelsOf(object, name))
+        return *dict;
+    unsigned short tag = fxProperty::findTag(name);
+    if (tag == fxProperty::noTag)
+        tag = fxProperty::allocNewTag(name);
+    auto* dict = new fxVoidPtrDict;
+    object.setProperty(new fxProperty(tag, static_cast<void*>(dict), destroy));
+    return *dict;
+}
+
+// The channel called `name`, or null.
+template <class Channel>
+Channel* channelIn(const fxVoidPtrDict* dict, const char* name) {
+    void** found = dict ? dict->find(name) : nullptr;
+    return found ? static_cast<Channel*>(*found) : nullptr;
+}
+}  // namespace
+
+fxInputChannel* fxObj::addInput(const char* name, unsigned short type, void* target,
+                                void (*function)(), unsigned char latestOnly) {
+    auto* channel = new fxInputChannel(type, target, function, latestOnly);
+    channel->count = 1;
+    void*& entry = ownChannelsOf(*this, inputs, dt_input_dict).findCreate(name);
+    auto* old = static_cast<fxInputChannel*>(entry);
+    entry = channel;
+    if (old)
+        old->dec();
+    return channel;
+}
+
+fxOutputChannel* fxObj::addOutput(const char* name, unsigned short type) {
+    auto* channel = new fxOutputChannel(type);
+    void*& entry = ownChannelsOf(*this, outputs, dt_output_dict).findCreate(name);
+    auto* old = static_cast<fxOutputChannel*>(entry);
+    entry = channel;
+    delete old;
+    return channel;
+}
+
+void fxObj::connect(const char* outputName, fxObj* dst, const char* inputName) {
+    if (!dst)
+        return;
+    auto* out = channelIn<fxOutputChannel>(channelsOf(*this, outputs), outputName);
+    auto* in = channelIn<fxInputChannel>(channelsOf(*dst, inputs), inputName);
+    if (out && in && !out->isConnectedTo(in))
+        out->add(in);
+}
+
+void fxObj::disconnect(const char* outputName, fxObj* dst, const char* inputName) {
+    if (!dst)
+        return;
+    auto* out = channelIn<fxOutputChannel>(channelsOf(*this, outputs), outputName);
+    auto* in = channelIn<fxInputChannel>(channelsOf(*dst, inputs), inputName);
+    if (out && in)
+        out->remove(in);
+}
+
+void fxObj::removeInput(const char* name) {
+    fxVoidPtrDict* dict = channelsOf(*this, inputs);
+    auto* channel = channelIn<fxInputChannel>(dict, name);
+    if (!channel)
+        return;
+    channel->flush();
+    channel->disconnect();
+    dict->remove(name);
+    channel->dec();
+}
+
+void fxObj::removeOutput(const char* name) {
+    fxVoidPtrDict* dict = channelsOf(*this, outputs);
+    auto* channel = channelIn<fxOutputChannel>(dict, name);
+    if (!channel)
+        return;
+    dict->remove(name);
+    delete channel;
+}
+
+void dt_input_dict(void* dict) {
+    auto* channels = static_cast<fxVoidPtrDict*>(dict);
+    for (fxVoidPtrDictIter iter(channels); iter.getValue(); ++iter) {
+        auto* channel = static_cast<fxInputChannel*>(*iter.value());
+        if (!channel)
+            continue;
+        channel->flush();
+        channel->disconnect();
+        *iter.value() = nullptr;
+        channel->dec();
+    }
+    delete channels;
+}
+
+void dt_output_dict(void* dict) {
+    auto* channels = static_cast<fxVoidPtrDict*>(dict);
+    for (fxVoidPtrDictIter iter(channels); iter.getValue(); ++iter) {
+        auto* channel = static_cast<fxOutputChannel*>(*iter.value());
+        *iter.value() = nullptr;
+        delete channel;
+    }
+    delete channels;
+}
+
+// Sending.
+
+void fxObj::sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags) {
+    if (fx_theEventHandler)
+        fx_theEventHandler->postMessage(out, data, flags);
+}
+
+void fxObj::sendVoid(fxOutputChannel* out, fxSendFlags flags) {
+    sendData(out, new fxVoidData, flags);
+}
+
+void fxObj::sendBool(fxOutputChannel* out, unsigned char value, fxSendFlags flags) {
+    sendData(out, new fxBoolData(value), flags);
+}
+
+void fxObj::sendInt(fxOutputChannel* out, int value, fxSendFlags flags) {
+    sendData(out, new fxIntData(value), flags);
+}
+
+void fxObj::sendLong(fxOutputChannel* out, long value, fxSendFlags flags) {
+    sendData(out, new fxLongData(value), flags);
+}
+
+void fxObj::sendFloat(fxOutputChannel* out, float value, fxSendFlags flags) {
+    sendData(out, new fxFloatData(value), flags);
+}
+
+void fxObj::sendDouble(fxOutputChannel* out, double value, fxSendFlags flags) {
+    sendData(out, new fxDoubleData(value), flags);
+}
+
+void fxObj::sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flags) {
+    sendData(out, new fxCharPtrData(::strdup(text ? text : "")), flags);
+}

@@ -1,0 +1,105 @@
+#include "kelvofxds/objects/fxOutputChannel.h"
+
+#include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/objects/fxInputChannel.h"
+#include "kelvofxds/objects/fxSendWalkInternal.h"
+#include "kelvofxds/values/fxConverter.h"
+#include "kelvofxds/values/fxData.h"
+
+// Walks in progress.
+
+fxSendWalk* fxSendWalk::innermost = nullptr;
+
+fxSendWalk::fxSendWalk(fxOutputChannel* out)
+    : output(out), index(0), end(out->getNumberOfConnections()), current(false), outer(innermost) {
+    innermost = this;
+}
+
+fxInputChannel* fxSendWalk::next() {
+    current = index < end;
+    return current ? (*output)[index++] : nullptr;
+}
+
+void fxSendWalk::removed(const fxOutputChannel* out, unsigned int gone) {
+    for (fxSendWalk* walk = innermost; walk; walk = walk->outer) {
+        if (walk->output != out)
+            continue;
+        if (gone + 1 == walk->index)
+            walk->current = false;
+        if (gone < walk->index)
+            --walk->index;
+        if (gone < walk->end)
+            --walk->end;
+    }
+}
+
+void fxSendWalk::destroyed(const fxOutputChannel* out) {
+    for (fxSendWalk* walk = innermost; walk; walk = walk->outer) {
+        if (walk->output != out)
+            continue;
+        walk->index = walk->end;
+        walk->current = false;
+    }
+}
+
+// The channel.
+
+fxOutputChannel::fxOutputChannel(unsigned short typeCode) : type(typeCode), connections(nullptr) {}
+
+fxOutputChannel::~fxOutputChannel() {
+    fxSendWalk::destroyed(this);
+    const unsigned int n = getNumberOfConnections();
+    for (unsigned int i = 0; i < n; ++i) {
+        fxInputChannel* element = (*this)[i];
+        element->finalChannel()->remove(this);
+        element->dec();
+    }
+    delete connections;
+}
+
+void fxOutputChannel::add(fxInputChannel* in) {
+    in->add(this);
+    fxInputChannel* element = in;
+    if (type != in->getType() && in->getType() != fxDT_void) {
+        fxConverter* link = fxConverter::findConverter(type, in->getType());
+        if (!link)
+            fxFatal("Can't convert from %d to %d", type, in->getType());
+        fxConverter::splice(link, in);
+        element = link;
+    }
+    ++element->count;
+    if (!connections)
+        connections = new fxVoidPtrArray;
+    connections->append(&element);
+}
+
+int fxOutputChannel::find(fxInputChannel* in) {
+    const unsigned int n = getNumberOfConnections();
+    for (unsigned int i = 0; i < n; ++i) {
+        if ((*this)[i]->finalChannel() == in)
+            return static_cast<int>(i);
+    }
+    return -1;
+}
+
+bool fxOutputChannel::isConnectedTo(fxInputChannel* in) { return find(in) != -1; }
+
+void fxOutputChannel::remove(fxInputChannel* in) {
+    const int found = find(in);
+    if (found < 0)
+        return;
+    const unsigned int i = static_cast<unsigned int>(found);
+    fxInputChannel* element = (*this)[i];
+    in->remove(this);
+    element->dec();
+    connections->remove(i, 1);
+    fxSendWalk::removed(this, i);
+}
+
+fxInputChannel* fxOutputChannel::operator[](unsigned int index) {
+    return static_cast<fxInputChannel*>((*connections)[index]);
+}
+
+unsigned int fxOutputChannel::getNumberOfConnections() {
+    return connections ? connections->getLen() / static_cast<unsigned int>(sizeof(void*)) : 0;
+}

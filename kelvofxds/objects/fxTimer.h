@@ -1,0 +1,54 @@
+// fxTimer.h - a tick after an interval, once or again and again.
+#pragma once
+
+#include "kelvofxds/objects/fxObj.h"
+
+class fxOutputChannel;
+
+/// Sends on its output "tick" (no value) when its interval is over.
+///
+/// The dispatch loop serves the active timers, as long as there is a select
+/// handler. They form a list in which each delta counts from the expiry of the
+/// timer before, so starting one is linear in the number of active timers. A
+/// timer may be deleted at any time, also by a tick.
+class FX_EXPORT fxTimer : public fxObj {
+public:
+    /// Inactive, with interval 0; with `repeat`, a tick starts it anew.
+    explicit fxTimer(unsigned char repeat);
+    ~fxTimer() override;
+
+    /// Called when the interval is over; here it sends on "tick", queued.
+    virtual void tick();
+
+    /// Waits a full interval from now, also if it is active.
+    void startTimer();
+    /// Does nothing to a timer that is not active.
+    void stopTimer();
+
+    /// Ticks every timer that is due `elapsed` seconds after the last service.
+    /// Deliberate: repeating timers start anew only after all ticks, from that
+    /// time; lateness is not made up for.
+    static void alarm(float elapsed);
+
+    /// In seconds; applies from the next start.
+    void setInterval(float seconds) { interval = seconds; }
+    float getInterval() const { return interval; }
+    bool isActive() const { return active; }
+
+    static fxTimer* activeTimers;  ///< The timer that is due first, or null.
+
+private:
+    friend class fxExec;
+    friend struct fxTimerLayout;  // tests/objects/fxTimer_test.cpp
+    struct Alarm;
+
+    void addToActiveList();
+    void removeFromActiveList();
+
+    float interval;            // seconds
+    float delta;               // seconds from the expiry of the timer before
+    unsigned char active;      // 1 while in the active list
+    unsigned char repeat;      // as constructed
+    fxOutputChannel* tickOut;  // the output "tick"
+    fxTimer* next;             // in the active list
+};

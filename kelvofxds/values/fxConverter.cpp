@@ -1,0 +1,32 @@
+#include "kelvofxds/values/fxConverter.h"
+
+namespace {
+// Constant-initialised: hosts may register conversions before start-up.
+fxConverter* fx_theConverters = nullptr;
+}  // namespace
+
+fxConverter::fxConverter(unsigned short from, unsigned short to, void (*routine)())
+    : fxInputChannel(from, nullptr, routine, 0), targetType(to), next(fx_theConverters) {
+    fx_theConverters = this;
+}
+
+fxConverter::fxConverter(const fxConverter& entry, Link)
+    : fxInputChannel(entry.getType(), nullptr, entry.function, 0),
+      targetType(entry.targetType),
+      next(nullptr) {
+    flags |= linkFlag;
+}
+
+fxConverter* fxConverter::findConverter(unsigned short from, unsigned short to) {
+    for (const fxConverter* entry = fx_theConverters; entry; entry = entry->next) {
+        if (entry->getType() == from && entry->targetType == to)
+            return new fxConverter(*entry, Link());
+    }
+    return nullptr;
+}
+
+void fxConverter::splice(fxInputChannel* link, fxInputChannel* in) {
+    link->target = in;
+    link->flags = (link->flags & ~latestOnlyFlag) | (in->flags & latestOnlyFlag);
+    ++in->count;
+}

@@ -1,0 +1,176 @@
+#include "kelvofxds/values/fxProperty.h"
+
+#include <cstdlib>
+
+#include "kelvofxds/objects/fxObj.h"
+#include "kelvofxds/str/fxStrArray.h"
+#include "kelvofxds/values/fxData.h"
+
+fxStrArray* fx_propertyNames = nullptr;
+
+namespace {
+unsigned short nextTag = 0;
+
+const unsigned int spareNames = 50;
+
+// Makes `held` a reference to `v` in place of the one it was.
+template <class Counted>
+void hold(Counted*& held, Counted* v) {
+    if (held == v)
+        return;
+    if (v)
+        ++v->count;
+    Counted* old = held;
+    held = v;
+    if (old && --old->count == 0)
+        delete old;
+}
+}  // namespace
+
+// Tags.
+
+void fxProperty::constructPropertyNames() {
+    if (!fx_propertyNames)
+        fx_propertyNames = new fxStrArray;
+}
+
+void fxProperty::destroyPropertyNames() {
+    delete fx_propertyNames;
+    fx_propertyNames = nullptr;
+}
+
+unsigned short fxProperty::allocNewTag(const char* name) {
+    if (nextTag == noTag)
+        return noTag;
+    constructPropertyNames();
+    const unsigned short newTag = nextTag++;
+    const unsigned int n = fx_propertyNames->length();
+    if (newTag >= n) {
+        fx_propertyNames->setMaxLength(n + spareNames);
+        fx_propertyNames->resize(newTag + 1U);
+    }
+    (*fx_propertyNames)[newTag] = name;
+    return newTag;
+}
+
+unsigned short fxProperty::findTag(const char* name) {
+    const unsigned int n = fx_propertyNames ? fx_propertyNames->length() : 0;
+    for (unsigned int i = 0; i < n; ++i) {
+        if ((*fx_propertyNames)[i] == name)
+            return static_cast<unsigned short>(i);
+    }
+    return noTag;
+}
+
+// Construction.
+
+fxProperty::fxProperty(unsigned short t, unsigned char v)
+    : tag(t), type(fxDT_fxBool), value(), extra() {
+    value.asBool = v;
+}
+
+fxProperty::fxProperty(unsigned short t, long v) : tag(t), type(fxDT_long), value(), extra() {
+    value.asLong = v;
+}
+
+fxProperty::fxProperty(unsigned short t, double v) : tag(t), type(fxDT_double), value(), extra() {
+    value.asDouble = v;
+}
+
+fxProperty::fxProperty(unsigned short t, const char* text, unsigned char isOwned)
+    : tag(t), type(fxDT_CharPtr), value(), extra() {
+    value.asCharPtr = const_cast<char*>(text);
+    extra.owned = isOwned;
+}
+
+fxProperty::fxProperty(unsigned short t, const fxStr& v)
+    : tag(t), type(fxDT_fxStr), value(), extra() {
+    value.asStr = new fxStr(v);
+}
+
+fxProperty::fxProperty(unsigned short t, void* v, void (*destroyValue)(void*))
+    : tag(t), type(fxDT_VoidPtr), value(), extra() {
+    value.asVoidPtr = v;
+    extra.destroy = destroyValue;
+}
+
+fxProperty::fxProperty(unsigned short t, fxObj* v) : tag(t), type(fxDT_ObjPtr), value(), extra() {
+    value.asObjPtr = nullptr;
+    hold(value.asObjPtr, v);
+}
+
+fxProperty::fxProperty(unsigned short t, fxData* v) : tag(t), type(fxDT_DataPtr), value(), extra() {
+    value.asData = nullptr;
+    hold(value.asData, v);
+}
+
+fxProperty::~fxProperty() { cleanup(); }
+
+void fxProperty::cleanup() {
+    if (type == fxDT_CharPtr) {
+        setAsCharPtr(nullptr, 0);
+    } else if (type == fxDT_VoidPtr) {
+        setAsVoidPtr(nullptr, nullptr);
+    } else if (type == fxDT_ObjPtr) {
+        setAsObjPtr(nullptr);
+    } else if (type == fxDT_DataPtr) {
+        setAsData(nullptr);
+    } else if (type == fxDT_fxStr) {
+        delete value.asStr;
+        value.asStr = nullptr;
+    }
+}
+
+// Access.
+
+unsigned short fxProperty::getType() const {
+    return type == fxDT_DataPtr && value.asData ? value.asData->getType() : type;
+}
+
+unsigned char fxProperty::getAsBool() const { return value.asBool; }
+
+long fxProperty::getAsLong() const { return value.asLong; }
+
+double fxProperty::getAsDouble() const { return value.asDouble; }
+
+char* fxProperty::getAsCharPtr() const { return value.asCharPtr; }
+
+fxStr* fxProperty::getAsStr() const { return value.asStr; }
+
+void* fxProperty::getAsVoidPtr() const { return value.asVoidPtr; }
+
+fxObj* fxProperty::getAsObjPtr() const { return value.asObjPtr; }
+
+fxData* fxProperty::getAsData() const { return value.asData; }
+
+void fxProperty::setAsBool(unsigned char v) { value.asBool = v; }
+
+void fxProperty::setAsLong(long v) { value.asLong = v; }
+
+void fxProperty::setAsDouble(double v) { value.asDouble = v; }
+
+void fxProperty::setAsCharPtr(const char* text, unsigned char isOwned) {
+    char* old = extra.owned ? value.asCharPtr : nullptr;
+    value.asCharPtr = const_cast<char*>(text);
+    extra.owned = isOwned;
+    if (old != text)
+        std::free(old);
+}
+
+void fxProperty::setAsStr(const fxStr& v) { *value.asStr = v; }
+
+void fxProperty::setAsVoidPtr(void* v, void (*destroyValue)(void*)) {
+    void (*const oldDestroy)(void*) = extra.destroy;
+    void* const old = value.asVoidPtr;
+    // The old function runs first, but must find a property that is whole when
+    // it comes back to it.
+    extra.destroy = nullptr;
+    if (oldDestroy)
+        oldDestroy(old);
+    value.asVoidPtr = v;
+    extra.destroy = destroyValue;
+}
+
+void fxProperty::setAsObjPtr(fxObj* v) { hold(value.asObjPtr, v); }
+
+void fxProperty::setAsData(fxData* v) { hold(value.asData, v); }
