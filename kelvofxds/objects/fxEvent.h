@@ -37,6 +37,7 @@ public:
 
 protected:
     friend class fxEventQueue;
+    friend class fxMessagePool;
     friend class fxQueueWalk;
     friend struct fxEventLayout;  // tests/objects/fxEvent_test.cpp
 

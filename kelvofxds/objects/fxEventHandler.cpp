@@ -1,11 +1,10 @@
 #include "kelvofxds/objects/fxEventHandler.h"
 
-#include "kelvofxds/objects/fxInputChannel.h"
-#include "kelvofxds/objects/fxMessageEvent.h"
-#include "kelvofxds/objects/fxOutputChannel.h"
-#include "kelvofxds/objects/fxQueueWalkInternal.h"
+#include <typeinfo>
+
+#include "kelvofxds/objects/fxEventQueueInternal.h"
+#include "kelvofxds/objects/fxMessagePoolInternal.h"
 #include "kelvofxds/objects/fxSendWalkInternal.h"
-#include "kelvofxds/values/fxData.h"
 
 fxEventHandler* fx_theEventHandler = nullptr;
 
@@ -17,15 +16,34 @@ void fxEventHandler::postEvent(fxEvent* e, unsigned char atFront) {
     if (queue.isLinked(e))
         return;
     if (atFront)
-        queue.insert(e);
+        queue.linkFirst(e);
     else
-        queue.append(e);
+        queue.linkLast(e);
 }
 
 // Messages.
 
+fxMessageEvent* fxMessagePool::first = nullptr;
+unsigned int fxMessagePool::length = 0;
+
+void fxMessagePool::put(fxEvent* event) {
+    if (length == limit() || typeid(*event) != typeid(fxMessageEvent) ||
+        event->getNumberOfProperties() != 0) {
+        delete event;
+        return;
+    }
+    auto* e = static_cast<fxMessageEvent*>(event);
+    e->channel->dec();
+    if (--e->data->count == 0)
+        delete e->data;
+    e->count = 0;
+    e->next = first;
+    first = e;
+    ++length;
+}
+
 void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSendFlags flags) {
-    if (out->getNumberOfConnections() == 0) {
+    if (fxSendWalk::countOf(out) == 0) {
         delete data;
         return;
     }
@@ -42,8 +60,11 @@ void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSe
             if (flags == fxObj::fxSendNow) {
                 data->deliverTo(connection->function, connection->target);
             } else if (flags == fxObj::fxSendQueued || flags == fxObj::fxSendUrgent) {
-                auto* message = new fxMessageEvent(connection, data);
-                postEvent(message, flags == fxObj::fxSendUrgent);
+                fxMessageEvent* message = fxMessagePool::take(connection, data);
+                if (flags == fxObj::fxSendUrgent)
+                    queue.linkFirst(message);
+                else
+                    queue.linkLast(message);
                 if (connection->isLatestOnly())
                     connection->pending = message;
             }
@@ -65,11 +86,12 @@ void fxEventHandler::dropPending(fxInputChannel* connection, fxData* data) {
 
 void fxEventHandler::distributeEvents() {
     for (unsigned int n = queue.getCount(); n != 0; --n) {
-        fxEvent* e = queue.get();
+        fxEvent* e = queue.head;
         if (!e)
             break;
+        queue.unlink(e);
         e->deliver();
-        delete e;
+        fxMessagePool::put(e);
     }
 }
 

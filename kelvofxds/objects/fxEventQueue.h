@@ -32,7 +32,10 @@ private:
     friend class fxEventHandler;
     friend struct fxEventQueueLayout;  // tests/objects/fxEventQueue_test.cpp
 
+    // Inline in fxEventQueueInternal.h.
     bool isLinked(const fxEvent* e) const;
+    void linkLast(fxEvent* e);
+    void linkFirst(fxEvent* e);
     void unlink(fxEvent* e);
 
     fxEvent* head;  // next to be delivered

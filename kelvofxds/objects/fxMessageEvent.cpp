@@ -1,18 +1,7 @@
 #include "kelvofxds/objects/fxMessageEvent.h"
 
-#include "kelvofxds/core/fxFreeListInternal.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/values/fxData.h"
-
-namespace {
-fxFreeList<sizeof(fxMessageEvent)> freeEvents;
-}  // namespace
-
-void* fxMessageEvent::operator new(std::size_t size) { return freeEvents.allocate(size); }
-
-void fxMessageEvent::operator delete(void* event, std::size_t size) {
-    freeEvents.release(event, size);
-}
 
 fxMessageEvent::fxMessageEvent(fxInputChannel* in, fxData* holder)
     : fxEvent(fxET_MessageEvent), channel(in), data(holder) {

@@ -1,8 +1,6 @@
 // fxMessageEvent.h - a value on its way to one input.
 #pragma once
 
-#include <cstddef>
-
 #include "kelvofxds/objects/fxEvent.h"
 
 class fxData;
@@ -21,11 +19,8 @@ public:
     void dump(std::FILE* out) override;
     fxInputChannel* getChannel() override;
 
-    /// Memory of events is kept for the next one.
-    static void* operator new(std::size_t size);
-    static void operator delete(void* event, std::size_t size);
-
 private:
+    friend class fxMessagePool;
     friend struct fxEventLayout;  // tests/objects/fxEvent_test.cpp
 
     fxInputChannel* channel;  // the connection, a reference

@@ -7,7 +7,7 @@
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
-#include "kelvofxds/values/fxData.h"
+#include "kelvofxds/values/fxDataInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
 namespace {
@@ -134,29 +134,29 @@ void fxObj::sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags) {
 }
 
 void fxObj::sendVoid(fxOutputChannel* out, fxSendFlags flags) {
-    sendData(out, new fxVoidData, flags);
+    sendData(out, fxNewVoidData(), flags);
 }
 
 void fxObj::sendBool(fxOutputChannel* out, unsigned char value, fxSendFlags flags) {
-    sendData(out, new fxBoolData(value), flags);
+    sendData(out, fxNewBoolData(value), flags);
 }
 
 void fxObj::sendInt(fxOutputChannel* out, int value, fxSendFlags flags) {
-    sendData(out, new fxIntData(value), flags);
+    sendData(out, fxNewIntData(value), flags);
 }
 
 void fxObj::sendLong(fxOutputChannel* out, long value, fxSendFlags flags) {
-    sendData(out, new fxLongData(value), flags);
+    sendData(out, fxNewLongData(value), flags);
 }
 
 void fxObj::sendFloat(fxOutputChannel* out, float value, fxSendFlags flags) {
-    sendData(out, new fxFloatData(value), flags);
+    sendData(out, fxNewFloatData(value), flags);
 }
 
 void fxObj::sendDouble(fxOutputChannel* out, double value, fxSendFlags flags) {
-    sendData(out, new fxDoubleData(value), flags);
+    sendData(out, fxNewDoubleData(value), flags);
 }
 
 void fxObj::sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flags) {
-    sendData(out, new fxCharPtrData(::strdup(text ? text : "")), flags);
+    sendData(out, fxNewCharPtrData(::strdup(text ? text : "")), flags);
 }

@@ -10,16 +10,6 @@
 
 fxSendWalk* fxSendWalk::innermost = nullptr;
 
-fxSendWalk::fxSendWalk(fxOutputChannel* out)
-    : output(out), index(0), end(out->getNumberOfConnections()), current(false), outer(innermost) {
-    innermost = this;
-}
-
-fxInputChannel* fxSendWalk::next() {
-    current = index < end;
-    return current ? (*output)[index++] : nullptr;
-}
-
 void fxSendWalk::removed(const fxOutputChannel* out, unsigned int gone) {
     for (fxSendWalk* walk = innermost; walk; walk = walk->outer) {
         if (walk->output != out)
@@ -100,6 +90,4 @@ fxInputChannel* fxOutputChannel::operator[](unsigned int index) {
     return static_cast<fxInputChannel*>((*connections)[index]);
 }
 
-unsigned int fxOutputChannel::getNumberOfConnections() {
-    return connections ? connections->getLen() / static_cast<unsigned int>(sizeof(void*)) : 0;
-}
+unsigned int fxOutputChannel::getNumberOfConnections() { return fxSendWalk::countOf(this); }

@@ -38,6 +38,7 @@ public:
     unsigned short getType() const { return type; }
 
 private:
+    friend class fxSendWalk;
     friend struct fxOutputChannelLayout;  // tests/objects/fxOutputChannel_test.cpp
 
     unsigned short type;          // data type code

@@ -1,21 +1,34 @@
 // fxSendWalkInternal.h - walking an output's connections while they change.
 #pragma once
 
-class fxInputChannel;
-class fxOutputChannel;
+#include "kelvofxds/objects/fxOutputChannel.h"
 
 /// Visits the connections that an output has when the walk begins, each once,
 /// although receivers may disconnect some of them or delete the output. The
 /// output tells the walks in progress what it removes; nothing is allocated.
 class fxSendWalk {
 public:
-    explicit fxSendWalk(fxOutputChannel* out);
+    explicit fxSendWalk(const fxOutputChannel* out)
+        : output(out), index(0), end(countOf(out)), current(false), outer(innermost) {
+        innermost = this;
+    }
     fxSendWalk(const fxSendWalk&) = delete;
     fxSendWalk& operator=(const fxSendWalk&) = delete;
     ~fxSendWalk() { innermost = outer; }
 
+    /// Number of connections of `out`.
+    static unsigned int countOf(const fxOutputChannel* out) {
+        const fxVoidPtrArray* connections = out->connections;
+        return connections ? connections->getLen() / static_cast<unsigned int>(sizeof(void*)) : 0;
+    }
+
     /// The next connection, or null at the end.
-    fxInputChannel* next();
+    fxInputChannel* next() {
+        current = index < end;
+        if (!current)
+            return nullptr;
+        return static_cast<fxInputChannel*>((*output->connections)[index++]);
+    }
 
     /// False once the connection that next() returned last has been removed.
     bool currentIsConnected() const { return current; }
@@ -28,7 +41,7 @@ public:
 private:
     static fxSendWalk* innermost;  // the walks in progress, newest first
 
-    fxOutputChannel* output;
+    const fxOutputChannel* output;
     unsigned int index;  // of the next connection
     unsigned int end;    // connections to visit lie below it
     bool current;        // the last one returned is still there

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "kelvofxds/core/fxFreeListInternal.h"
+#include "kelvofxds/values/fxDataInternal.h"
 
 unsigned short fxDT_void = 0;
 unsigned short fxDT_fxBool = 0;
@@ -87,3 +88,11 @@ void fxVoidData::deliverTo(void (*function)(), void* target) {
 void fxVoidData::getValue(unsigned short, void*) {}
 
 unsigned int fxVoidData::getSize() { return 0; }
+
+fxData* fxNewVoidData() { return new fxVoidData; }
+fxData* fxNewBoolData(unsigned char value) { return new fxBoolData(value); }
+fxData* fxNewIntData(int value) { return new fxIntData(value); }
+fxData* fxNewLongData(long value) { return new fxLongData(value); }
+fxData* fxNewFloatData(float value) { return new fxFloatData(value); }
+fxData* fxNewDoubleData(double value) { return new fxDoubleData(value); }
+fxData* fxNewCharPtrData(char* value) { return new fxCharPtrData(value); }

@@ -92,9 +92,10 @@ void CStr2CharPtr(fxInputChannel* in, fxStr value) { pass<char*>(in, &value[0U])
 void fxConverter::createStandardConverters() {
     const auto add = [](unsigned short from, unsigned short to, auto routine) {
         // The registry keeps it.
-        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+        // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks)
         new fxConverter(from, to, reinterpret_cast<void (*)()>(routine));
     };
+    // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
     add(fxDT_fxBool, fxDT_int, CBool2int);
     add(fxDT_fxBool, fxDT_float, CBool2float);
     add(fxDT_fxBool, fxDT_double, CBool2double);

@@ -1,7 +1,8 @@
-// fxQueueWalkInternal.h - walking the event queue while it changes.
+// fxEventQueueInternal.h - linking events, and walking the queue while it changes.
 #pragma once
 
 #include "kelvofxds/objects/fxEvent.h"
+#include "kelvofxds/objects/fxEventQueue.h"
 
 /// Visits the events from one of them to the tail, although deleting an event
 /// may remove others. The queue tells the walks in progress what it unlinks.
@@ -36,3 +37,45 @@ private:
     fxEvent* following;
     fxQueueWalk* outer;
 };
+
+// An event without neighbours is queued only as the single one.
+inline bool fxEventQueue::isLinked(const fxEvent* e) const {
+    return e->next || e->prev || e == head;
+}
+
+inline void fxEventQueue::linkLast(fxEvent* e) {
+    e->next = nullptr;
+    e->prev = tail;
+    if (tail)
+        tail->next = e;
+    else
+        head = e;
+    tail = e;
+    ++count;
+}
+
+inline void fxEventQueue::linkFirst(fxEvent* e) {
+    e->prev = nullptr;
+    e->next = head;
+    if (head)
+        head->prev = e;
+    else
+        tail = e;
+    head = e;
+    ++count;
+}
+
+inline void fxEventQueue::unlink(fxEvent* e) {
+    fxQueueWalk::unlinking(e, e->next);
+    if (e->prev)
+        e->prev->next = e->next;
+    else
+        head = e->next;
+    if (e->next)
+        e->next->prev = e->prev;
+    else
+        tail = e->prev;
+    e->next = nullptr;
+    e->prev = nullptr;
+    --count;
+}
