@@ -39,7 +39,7 @@
     void Class::deleteInstance(void* array) { delete static_cast<Class*>(array); } \
     fxTypeObj& Class::getTypeObj() const { return Class##_type; }                  \
     unsigned char Class::xdr(void* array, fxTranscriber& t) {                      \
-        return static_cast<Class*>(array)->Class::xdr(t);                          \
+        return static_cast<Class*>(array)->xdr(t);                                 \
     }                                                                              \
     fxTypeObj Class##_type("ARRAY", 1, Class::newInstance, Class::deleteInstance, Class::xdr);
 

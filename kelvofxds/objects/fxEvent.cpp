@@ -13,7 +13,10 @@ fxEvent::fxEvent(unsigned long typeCode)
 fxEvent::fxEvent(const fxEvent& other)
     : fxObj(other), next(nullptr), prev(nullptr), type(other.type), sequence(other.sequence) {}
 
-fxEvent::~fxEvent() { fxEventHandler::eventIsGoing(this); }
+fxEvent::~fxEvent() {
+    if (getNumberOfProperties() == 0)
+        fxEventHandler::eventIsGoing(this);
+}
 
 void fxEvent::dump(std::FILE* out) {
     std::fprintf(out, "Event: seq=%d type=%d\n", static_cast<int>(sequence),

@@ -52,11 +52,10 @@ void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSe
     {
         fxSendWalk walk(out);
         while (fxInputChannel* connection = walk.next()) {
-            if (connection->isLatestOnly() && connection->pending) {
+            while (walk.currentIsConnected() && connection->isLatestOnly() && connection->pending)
                 dropPending(connection, data);
-                if (!walk.currentIsConnected())
-                    continue;
-            }
+            if (!walk.currentIsConnected())
+                continue;
             if (flags == fxObj::fxSendNow) {
                 data->deliverTo(connection->function, connection->target);
             } else if (flags == fxObj::fxSendQueued || flags == fxObj::fxSendUrgent) {
@@ -80,7 +79,10 @@ void fxEventHandler::dropPending(fxInputChannel* connection, fxData* data) {
     fxMessageEvent* old = connection->pending;
     connection->pending = nullptr;
     ++data->count;
-    queue.remove(old);
+    if (queue.isLinked(old)) {
+        queue.unlink(old);
+        fxMessagePool::put(old);
+    }
     --data->count;
 }
 

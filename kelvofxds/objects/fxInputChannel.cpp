@@ -20,7 +20,7 @@ fxInputChannel::fxInputChannel(unsigned short type, void* receiver, void (*recei
 
 fxInputChannel::~fxInputChannel() {
     delete sources;
-    if (isLink())
+    if (isLink() && target)
         static_cast<fxInputChannel*>(target)->dec();
 }
 

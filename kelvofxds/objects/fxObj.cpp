@@ -16,6 +16,32 @@ fxProperty* propertyAt(const fxVoidPtrArray& properties, unsigned int i) {
 }
 }  // namespace
 
+// An object whose properties are being removed. What they call back may delete
+// it, which it then says here.
+namespace {
+struct Removal {
+    explicit Removal(const fxObj* o) : object(o), outer(innermost) { innermost = this; }
+    Removal(const Removal&) = delete;
+    Removal& operator=(const Removal&) = delete;
+    ~Removal() { innermost = outer; }
+
+    static void destroyed(const fxObj* o) {
+        for (Removal* removal = innermost; removal; removal = removal->outer) {
+            if (removal->object == o)
+                removal->object = nullptr;
+        }
+    }
+
+    const fxObj* object;  // null once it is destroyed
+
+private:
+    static Removal* innermost;
+    Removal* outer;
+};
+
+Removal* Removal::innermost = nullptr;
+}  // namespace
+
 fxObj::fxObj() : properties(nullptr) {}
 
 fxObj::fxObj(const fxObj& other) : fxXDRObj(other), properties(nullptr) {}
@@ -27,8 +53,14 @@ fxObj& fxObj::operator=(const fxObj&) { return *this; }
 fxObj::~fxObj() {
     if (fx_theEventHandler)
         fx_theEventHandler->removeEventsFor(this);
+    if (!properties)
+        return;
+    Removal::destroyed(this);
     removeAllProperties();
     delete properties;
+    // Values and properties that went may have sent more.
+    if (fx_theEventHandler)
+        fx_theEventHandler->removeEventsFor(this);
 }
 
 void fxObj::subClassMustDefine(const char* method) const {
@@ -118,11 +150,12 @@ fxObj& fxObj::removeProperty(const char* name) { return removeProperty(fxPropert
 void fxObj::removeAllProperties() {
     if (!properties)
         return;
-    for (unsigned int i = 0; i < properties->length(); ++i) {
-        fxProperty* property = propertyAt(*properties, i);
-        (*properties)[i] = nullptr;
-        if (property)
-            release(property);
+    Removal removal(this);
+    while (removal.object && properties->length() != 0) {
+        fxProperty* property = propertyAt(*properties, 0);
+        properties->remove(0, 1);
+        release(property);
     }
-    properties->resize(0);
+    if (removal.object)
+        properties->resize(0);
 }

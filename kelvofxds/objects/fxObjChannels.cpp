@@ -87,9 +87,9 @@ void fxObj::removeInput(const char* name) {
     auto* channel = channelIn<fxInputChannel>(dict, name);
     if (!channel)
         return;
+    dict->remove(name);
     channel->flush();
     channel->disconnect();
-    dict->remove(name);
     channel->dec();
 }
 

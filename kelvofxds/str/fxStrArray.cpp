@@ -52,10 +52,12 @@ int fxStrArray::compareElements(const void* a, const void* b) const {
 }
 
 unsigned char fxStrArray::xdr(fxTranscriber& t) {
-    if (!t.xdr(&len, 1) || !t.xdr(&elemSize, 1))
+    unsigned int bytes = len;
+    unsigned short size = elemSize;
+    if (!t.xdr(&bytes, 1) || !t.xdr(&size, 1))
         return 0;
     if (t.isReading())
-        return readStrings(t);
+        return readStrings(t, bytes, size);
     for (unsigned int i = 0; i < length(); ++i) {
         if (!(*this)[i].xdr(t))
             return 0;
@@ -66,14 +68,11 @@ unsigned char fxStrArray::xdr(fxTranscriber& t) {
 // Reads as many strings as the length says. The reader notes where each of
 // them is, so the block is allocated at once and never moves; but it is only
 // used as far as strings have arrived.
-bool fxStrArray::readStrings(fxTranscriber& t) {
-    const unsigned int claimed = len;
+bool fxStrArray::readStrings(fxTranscriber& t, unsigned int claimed, unsigned short size) {
     data = nullptr;
     maxLen = len = 0;
-    if (elemSize != strSize || claimed % strSize != 0) {
-        elemSize = strSize;
+    if (size != strSize || claimed % strSize != 0)
         return false;
-    }
     maxLen = claimed;
     getmem();
     if (!data && claimed != 0) {

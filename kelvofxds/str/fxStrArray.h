@@ -23,16 +23,18 @@ class FX_EXPORT fxStrArray : public fxArray {
     using fxArray::find;
     using fxArray::insert;
 
-    // The same operations on a typed element.
-
+    /// The same operations on a string; a text makes one.
     void append(const fxStr& s) { append(static_cast<const void*>(&s)); }
     void insert(const fxStr& s, unsigned int index) { insert(static_cast<const void*>(&s), index); }
     unsigned int find(const fxStr& s, unsigned int start = 0) const {
         return find(static_cast<const void*>(&s), start);
     }
+    void append(const char* s) { append(fxStr(s)); }
+    void insert(const char* s, unsigned int index) { insert(fxStr(s), index); }
+    unsigned int find(const char* s, unsigned int start = 0) const { return find(fxStr(s), start); }
 
 private:
-    bool readStrings(fxTranscriber& t);
+    bool readStrings(fxTranscriber& t, unsigned int claimed, unsigned short size);
 };
 
 /// The record of fxStrArray, "ARRAY", version 1; the last of that name.

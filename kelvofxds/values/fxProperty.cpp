@@ -165,10 +165,14 @@ void fxProperty::setAsVoidPtr(void* v, void (*destroyValue)(void*)) {
     // The old function runs first, but must find a property that is whole when
     // it comes back to it.
     extra.destroy = nullptr;
+    const bool held = count > 0;
+    ++count;  // it may release what holds the property
     if (oldDestroy)
         oldDestroy(old);
     value.asVoidPtr = v;
     extra.destroy = destroyValue;
+    if (--count == 0 && held)
+        delete this;
 }
 
 void fxProperty::setAsObjPtr(fxObj* v) { hold(value.asObjPtr, v); }

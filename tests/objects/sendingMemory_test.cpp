@@ -1,0 +1,152 @@
+#include <malloc.h>
+
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "kelvofxds/objects/fxMessageEvent.h"
+#include "tests/support/dataFlow.h"
+
+// Holders and messages that come and go take their memory from what earlier
+// ones have left.
+
+namespace {
+unsigned long allocations = 0;
+}
+
+#ifndef __SANITIZE_ADDRESS__
+// The global operators of the whole test program, which count. Sanitizers have
+// their own, which find more.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    ++allocations;
+    void* memory = std::malloc(size != 0 ? size : 1);
+    if (!memory)
+        throw std::bad_alloc();
+    return memory;
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+#endif
+
+namespace {
+
+const fxObj::fxSendFlags allFlags[] = {fxObj::fxSendQueued, fxObj::fxSendNow, fxObj::fxSendUrgent};
+
+// False under tools that bring operators of their own.
+bool allocationsAreCounted() {
+    const unsigned long before = allocations;
+    ::operator delete(::operator new(1));
+    return allocations != before;
+}
+
+unsigned int heapInUse() { return static_cast<unsigned int>(::mallinfo2().uordblks); }
+
+// A receiving function of any type, which counts its calls.
+void countVoid(void* target) { ++*static_cast<int*>(target); }
+template <class Value>
+void countValue(void* target, Value) {
+    countVoid(target);
+}
+
+// Outputs of every type without memory of its own, each connected to a plain
+// input, one that keeps the latest message only, and one that converts, if
+// there is a conversion.
+class sendingMemory : public DataFlowTest {
+protected:
+    static const unsigned int types = 6;
+
+    sendingMemory()
+        : outs{fxOutputChannel(fxDT_void),  fxOutputChannel(fxDT_fxBool),
+               fxOutputChannel(fxDT_int),   fxOutputChannel(fxDT_long),
+               fxOutputChannel(fxDT_float), fxOutputChannel(fxDT_double)} {}
+
+    void SetUp() override {
+        DataFlowTest::SetUp();
+        if (!allocationsAreCounted())
+            GTEST_SKIP() << "allocations are not counted in this build or under this tool";
+        void (*const functions[types])() = {
+            receiver(countVoid),         receiver(countValue<unsigned char>),
+            receiver(countValue<int>),   receiver(countValue<long>),
+            receiver(countValue<float>), receiver(countValue<double>)};
+        const unsigned int converted[types] = {0, 2, 4, 3, 5, 2};  // index of a type it converts to
+        for (unsigned int i = 0; i < types; ++i) {
+            connect(i, i, functions[i], 0);
+            connect(i, i, functions[i], 1);
+            if (converted[i] != i)
+                connect(i, converted[i], functions[converted[i]], 0);
+        }
+    }
+
+    void connect(unsigned int output, unsigned int type, void (*function)(),
+                 unsigned char latestOnly) {
+        const std::string name = std::to_string(++inputs);
+        outs[output].add(
+            object.addInput(name.c_str(), outs[type].getType(), &calls, function, latestOnly));
+    }
+
+    // `times` values of each type, and their delivery.
+    void sendAll(fxObj::fxSendFlags flags, int times) {
+        for (int i = 0; i < times; ++i) {
+            object.sendVoid(&outs[0], flags);
+            object.sendBool(&outs[1], 1, flags);
+            object.sendInt(&outs[2], 1, flags);
+            object.sendLong(&outs[3], 1, flags);
+            object.sendFloat(&outs[4], 1, flags);
+            object.sendDouble(&outs[5], 1, flags);
+        }
+        fx_theEventHandler->distributeEvents();
+    }
+
+    void expectSteadyState(int times) {
+        for (const fxObj::fxSendFlags flags : allFlags) {
+            SCOPED_TRACE(flags);
+            sendAll(flags, times);
+            const unsigned int heap = heapInUse();
+            const unsigned long before = allocations;
+            for (int i = 0; i < 1000; ++i)
+                sendAll(flags, times);
+            const unsigned long after = allocations;
+            EXPECT_EQ(heap, heapInUse());
+            EXPECT_EQ(before, after);
+        }
+    }
+
+    int calls = 0;
+    unsigned int inputs = 0;
+    fxOutputChannel outs[types];
+    fxObj object;
+};
+
+}  // namespace
+
+TEST_F(sendingMemory, sendsInSteadyStateAllocateNothing) { expectSteadyState(1); }
+
+TEST_F(sendingMemory, messagesThatAreReplacedAllocateNothing) { expectSteadyState(3); }
+
+TEST_F(sendingMemory, aMillionSendsDoNotGrowTheHeap) {
+    for (const fxObj::fxSendFlags flags : allFlags) {
+        SCOPED_TRACE(flags);
+        sendAll(flags, 1);
+        calls = 0;
+        const unsigned int heap = heapInUse();
+        for (unsigned int i = 0; i < 1000000 / types; ++i)
+            sendAll(flags, 1);
+        EXPECT_EQ(heap, heapInUse());
+        EXPECT_LT(1000000, calls);
+    }
+}
+
+TEST_F(sendingMemory, memoryKeptForLaterIsBounded) {
+    const unsigned int messages = 100000;
+    const unsigned int heap = heapInUse();
+    if (heap == 0)
+        GTEST_SKIP() << "no figures from this heap";
+    for (unsigned int i = 0; i < messages; ++i)
+        object.sendLong(&outs[3], 1, fxObj::fxSendQueued);
+    const unsigned int peak = heapInUse() - heap;
+    EXPECT_LE(messages * sizeof(fxMessageEvent), peak);
+    fx_theEventHandler->distributeEvents();
+    EXPECT_GT(peak / 4, heapInUse() - heap);
+}
