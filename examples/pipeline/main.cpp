@@ -29,6 +29,10 @@ namespace {
 
 const float meterInterval = 0.2F;  // seconds
 
+void complain(const char* source) {
+    std::fprintf(stderr, "pipeline: %s: %s\n", source, std::strerror(errno));
+}
+
 // Copies the file at `path` to `out`, as cat would. Runs in a process of its own, so that the
 // descriptor which the loop waits for is a pipe.
 int copyFile(const char* path, int in, int out) {
@@ -38,7 +42,7 @@ int copyFile(const char* path, int in, int out) {
         if (n == 0)
             return 0;
         if (n < 0) {
-            std::fprintf(stderr, "pipeline: %s: %s\n", path, std::strerror(errno));
+            complain(path);
             return 1;
         }
         for (ssize_t written = 0; written < n;) {
@@ -55,7 +59,7 @@ int pipeFrom(const char* path) {
     int ends[2];
     const int in = ::open(path, O_RDONLY | O_CLOEXEC);
     if (in < 0 || ::pipe(ends) != 0) {
-        std::fprintf(stderr, "pipeline: %s: %s\n", path, std::strerror(errno));
+        complain(path);
         if (in >= 0)
             ::close(in);
         return -1;
@@ -65,9 +69,21 @@ int pipeFrom(const char* path) {
         ::close(ends[0]);
         ::_exit(copyFile(path, in, ends[1]));
     }
+    if (child < 0) {
+        complain(path);
+        ::close(ends[0]);
+    }
     ::close(in);
     ::close(ends[1]);
-    return ends[0];
+    return child < 0 ? -1 : ends[0];
+}
+
+// A descriptor of standard input for a reader to close; -1 after a complaint.
+int standardInput() {
+    const int fd = ::dup(STDIN_FILENO);
+    if (fd < 0)
+        complain("standard input");
+    return fd;
 }
 
 /// Reads its sources one after another and closes when the last is done.
@@ -122,7 +138,7 @@ void Pipeline::readNext() {
     while (!reader && !paths.empty()) {
         const char* path = paths.back();
         paths.pop_back();
-        const int fd = path ? pipeFrom(path) : ::dup(STDIN_FILENO);
+        const int fd = path ? pipeFrom(path) : standardInput();
         if (fd < 0) {
             ++failures;
             continue;

@@ -101,17 +101,10 @@ Counted countWords(const TextFiles& texts, fxStrStrDictionary& index, Progress& 
     WordCounter counter(index);
     Counted counted;
     counted.failures = texts.failures();
-    const auto tick = [&] {
-        if (!progress.isDue())
-            return;
-        char line[100];
-        std::snprintf(line, sizeof line, "counting: %u of %u files, %.1f of %.1f MB", counted.files,
-                      static_cast<unsigned int>(texts.paths().size()),
-                      static_cast<double>(counter.bytes()) / megabyte,
-                      static_cast<double>(texts.bytes()) / megabyte);
-        progress.show(line);
-    };
-    tick();
+    progress.showCounting(static_cast<unsigned int>(texts.paths().size()),
+                          static_cast<double>(texts.bytes()) / megabyte);
+    CountReport report(progress);
+    const auto tick = [&] { report.update(counted.files, counter.bytes()); };
     for (const std::string& path : texts.paths()) {
         if (counter.countFile(path, tick)) {
             ++counted.files;
