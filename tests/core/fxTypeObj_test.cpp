@@ -11,6 +11,7 @@
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/core/fxXDRObj.h"
 #include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/str/fxStrArray.h"
 #include "tests/support/recordingTranscriber.h"
 
 static_assert(sizeof(fxTypeObj) == 20, "five words");
@@ -126,8 +127,8 @@ TEST(fxTypeObj, recordsAreRegisteredBeforeMain) {
 }
 
 TEST(fxTypeObj, deliberateTheArrayTagIsTheArrayRecordConstructedLast) {
-    EXPECT_EQ(&fxUnsignedLongArray_type, earlyArrayTag);
-    EXPECT_EQ(&fxUnsignedLongArray_type, fxTypeObj::findType("ARRAY"));
+    EXPECT_EQ(&fxStrArray_type, earlyArrayTag);
+    EXPECT_EQ(&fxStrArray_type, fxTypeObj::findType("ARRAY"));
 }
 
 TEST(fxTypeObj, theDictTagIsTheStringDictionary) {
@@ -253,8 +254,8 @@ TEST(fxTypeObj, deliberateALaterRecordReplacesAnEarlierOneSilently) {
 TEST(fxTypeObj, registeringBeforeReadingChoosesWhatATagStandsFor) {
     fxTypeObj::registerType(&fxIntArray_type);
     EXPECT_EQ(&fxIntArray_type, fxTypeObj::findType("ARRAY"));
-    fxTypeObj::registerType(&fxUnsignedLongArray_type);
-    EXPECT_EQ(&fxUnsignedLongArray_type, fxTypeObj::findType("ARRAY"));
+    fxTypeObj::registerType(&fxStrArray_type);
+    EXPECT_EQ(&fxStrArray_type, fxTypeObj::findType("ARRAY"));
 }
 
 TEST(fxTypeObj, aNullNameIsTheEmptyName) {

@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/containers/fxStrStrDictionary.h"
-#include "kelvofxds/containers/fxTypedArrays.h"
+#include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 #include "tests/examples/runProgram.h"
@@ -323,9 +323,8 @@ TEST(wordindex, namesTheDamage) {
 
 TEST(wordindex, otherFilesAreNoIndexes) {
     const TemporaryFolder folder;
-    fxIntArray numbers(3);
-    numbers[0] = numbers[1] = numbers[2] = 7;
-    writeObject(folder / "array", numbers);
+    fxStrArray strings(3);
+    writeObject(folder / "array", strings);
     const struct {
         std::string path, why;
     } cases[] = {{folder.file("empty", ""), "the header is cut short"},
