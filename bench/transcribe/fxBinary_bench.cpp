@@ -122,8 +122,11 @@ struct IntArrays {
     void writeOurs() { require(writerOn(medium)->writeObject(&ours, &ours), "writeObject"); }
     void writePeer() { archiveTo(medium, peer); }
     // Read by its name in the stream, an array comes back as the array class
-    // that was registered last, whose elements are as large.
-    std::unique_ptr<fxArray> readOurs() { return readRoot<fxUnsignedLongArray>(*readerOn(medium)); }
+    // that was registered last.
+    std::unique_ptr<fxIntArray> readOurs() {
+        fxTypeObj::registerType(&fxIntArray_type);
+        return readRoot<fxIntArray>(*readerOn(medium));
+    }
     std::unique_ptr<std::vector<int>> readPeer() {
         auto array = std::make_unique<std::vector<int>>();
         restoreFrom(medium, *array);
