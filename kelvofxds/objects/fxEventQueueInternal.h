@@ -66,6 +66,8 @@ inline void fxEventQueue::linkFirst(fxEvent* e) {
 }
 
 inline void fxEventQueue::unlink(fxEvent* e) {
+    // The walks see to it that no event is met again once it is deleted.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
     fxQueueWalk::unlinking(e, e->next);
     if (e->prev)
         e->prev->next = e->next;

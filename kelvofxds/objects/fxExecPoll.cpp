@@ -102,7 +102,8 @@ void fxExec::serveTimers(const Wait& wait, int ready) {
     if (ready == 0 && wait.untilTimer) {
         fxTimer::alarm(wait.firstDelta);
     } else {
-        const auto ticks = static_cast<unsigned int>(ticksNow() - wait.start);
+        const unsigned int ticks =
+            static_cast<unsigned int>(ticksNow()) - static_cast<unsigned int>(wait.start);
         const double elapsed = ticks / ticksPerSecond;
         const double remaining = static_cast<double>(wait.firstDelta) - elapsed;
         if (remaining > 0.0)
