@@ -14,10 +14,12 @@ public:
     fxApplication();
     ~fxApplication() override;
 
+    /// Prepares the application; `argv` has `argc` arguments.
     virtual void initialize(int argc, char** argv) = 0;
     virtual void open();   ///< Marks it open.
     virtual void close();  ///< Takes it out of the executive and marks it closed.
 
+    /// True between open and close.
     bool isOpen() const { return opened; }
 
 private:

@@ -7,8 +7,8 @@
 
 class fxInputChannel;
 
-// Event type codes: 0 and 1, once the toolkit is initialised. Hosts draw
-// further ones from fx_nextEventType.
+/// An event type code: 0 and 1, once the toolkit is initialised. Hosts draw
+/// further ones from fx_nextEventType.
 extern FX_EXPORT unsigned long fxET_Unknown;
 extern FX_EXPORT unsigned long fxET_MessageEvent;
 
@@ -30,7 +30,9 @@ public:
     /// The channel a message is for; null for other events.
     virtual fxInputChannel* getChannel();
 
+    /// Event type code.
     unsigned long getType() const { return type; }
+    /// The number drawn when the event, or the one it is a copy of, was made.
     unsigned long getSequence() const { return sequence; }
 
     static unsigned long nextSequenceNumber;  ///< The last number drawn; 0 at first.

@@ -45,7 +45,9 @@ public:
     /// through a conversion link.
     void removeEventsFor(const void* target);
 
+    /// The queue itself.
     fxEventQueue& getQueue() { return queue; }
+    /// Number of events queued.
     unsigned int numberOfEvents() const { return queue.getCount(); }
 
 private:

@@ -24,8 +24,10 @@ public:
     fxEvent* get();
     /// Unlinks and deletes `e`; one that is not linked is left alone.
     void remove(fxEvent* e);
+    /// True when `e` is in this queue. Linear.
     bool contains(fxEvent* e);
 
+    /// Number of events queued.
     unsigned int getCount() const { return count; }
 
 private:

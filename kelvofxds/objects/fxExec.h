@@ -60,9 +60,11 @@ public:
     /// Undoes one addPostSelectFunc.
     void removePostSelectFunc(void (*function)());
 
+    /// Registers an application.
     void add(fxApplication* application);
     /// An application that is not registered is ignored.
     void remove(fxApplication* application);
+    /// True when the application is registered.
     bool contains(fxApplication* application);
 
     /// Calls initialize on every application that is registered.

@@ -45,9 +45,9 @@ public:
     /// The channel at the end of the conversion links that start here.
     fxInputChannel* finalChannel();
 
-    static const unsigned int latestOnlyFlag = 1;
-    static const unsigned int linkFlag = 2;
-    static const unsigned int typeShift = 2;
+    static const unsigned int latestOnlyFlag = 1;  ///< Bit of `flags`.
+    static const unsigned int linkFlag = 2;        ///< Bit of `flags`.
+    static const unsigned int typeShift = 2;       ///< Where the type is in `flags`.
 
     void* target;             ///< First argument; of a link, the next fxInputChannel.
     void (*function)();       ///< Called with the value.

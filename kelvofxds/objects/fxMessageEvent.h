@@ -8,6 +8,7 @@ class fxData;
 /// Carries a value holder to a channel; holds a reference on both.
 class FX_EXPORT fxMessageEvent : public fxEvent {
 public:
+    /// A message of `data` for `channel`, neither of them null.
     fxMessageEvent(fxInputChannel* channel, fxData* data);
     fxMessageEvent(const fxMessageEvent&) = delete;
     fxMessageEvent& operator=(const fxMessageEvent&) = delete;

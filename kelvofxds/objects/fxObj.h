@@ -31,7 +31,9 @@ public:
     };
 
     fxObj();
+    /// Without properties.
     fxObj(const fxObj& other);
+    /// Leaves the properties of both as they are.
     fxObj& operator=(const fxObj& other);
     ~fxObj() override;
 
@@ -48,6 +50,7 @@ public:
 
     // Properties. Tag 65535 is no tag; look-ups are binary searches.
 
+    /// Number of properties.
     unsigned int getNumberOfProperties() const;
     /// Adds `property`, of which the object holds a reference, in place of one
     /// with the same tag. Returns this object.
@@ -56,6 +59,7 @@ public:
     /// this object.
     fxObj& removeProperty(unsigned short tag);
     fxObj& removeProperty(const char* name);
+    /// Releases every property.
     void removeAllProperties();
     /// The property with `tag`, or null. `index`, unless null, receives its
     /// position, or that of the last one looked at; it is left alone by an
@@ -83,8 +87,8 @@ public:
     /// Disconnects and deletes the output.
     void removeOutput(const char* name);
 
-    // Sending. The holder belongs to the receivers; a text is copied.
-
+    /// Sends a value on `out`, an output of any object. The holder belongs to
+    /// its receivers from then on; a text is copied.
     void sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags);
     void sendVoid(fxOutputChannel* out, fxSendFlags flags);
     void sendBool(fxOutputChannel* out, unsigned char value, fxSendFlags flags);

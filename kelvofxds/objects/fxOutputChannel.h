@@ -27,11 +27,13 @@ public:
     void add(fxInputChannel* in);
     /// Index of the connection that leads to `in`, or -1. Linear.
     int find(fxInputChannel* in);
+    /// True when a connection leads to `in`. Linear.
     bool isConnectedTo(fxInputChannel* in);
     /// Disconnects `in`, if it is connected.
     void remove(fxInputChannel* in);
     /// The connection at `index`, which must be below the number of them.
     fxInputChannel* operator[](unsigned int index);
+    /// Number of connections.
     unsigned int getNumberOfConnections();
 
     /// Data type code.

@@ -19,11 +19,14 @@ public:
     /// Closes the descriptor, unless it is negative.
     ~fxSelectHandler() override;
 
+    /// Called when there is something to read.
     virtual void handleRead() = 0;
     virtual void handleWrite();      ///< Does nothing here.
     virtual void handleException();  ///< Does nothing here.
 
+    /// Before the handler is registered.
     void setDescriptor(int descriptor) { fd = descriptor; }
+    /// Applies from the next registration.
     void setInterest(unsigned char wantsRead, unsigned char wantsWrite,
                      unsigned char wantsException) {
         readInterest = wantsRead;

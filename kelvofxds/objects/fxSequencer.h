@@ -6,8 +6,8 @@
 
 /// The numbers from `start` to `start` + `count` - 1.
 struct fxSeqRange {
-    unsigned int start;
-    unsigned int count;
+    unsigned int start;  ///< The first number.
+    unsigned int count;  ///< How many numbers.
 };
 
 /// Ranges of numbers.

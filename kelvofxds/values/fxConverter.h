@@ -40,25 +40,27 @@ private:
     fxConverter* next;  // in the registry
 };
 
-// The standard conversion routines.
-
+/// A standard conversion routine: the byte as a number.
 FX_EXPORT void CBool2int(fxInputChannel* in, unsigned char value);
 FX_EXPORT void CBool2float(fxInputChannel* in, unsigned char value);
 FX_EXPORT void CBool2double(fxInputChannel* in, unsigned char value);
 /// Deliberate: passes the low 8 bits, so 256 is false and 2 is 2.
 FX_EXPORT void Cint2Bool(fxInputChannel* in, int value);
+/// Rounds to the nearest.
 FX_EXPORT void Cint2float(fxInputChannel* in, int value);
 /// The text ("%d") is valid during the call only, as are those below.
 FX_EXPORT void Cint2CharPtr(fxInputChannel* in, int value);
 /// Deliberate: passes the low 8 bits of the value's 32-bit pattern, so 1.0 is
 /// false.
 FX_EXPORT void Cfloat2Bool(fxInputChannel* in, float value);
+/// Exact.
 FX_EXPORT void Cfloat2double(fxInputChannel* in, float value);
 /// Truncates; INT_MIN for what an int cannot hold.
 FX_EXPORT void Cfloat2int(fxInputChannel* in, float value);
 FX_EXPORT void Cfloat2CharPtr(fxInputChannel* in, float value);  ///< "%g"
 /// Deliberate: passes the low 8 bits of the value's 64-bit pattern.
 FX_EXPORT void Cdouble2Bool(fxInputChannel* in, double value);
+/// Rounds to the nearest.
 FX_EXPORT void Cdouble2float(fxInputChannel* in, double value);
 /// Truncates; INT_MIN for what an int cannot hold.
 FX_EXPORT void Cdouble2int(fxInputChannel* in, double value);

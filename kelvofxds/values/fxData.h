@@ -50,6 +50,7 @@ public:
 protected:
     friend struct fxDataLayout;  // tests/values/fxData_test.cpp
 
+    /// For values of the type `typeCode`.
     explicit fxData(unsigned short typeCode);
 
     unsigned short type;  // data type code
@@ -72,65 +73,79 @@ private:                                                         \
 /// No value: deliverTo calls function(target).
 class FX_EXPORT fxVoidData : public fxData {
 public:
+    /// A holder of nothing.
     fxVoidData();
     FX_DATA_MEMBERS(fxVoidData)
 };
 
+/// A truth value, one byte.
 class FX_EXPORT fxBoolData : public fxData {
 public:
+    /// Holds `v`.
     explicit fxBoolData(unsigned char v);
     FX_DATA_MEMBERS(fxBoolData)
-    unsigned char value;
+    unsigned char value;  // what is held
 };
 
+/// An int.
 class FX_EXPORT fxIntData : public fxData {
 public:
+    /// Holds `v`.
     explicit fxIntData(int v);
     FX_DATA_MEMBERS(fxIntData)
-    int value;
+    int value;  // what is held
 };
 
+/// A long.
 class FX_EXPORT fxLongData : public fxData {
 public:
+    /// Holds `v`.
     explicit fxLongData(long v);
     FX_DATA_MEMBERS(fxLongData)
-    long value;
+    long value;  // what is held
 };
 
+/// A float.
 class FX_EXPORT fxFloatData : public fxData {
 public:
+    /// Holds `v`.
     explicit fxFloatData(float v);
     FX_DATA_MEMBERS(fxFloatData)
-    float value;
+    float value;  // what is held
 };
 
+/// A double.
 class FX_EXPORT fxDoubleData : public fxData {
 public:
+    /// Holds `v`.
     explicit fxDoubleData(double v);
     FX_DATA_MEMBERS(fxDoubleData)
-    double value;
+    double value;  // what is held
 };
 
 /// Owns its text, which comes from malloc (strdup) and is freed with it.
 class FX_EXPORT fxCharPtrData : public fxData {
 public:
+    /// Holds `v`.
     explicit fxCharPtrData(char* v);
     FX_DATA_MEMBERS(fxCharPtrData)
-    char* value;
+    char* value;  // what is held
 };
 
 /// Receivers take the string by value and get a copy each.
 class FX_EXPORT fxStrData : public fxData {
 public:
+    /// Holds `v`.
     explicit fxStrData(fxStr v);
     FX_DATA_MEMBERS(fxStrData)
-    fxStr value;
+    fxStr value;  // what is held
 };
 
 /// Receivers take the array by value and get a copy each.
 class FX_EXPORT fxStrArrayData : public fxData {
 public:
+    /// Holds `v`.
     explicit fxStrArrayData(fxStrArray v);
     FX_DATA_MEMBERS(fxStrArrayData)
-    fxStrArray value;
+    fxStrArray value;  // what is held
 };

@@ -17,7 +17,7 @@ class fxStrArray;
 /// property goes, and may change the object it belonged to.
 class FX_EXPORT fxProperty : public fxRCObj {
 public:
-    static const unsigned short noTag = 65535;
+    static const unsigned short noTag = 65535;  ///< No name's tag.
 
     /// Makes the name table unless there is one.
     static void constructPropertyNames();
@@ -29,6 +29,7 @@ public:
     /// The tag of `name`, or noTag. Linear in the number of names.
     static unsigned short findTag(const char* name);
 
+    /// Keeps the value.
     fxProperty(unsigned short tag, unsigned char value);
     fxProperty(unsigned short tag, long value);
     fxProperty(unsigned short tag, double value);
@@ -46,10 +47,12 @@ public:
     fxProperty& operator=(const fxProperty&) = delete;
     ~fxProperty() override;
 
+    /// The tag it was made with.
     unsigned short getTag() const { return tag; }
     /// The type code; of a property made from an fxData, the holder's.
     unsigned short getType() const;
 
+    /// What is stored, taken as the type that the name says.
     unsigned char getAsBool() const;
     long getAsLong() const;
     double getAsDouble() const;
@@ -59,6 +62,7 @@ public:
     fxObj* getAsObjPtr() const;
     fxData* getAsData() const;
 
+    /// Stores the value.
     void setAsBool(unsigned char v);
     void setAsLong(long v);
     void setAsDouble(double v);
