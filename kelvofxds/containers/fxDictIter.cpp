@@ -47,11 +47,10 @@ void fxDictIter::detach() {
         dict->removeIter(this);
 }
 
-void* fxDictIter::getKey() const { return flags & advanced || !bucket ? nullptr : bucket->kvmem; }
-
-void* fxDictIter::getValue() const {
-    return flags & advanced || !bucket ? nullptr : dict->valueOf(bucket);
-}
+// Inline in the header; this puts copies into the library, for hosts that do
+// not inline them.
+[[gnu::used]] static void* (fxDictIter::*const exportedAccess[])() const = {&fxDictIter::getKey,
+                                                                            &fxDictIter::getValue};
 
 void fxDictIter::operator++() {
     if (!dict)

@@ -189,6 +189,10 @@ fxDictBucket* fxDictionary::unlink(const void* key) {
 }
 
 void fxDictionary::release(fxDictBucket* b) {
+    if (b->kvmem == b + 1) {
+        b->kvmem = nullptr;
+        return;
+    }
     std::free(b->kvmem);
     delete b;
 }

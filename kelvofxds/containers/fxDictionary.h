@@ -130,6 +130,9 @@ protected:
     void* valueOf(const fxDictBucket* b) const { return static_cast<char*>(b->kvmem) + keySize; }
     /// Adds an entry whose block is `kvmem` at the front of a bucket.
     fxDictBucket* pushEntry(unsigned int bucketIndex, void* kvmem);
+    /// Frees an entry that has been unlinked, and its block. An entry that lies
+    /// right before its block is somebody else's and only loses the block.
+    void release(fxDictBucket* b);
 
     unsigned int numItems;   // entries
     unsigned int keySize;    // bytes
@@ -142,7 +145,6 @@ private:
     Place lookUp(const void* key) const;
     Place lookUpToAdd(const void* key);
     fxDictBucket* unlink(const void* key);
-    void release(fxDictBucket* b);
     unsigned char readEntries(fxTranscriber& t, unsigned int numBuckets);
     unsigned char readHeader(fxTranscriber& t, unsigned int& numBuckets);
     unsigned char writeEntries(fxTranscriber& t);
@@ -169,9 +171,9 @@ public:
     fxDictIter& operator=(const fxDictIter& other);
 
     /// Address of the present entry's key, or null.
-    void* getKey() const;
+    FX_EXPORT void* getKey() const { return atEntry() ? bucket->kvmem : nullptr; }
     /// Address of the present entry's value, or null.
-    void* getValue() const;
+    FX_EXPORT void* getValue() const { return atEntry() ? dict->valueOf(bucket) : nullptr; }
     /// Moves to the next entry.
     void operator++();
     /// Moves to the first entry of the next bucket that has one, or ends.
@@ -184,6 +186,7 @@ protected:
     static const unsigned int advanced = 1;  // already on the next entry, or at the end
     static const unsigned int parked = 2;    // on an entry that has been removed
 
+    bool atEntry() const { return !(flags & advanced) && bucket; }
     /// Starts on `d`.
     void attach(fxDictionary* d);
     /// Deregisters from the dictionary, if there is one.

@@ -21,7 +21,7 @@ const char* fxStrStrDictionary::className() const { return "DICT"; }
 
 fxTypeObj& fxStrStrDictionary::getTypeObj() const { return fxStrStrDictionary_type; }
 
-unsigned int fxStrStrDictionary::hashKey(const void* key) const { return fxStrAt(key).hash(); }
+unsigned int fxStrStrDictionary::hashKey(const void* key) const { return fxHashStr(fxStrAt(key)); }
 
 int fxStrStrDictionary::compareKeys(const void* a, const void* b) const {
     return fxCompareStrs(a, b);

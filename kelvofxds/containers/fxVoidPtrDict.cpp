@@ -9,7 +9,7 @@ fxVoidPtrDict::~fxVoidPtrDict() { cleanup(); }
 
 const char* fxVoidPtrDict::className() const { return "DICT"; }
 
-unsigned int fxVoidPtrDict::hashKey(const void* key) const { return fxStrAt(key).hash(); }
+unsigned int fxVoidPtrDict::hashKey(const void* key) const { return fxHashStr(fxStrAt(key)); }
 
 int fxVoidPtrDict::compareKeys(const void* a, const void* b) const { return fxCompareStrs(a, b); }
 

@@ -122,9 +122,11 @@ void fxStr::append(const char* s, unsigned int n) {
 
 void fxStr::append(char c) {
     const unsigned int oldLength = length();
-    resizeInternal(oldLength + 1);
-    data[oldLength] = c;
-    data[oldLength + 1] = '\0';
+    // resizeInternal's case of a text that grows, without the call.
+    char* text = static_cast<char*>(isEmpty() ? fxAllocate(2) : fxReallocate(data, slength + 1));
+    text[oldLength] = c;
+    text[oldLength + 1] = '\0';
+    data = text;
     slength = oldLength + 2;
 }
 
@@ -196,18 +198,15 @@ void fxStr::setMaxLength(unsigned int n) {
         resizeInternal(n > length() ? n : length());
 }
 
+// tolower leaves a byte alone unless isupper holds for it, toupper unless
+// islower does.
+
 void fxStr::lower() {
-    for (unsigned int i = 0; i < slength; ++i) {
-        const unsigned char c = static_cast<unsigned char>(data[i]);
-        if (std::isupper(c))
-            data[i] = static_cast<char>(std::tolower(c));
-    }
+    for (unsigned int i = 0; i < slength - 1; ++i)
+        data[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(data[i])));
 }
 
 void fxStr::raise() {
-    for (unsigned int i = 0; i < slength; ++i) {
-        const unsigned char c = static_cast<unsigned char>(data[i]);
-        if (std::islower(c))
-            data[i] = static_cast<char>(std::toupper(c));
-    }
+    for (unsigned int i = 0; i < slength - 1; ++i)
+        data[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(data[i])));
 }

@@ -27,6 +27,10 @@ struct Conversion {
         if (!letter)
             return;
         const std::size_t between = static_cast<std::size_t>(letter - percent) - 1;
+        if (between == 0) {
+            plain = true;
+            return;
+        }
         const bool precision = std::memchr(percent + 1, '.', between) != nullptr;
         // A starred width, a wider type or a letter outside the set takes
         // arguments the estimate does not know of; the text of "%.3s" may lack

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/str/fxStrHashInternal.h"
 
 namespace {
 
@@ -19,7 +20,24 @@ public:
         return found ? static_cast<const char*>(found) : end;
     }
 
+    // One past the last matching byte in [start, end), or `start`. It is mostly
+    // near the end, where a call would cost more than the search.
+    const char* lastIn(const char* start, const char* end) const {
+        const int nearEnd = 8;
+        for (int i = 0; i < nearEnd; ++i) {
+            if (end == start || end[-1] == wanted)
+                return end;
+            --end;
+        }
+        return lastFarFrom(start, end);
+    }
+
 private:
+    [[gnu::noinline]] const char* lastFarFrom(const char* start, const char* end) const {
+        const void* found = ::memrchr(start, wanted, static_cast<std::size_t>(end - start));
+        return found ? static_cast<const char*>(found) + 1 : start;
+    }
+
     char wanted;
 };
 
@@ -46,8 +64,29 @@ public:
         return from;
     }
 
+    const char* lastIn(const char* start, const char* end) const {
+        while (end > start && !has(end[-1]))
+            --end;
+        return end;
+    }
+
 private:
     std::uint32_t bits[256 / 32];
+};
+
+// The same for a set that is a NUL-terminated text, in a text that ends in a
+// NUL: the C library looks at many bytes at once, though not beyond a NUL.
+class TextSet {
+public:
+    explicit TextSet(const char* members) : set(members) {}
+
+    const char* findIn(const char* from, const char* end) const {
+        from += std::strcspn(from, set);
+        return from < end && *from == '\0' ? ByteSet(set, 0).findIn(from, end) : from;
+    }
+
+private:
+    const char* set;
 };
 
 template <class Matcher>
@@ -68,13 +107,22 @@ unsigned int skipOf(const fxStr& s, unsigned int pos, const Matcher& matcher) {
     return pos;
 }
 
-// Backward from `pos` - 1 to the first byte whose membership is `wanted`.
+// Backward from `pos` - 1 to the first byte that matches.
 template <class Matcher>
-unsigned int backwardTo(const fxStr& s, unsigned int pos, const Matcher& matcher, bool wanted) {
+unsigned int nextROf(const fxStr& s, unsigned int pos, const Matcher& matcher) {
     if (pos > s.length())
         pos = s.length();
     const char* text = s.c_str();
-    while (pos > 0 && matcher.has(text[pos - 1]) != wanted)
+    return static_cast<unsigned int>(matcher.lastIn(text, text + pos) - text);
+}
+
+// Backward from `pos` - 1 to the first byte that does not.
+template <class Matcher>
+unsigned int skipROf(const fxStr& s, unsigned int pos, const Matcher& matcher) {
+    if (pos > s.length())
+        pos = s.length();
+    const char* text = s.c_str();
+    while (pos > 0 && matcher.has(text[pos - 1]))
         --pos;
     return pos;
 }
@@ -90,8 +138,8 @@ fxStr tokenOf(const fxStr& s, unsigned int& pos, const Matcher& matcher) {
 template <class Matcher>
 fxStr tokenROf(const fxStr& s, unsigned int& pos, const Matcher& matcher) {
     const unsigned int end = pos < s.length() ? pos : s.length();
-    const unsigned int start = backwardTo(s, end, matcher, true);
-    pos = backwardTo(s, start, matcher, false);
+    const unsigned int start = nextROf(s, end, matcher);
+    pos = skipROf(s, start, matcher);
     return fxStr(s.c_str() + start, end - start);
 }
 
@@ -100,15 +148,15 @@ fxStr tokenROf(const fxStr& s, unsigned int& pos, const Matcher& matcher) {
 unsigned int fxStr::next(unsigned int pos, char c) const { return nextOf(*this, pos, OneByte(c)); }
 
 unsigned int fxStr::next(unsigned int pos, const char* set, unsigned int n) const {
-    return nextOf(*this, pos, ByteSet(set, n));
+    return n == 0 ? nextOf(*this, pos, TextSet(set)) : nextOf(*this, pos, ByteSet(set, n));
 }
 
 unsigned int fxStr::nextR(unsigned int pos, char c) const {
-    return backwardTo(*this, pos, OneByte(c), true);
+    return nextROf(*this, pos, OneByte(c));
 }
 
 unsigned int fxStr::nextR(unsigned int pos, const char* set, unsigned int n) const {
-    return backwardTo(*this, pos, ByteSet(set, n), true);
+    return nextROf(*this, pos, ByteSet(set, n));
 }
 
 unsigned int fxStr::skip(unsigned int pos, char c) const { return skipOf(*this, pos, OneByte(c)); }
@@ -118,11 +166,11 @@ unsigned int fxStr::skip(unsigned int pos, const char* set, unsigned int n) cons
 }
 
 unsigned int fxStr::skipR(unsigned int pos, char c) const {
-    return backwardTo(*this, pos, OneByte(c), false);
+    return skipROf(*this, pos, OneByte(c));
 }
 
 unsigned int fxStr::skipR(unsigned int pos, const char* set, unsigned int n) const {
-    return backwardTo(*this, pos, ByteSet(set, n), false);
+    return skipROf(*this, pos, ByteSet(set, n));
 }
 
 fxStr fxStr::token(unsigned int& pos, char delimiter) const {
@@ -144,38 +192,13 @@ fxStr fxStr::tokenR(unsigned int& pos, const char* set, unsigned int n) const {
 fxStr fxStr::trim(const char* set) const {
     const ByteSet trimmed(set, 0);
     const unsigned int start = skipOf(*this, 0, trimmed);
-    const unsigned int end = backwardTo(*this, length(), trimmed, false);
+    const unsigned int end = skipROf(*this, length(), trimmed);
     return start < end ? extract(start, end - start) : fxStr();
 }
 
 fxStr fxStr::trimRight(const char* set) const { return extract(0, skipR(length(), set)); }
 
-// Hashing. Words are little-endian on every host, since the values are stored.
-
-namespace {
-std::uint32_t wordAt(const unsigned char* s) {
-    return std::uint32_t(s[0]) | std::uint32_t(s[1]) << 8 | std::uint32_t(s[2]) << 16 |
-           std::uint32_t(s[3]) << 24;
-}
-
-// The first `n` bytes, 1 to 4, in the most significant bytes of a word.
-std::uint32_t topBytes(const unsigned char* s, unsigned int n) {
-    std::uint32_t word = 0;
-    for (unsigned int i = 0; i < n; ++i)
-        word = word >> 8 | std::uint32_t(s[i]) << 24;
-    return word;
-}
-}  // namespace
-
-unsigned int fxStr::hash() const {
-    const unsigned int n = length();
-    const auto* s = reinterpret_cast<const unsigned char*>(data);
-    if (n >= 8)
-        return wordAt(s + 4) << 3 ^ wordAt(s);
-    if (n > 4)
-        return topBytes(s, n - 4) << 3 ^ wordAt(s);
-    return topBytes(s, n) << 3;
-}
+unsigned int fxStr::hash() const { return fxHashStr(*this); }
 
 // Comparing.
 

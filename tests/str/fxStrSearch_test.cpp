@@ -191,6 +191,25 @@ TEST(fxStrSearch, aBackwardResultIsTheNextPosition) {
     EXPECT_EQ(0u, pos);
 }
 
+TEST(fxStrSearch, longTextsAndEmbeddedNulsAreSearchedToTheirEnds) {
+    const std::string nuls(40, '\0'), as(40, 'a');
+    const Search cases[] = {
+        {"x" + as, "x", 41, 41, 41, 1, 41},
+        {"x" + as, "x", 0, 0, 1, 0, 0},
+        {"x" + as, "x", 1, 41, 1, 1, 0},
+        {as + "x" + as, "x", 0, 40, 0, 0, 0},
+        {as + "x" + as, "x", 81, 81, 81, 41, 81},
+        {as + "x" + as, "xa", 81, 81, 81, 81, 0},
+        {nuls + "x" + nuls, "x", 0, 40, 0, 0, 0},
+        {nuls + "x" + nuls, "yx", 0, 40, 0, 0, 0},
+        {nuls + "x" + nuls, "yx", 41, 81, 41, 41, 40},
+        {nuls + "x" + nuls, "yx", 81, 81, 81, 41, 81},
+        {nuls + as, "xy", 0, 80, 0, 0, 0},
+    };
+    for (const Search& c : cases)
+        expectSearches(c);
+}
+
 // Tokenising
 
 TEST(fxStrSearch, tokenWalksForwardOverRunsOfDelimiters) {
