@@ -149,7 +149,9 @@ void fxArray::destroy() {
         destroyElements(data, len);
 }
 
-unsigned int fxArray::length() const { return len / elemSize; }
+// Inline in the header; this puts a copy into the library, for hosts that do
+// not inline it.
+[[gnu::used]] static unsigned int (fxArray::*const exportedLength)() const = &fxArray::length;
 
 void fxArray::append(const void* elem) {
     if (len == maxLen) {
@@ -215,7 +217,26 @@ void fxArray::remove(unsigned int start, unsigned int n) {
     closeGap(start * elemSize, n * elemSize);
 }
 
+namespace {
+template <class Word>
+void swapWords(void* a, void* b) {
+    Word x, y;
+    std::memcpy(&x, a, sizeof x);
+    std::memcpy(&y, b, sizeof y);
+    std::memcpy(a, &y, sizeof y);
+    std::memcpy(b, &x, sizeof x);
+}
+}  // namespace
+
 void fxArray::swap(unsigned int i, unsigned int j) {
+    if (elemSize == sizeof(std::uint32_t)) {
+        swapWords<std::uint32_t>(at(i), at(j));
+        return;
+    }
+    if (elemSize == sizeof(std::uint64_t)) {
+        swapWords<std::uint64_t>(at(i), at(j));
+        return;
+    }
     char buffer[swapBufferSize];
     void* temp = elemSize > swapBufferSize ? fxAllocate(elemSize) : buffer;
     std::memmove(temp, at(i), elemSize);
@@ -224,13 +245,61 @@ void fxArray::swap(unsigned int i, unsigned int j) {
     // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the leak is deliberate.
 }
 
-unsigned int fxArray::find(const void* elem, unsigned int start) const {
-    const unsigned int n = length();
+namespace {
+// Whether `array` compares elements as fxArray itself does. A class can change
+// that, and only g++ offers a way to see whether it has.
+bool comparesBytes(const fxArray& array) {
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpmf-conversions"
+    using Compare = int (*)(const fxArray*, const void*, const void*);
+    return (Compare)(array.*&fxArray::compareElements) == (Compare)(&fxArray::compareElements);
+#pragma GCC diagnostic pop
+#else
+    (void)array;
+    return false;
+#endif
+}
+
+// Position of the first of the elements [start, n) at `block` that has the
+// bytes of `*elem`; n if none has. The elements are of Word's size.
+template <class Word>
+unsigned int findWord(const char* block, const void* elem, unsigned int start, unsigned int n) {
+    Word wanted;
+    std::memcpy(&wanted, elem, sizeof wanted);
+#pragma GCC unroll 4
     for (unsigned int i = start; i < n; ++i) {
-        if (compareElements(elem, at(i)) == 0)
+        Word word;
+        std::memcpy(&word, block + i * sizeof word, sizeof word);
+        if (word == wanted)
             return i;
     }
-    return notFound;
+    return n;
+}
+}  // namespace
+
+unsigned int fxArray::find(const void* elem, unsigned int start) const {
+    const unsigned int n = length();
+    unsigned int i = start;
+    if (i >= n)
+        return notFound;
+    if (!comparesBytes(*this)) {
+        while (i < n && compareElements(elem, at(i)) != 0)
+            ++i;
+    } else if (elemSize == 1) {
+        const void* found = std::memchr(at(i), *static_cast<const unsigned char*>(elem), n - i);
+        i = found ? static_cast<unsigned int>(static_cast<const char*>(found) - byteAt(0)) : n;
+    } else if (elemSize == sizeof(std::uint16_t)) {
+        i = findWord<std::uint16_t>(byteAt(0), elem, i, n);
+    } else if (elemSize == sizeof(std::uint32_t)) {
+        i = findWord<std::uint32_t>(byteAt(0), elem, i, n);
+    } else if (elemSize == sizeof(std::uint64_t)) {
+        i = findWord<std::uint64_t>(byteAt(0), elem, i, n);
+    } else {
+        while (i < n && std::memcmp(elem, at(i), elemSize) != 0)
+            ++i;
+    }
+    return i < n ? i : notFound;
 }
 
 // Blocks of elements for the caller.

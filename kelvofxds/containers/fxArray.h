@@ -65,7 +65,7 @@ public:
     /// Ends all elements; the fields stay. O(n).
     void destroy();
     /// Number of elements.
-    unsigned int length() const;
+    FX_EXPORT unsigned int length() const { return len / elemSize; }
 
     /// Appends a copy of `*elem`, which may be an element of this array.
     /// Amortised over four elements.

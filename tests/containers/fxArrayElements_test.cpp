@@ -33,6 +33,27 @@ public:
     }
 };
 
+// Elements of `size` bytes that compare as fxArray compares them: element i is
+// all 'a' but for its last byte, which is 'a' + i.
+class PlainArray : public fxArray {
+public:
+    PlainArray(unsigned int size, unsigned int n) : fxArray(static_cast<unsigned short>(size), n) {
+        for (unsigned int i = 0; i < n; ++i) {
+            const std::string bytes = bytesOf(i);
+            std::memcpy(at(i), bytes.data(), size);
+        }
+    }
+    ~PlainArray() override { destroy(); }
+    const char* className() const override { return "PlainArray"; }
+
+    std::string bytesOf(unsigned int i) const {
+        return std::string(getElemSize() - 1, 'a') + static_cast<char>('a' + i);
+    }
+    std::string bytesAt(unsigned int i) const {
+        return std::string(static_cast<const char*>(at(i)), getElemSize());
+    }
+};
+
 // The ints of a block from a raw_ operation, which is freed.
 Ints takenFrom(void* block, unsigned int n) {
     Ints result(static_cast<int*>(block), static_cast<int*>(block) + n);
@@ -328,6 +349,29 @@ TEST(fxArrayElements, findUsesTheSubclassesComparison) {
     int value = 2;
     int* element = &value;
     EXPECT_EQ(2u, array.find(&element, 0));
+}
+
+TEST(fxArrayElements, findAndSwapWorkOnEverySizeOfElement) {
+    for (unsigned int size : {1u, 2u, 3u, 4u, 5u, 8u, 12u, 16u, 1500u}) {
+        SCOPED_TRACE(size);
+        PlainArray array(size, 11);
+        for (unsigned int i = 0; i < 11; ++i) {
+            EXPECT_EQ(i, array.find(array.bytesOf(i).data(), 0));
+            EXPECT_EQ(i, array.find(array.bytesOf(i).data(), i));
+            EXPECT_EQ(0xFFFFFFFF, array.find(array.bytesOf(i).data(), i + 1));
+        }
+        EXPECT_EQ(0xFFFFFFFF, array.find(array.bytesOf(11).data(), 0));
+    }
+    for (unsigned int size : {1u, 2u, 3u, 4u, 5u, 8u, 12u, 16u, 1024u}) {
+        SCOPED_TRACE(size);
+        PlainArray array(size, 3);
+        array.swap(0, 2);
+        EXPECT_EQ(array.bytesOf(2), array.bytesAt(0));
+        EXPECT_EQ(array.bytesOf(1), array.bytesAt(1));
+        EXPECT_EQ(array.bytesOf(0), array.bytesAt(2));
+        array.swap(1, 1);
+        EXPECT_EQ(array.bytesOf(1), array.bytesAt(1));
+    }
 }
 
 // The raw_ operations.
