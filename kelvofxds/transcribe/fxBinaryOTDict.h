@@ -3,6 +3,13 @@
 
 #include "kelvofxds/containers/fxDictionary.h"
 
+/// An entry of an fxBinaryOTDict and its block in one.
+struct fxBinaryOTEntry {
+    fxDictBucket bucket;  ///< Its kvmem is the address of `key` while it is in the table.
+    unsigned int key;
+    unsigned int value;
+};
+
 /// Maps 32-bit words to 32-bit words: addresses to record numbers while
 /// writing, record numbers to addresses while reading.
 class FX_EXPORT fxBinaryOTDict : public fxDictionary {
@@ -27,10 +34,15 @@ public:
 
     using fxDictionary::operator=;
 
-    /// Adds an entry for a word that is known to have none; O(1).
-    fxDictBucket* enterNew(unsigned int key, unsigned int value);
+    /// Adds `entry`, whose key is known to have none, in front of its bucket;
+    /// O(1). It stays the caller's and must stay where it is as long as it is
+    /// in the table.
+    void link(fxBinaryOTEntry& entry);
     /// Removes every entry; iterators come to their end.
     void removeAll();
+
+private:
+    void releaseAll();
 };
 
 /// Walks an fxBinaryOTDict.

@@ -9,6 +9,13 @@
 #include "kelvofxds/transcribe/fxBinaryReaderInternal.h"
 #include "kelvofxds/transcribe/fxStream.h"
 
+namespace {
+unsigned int wordAt(const unsigned char* s) {
+    return static_cast<unsigned int>(s[0]) | static_cast<unsigned int>(s[1]) << 8 |
+           static_cast<unsigned int>(s[2]) << 16 | static_cast<unsigned int>(s[3]) << 24;
+}
+}  // namespace
+
 fxBinaryReader::fxBinaryReader(fxStream* s, short shortMark, long longMark, const char* floatFormat)
     : shortsConv(nullptr),
       longsConv(nullptr),
@@ -21,7 +28,10 @@ fxBinaryReader::fxBinaryReader(fxStream* s, short shortMark, long longMark, cons
     selectConverters(shortMark, longMark, floatFormat);
 }
 
-fxBinaryReader::~fxBinaryReader() { delete index; }
+fxBinaryReader::~fxBinaryReader() {
+    table.removeAll();  // its entries are the index's
+    delete index;
+}
 
 const char* fxBinaryReader::className() const { return "fxBinaryReader"; }
 
@@ -68,7 +78,10 @@ void fxBinaryReader::reset() {
 // Records. A record is read in full before the next one, but a payload longer
 // than the buffer is read in pieces of the buffer's size.
 
-unsigned char fxBinaryReader::fill() {
+unsigned char fxBinaryReader::fill() { return fillHead() && readPayload(); }
+
+// Reads everything of the next record but its payload.
+unsigned char fxBinaryReader::fillHead() {
     if (!skipPayload())
         return 0;
     char head;
@@ -79,7 +92,7 @@ unsigned char fxBinaryReader::fill() {
         unreadPayload = 0;
         return 0;
     }
-    return readPayload();
+    return 1;
 }
 
 // Drops what is left of the current record's payload.
@@ -109,22 +122,26 @@ unsigned char fxBinaryReader::readPayload() {
 
 unsigned char fxBinaryReader::readLength(unsigned int lengthClass) {
     static const unsigned int lengthBytes[] = {0, 1, 2, 4};
-    return readWord(&unreadPayload, lengthBytes[lengthClass]);
+    unsigned char bytes[4] = {};
+    const unsigned int n = lengthBytes[lengthClass];
+    if (n != 0 && !stream->getBytes(reinterpret_cast<char*>(bytes), n))
+        return 0;
+    unreadPayload = wordAt(bytes);
+    return 1;
 }
 
-// Framing is little-endian on every host. No bytes make a zero word.
-unsigned char fxBinaryReader::readWord(unsigned int* word, unsigned int byteCount) {
-    unsigned char bytes[4];
-    *word = 0;
-    if (byteCount != 0 && !stream->getBytes(reinterpret_cast<char*>(bytes), byteCount))
+// Reads `n` words, at most three. Framing is little-endian on every host.
+unsigned char fxBinaryReader::readWords(unsigned int* words, unsigned int n) {
+    unsigned char bytes[3 * 4];
+    if (!stream->getBytes(reinterpret_cast<char*>(bytes), n * 4))
         return 0;
-    for (unsigned int i = 0; i < byteCount; ++i)
-        *word |= static_cast<unsigned int>(bytes[i]) << (8 * i);
+    for (unsigned int i = 0; i < n; ++i)
+        words[i] = wordAt(bytes + i * 4);
     return 1;
 }
 
 unsigned char fxBinaryReader::readArguments() {
-    unsigned int ignored;
+    unsigned int words[3];
     switch (tag) {
         case fxOT_Data:
         case fxOT_Null:
@@ -137,15 +154,27 @@ unsigned char fxBinaryReader::readArguments() {
         case fxOT_Longs:
         case fxOT_Floats:
         case fxOT_Doubles:
-            return readWord(&arg1) && readWord(&arg4);
+            if (!readWords(words, 2))
+                return 0;
+            arg1 = words[0];
+            arg4 = words[1];
+            return 1;
         case fxOT_OldBlock:
         case fxOT_ObjectPointer:
         case fxOT_OldObject:
         case fxOT_Embedded:
         case fxOT_OldEmbedded:
-            return readWord(&arg1) && readWord(&ignored);
+            if (!readWords(words, 2))
+                return 0;
+            arg1 = words[0];
+            return 1;
         case fxOT_Object:
-            return readWord(&arg1) && readWord(&arg2) && readWord(&arg3);
+            if (!readWords(words, 3))
+                return 0;
+            arg1 = words[0];
+            arg2 = words[1];
+            arg3 = words[2];
+            return 1;
         default:
             fxFatal("Whoops!");
     }
@@ -153,7 +182,7 @@ unsigned char fxBinaryReader::readArguments() {
 
 unsigned char fxBinaryReader::readType() {
     fxStackBuffer name;
-    if (!readWord(&arg2) || !readName(name))
+    if (!readWords(&arg2, 1) || !readName(name))
         return 0;
     fxTypeObj* type = fxTypeObj::findType(name.getBase());
     if (!type)
@@ -169,16 +198,29 @@ unsigned char fxBinaryReader::readName(fxStackBuffer& name) {
 unsigned char fxBinaryReader::readBytes(char* data, unsigned int n) {
     while (n != 0) {
         const unsigned int left = payloadCount - static_cast<unsigned int>(cursor - buffer);
-        if (left == 0) {
-            if (!(unreadPayload != 0 ? readPayload() : fill()))
+        if (left != 0) {
+            const unsigned int step = n < left ? n : left;
+            std::memcpy(data, cursor, step);
+            cursor += step;
+            data += step;
+            n -= step;
+            continue;
+        }
+        if (unreadPayload == 0 && !fillHead())
+            return 0;
+        if (unreadPayload < capacity || n < capacity) {
+            if (!readPayload())
                 return 0;
             continue;
         }
-        const unsigned int step = n < left ? n : left;
-        std::memcpy(data, cursor, step);
-        cursor += step;
-        data += step;
-        n -= step;
+        // A whole buffer of it is wanted: it need not stop there.
+        unreadPayload -= capacity;
+        if (!stream->getBytes(data, capacity)) {
+            unreadPayload = 0;
+            return 0;
+        }
+        data += capacity;
+        n -= capacity;
     }
     return 1;
 }

@@ -115,12 +115,13 @@ private:
     struct Index;
 
     void selectConverters(short shortMark, long longMark, const char* floatFormat);
+    unsigned char fillHead();
     unsigned char skipPayload();
     unsigned char readPayload();
     unsigned char readLength(unsigned int lengthClass);
     unsigned char readArguments();
     unsigned char readType();
-    unsigned char readWord(unsigned int* word, unsigned int byteCount = 4);
+    unsigned char readWords(unsigned int* words, unsigned int n);
     unsigned char readBlock(void** instance);
     unsigned char readObjectBody(void** instance);
     fxBinaryConverter converterOf(unsigned int blockTag) const;

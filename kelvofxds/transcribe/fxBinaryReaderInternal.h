@@ -6,21 +6,26 @@
 
 /// A numbered record: what it is, and what waits for it. A stream can use any
 /// number for anything; a number is only followed to the kind it belongs to.
-struct fxBinaryReader::Record {
+/// Key and value are the number and, once it is in the table, the address, null
+/// until the body has been read.
+struct fxBinaryReader::Record : fxBinaryOTEntry {
     /// Array blocks come from new[] and are freed with delete[] by the objects
     /// that point to them; string blocks come from malloc and belong to one
     /// fxStr.
     enum Kind : unsigned char { unknown, type, object, arrayBlock, stringBlock };
 
-    std::uint32_t key;    // the number
-    void* address;        // as in the table; null until the body has been read
-    fxDictBucket* entry;  // the table's entry, or null
+    void* address() const {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the table holds words.
+        return reinterpret_cast<void*>(value);
+    }
+    bool inTable() const { return bucket.kvmem != nullptr; }
+
     unsigned int size;    // of a block, in bytes
     unsigned int wanted;  // most bytes that a waiting member expects of a block
     Kind kind;
     bool awaitedByString;  // a string waits for the block
     bool taken;            // a pointer to the block has been stored
-    bool used;
 };
 
-struct fxBinaryReader::Index : fxWordIndex<fxBinaryReader::Record> {};
+/// Writers count up.
+struct fxBinaryReader::Index : fxWordIndex<fxBinaryReader::Record, 0> {};

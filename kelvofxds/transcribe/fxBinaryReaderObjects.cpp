@@ -78,19 +78,16 @@ bool isBodyOfBlock(unsigned int tag) { return tag >= fxOT_Bytes && tag <= fxOT_D
 
 fxBinaryReader::Record& fxBinaryReader::enter(unsigned int number, void* address) {
     Record& record = index->findOrAdd(number);
-    const std::uint32_t word = reinterpret_cast<std::uint32_t>(address);
-    if (record.entry)
-        std::memcpy(static_cast<char*>(record.entry->kvmem) + sizeof word, &word, sizeof word);
-    else
-        record.entry = table.enterNew(number, word);
-    record.address = address;
+    record.value = reinterpret_cast<std::uint32_t>(address);
     record.taken = false;
+    if (!record.inTable())
+        table.link(record);
     return record;
 }
 
 void* fxBinaryReader::alreadyRead(unsigned long number) {
     const Record* record = index->find(static_cast<std::uint32_t>(number));
-    return record ? record->address : nullptr;
+    return record ? record->address() : nullptr;
 }
 
 void fxBinaryReader::queue(fxBinaryReaderItem* item) { pushItem(item); }
@@ -136,7 +133,7 @@ unsigned char fxBinaryReader::readBlock(void** instance) {
 
     const Record* awaited = index->find(number);
     const bool forString = awaited && awaited->awaitedByString;
-    const unsigned int wanted = awaited && !awaited->address ? awaited->wanted : 0;
+    const unsigned int wanted = awaited && !awaited->address() ? awaited->wanted : 0;
     const unsigned int size = wanted > length ? wanted : length;
     if (size - length > longestPadding)
         return 0;
@@ -155,7 +152,7 @@ unsigned char fxBinaryReader::readBlock(void** instance) {
     Record& record = enter(number, memory.release());
     record.kind = forString ? Record::stringBlock : Record::arrayBlock;
     record.size = size;
-    *instance = record.address;
+    *instance = record.address();
     return 1;
 }
 
@@ -163,7 +160,7 @@ unsigned char fxBinaryReader::readObjectBody(void** instance) {
     const Record* typeRecord = index->find(arg2);
     if (!typeRecord || typeRecord->kind != Record::type)
         return 0;
-    fxTypeObj& type = *static_cast<fxTypeObj*>(typeRecord->address);
+    fxTypeObj& type = *static_cast<fxTypeObj*>(typeRecord->address());
     if (arg3 != type.version)
         fxFatal("XXX version error handling is missing");
     void* object = type.create ? type.create(type) : nullptr;
@@ -250,11 +247,11 @@ unsigned char fxBinaryReader::awaitTarget(const fxBinaryReaderItem& item) {
 // Fails when the number belongs to something the member cannot point to.
 unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
     Record* record = index->find(item.number);
-    if (!record || !record->entry)
+    if (!record || !record->inTable())
         record = &enter(item.number, nullptr);
-    if (!record->address && item.target == fxBinaryReaderItem::stringTarget)
+    if (!record->address() && item.target == fxBinaryReaderItem::stringTarget)
         return 0;  // a string has no null buffer
-    if (record->address) {
+    if (record->address()) {
         switch (item.target) {
             case fxBinaryReaderItem::objectTarget:
                 if (record->kind != Record::object)
@@ -269,14 +266,14 @@ unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
                 if (record->kind != Record::stringBlock || record->taken ||
                     record->size < item.wantedSize)
                     return 0;
-                static_cast<char*>(record->address)[item.wantedSize - 1] = '\0';
+                static_cast<char*>(record->address())[item.wantedSize - 1] = '\0';
                 break;
             default:
                 break;
         }
     }
     record->taken = true;
-    *item.field = record->address;
+    *item.field = record->address();
     return 1;
 }
 

@@ -16,36 +16,58 @@ const unsigned int blockItem = 1;
 
 std::uint32_t wordOf(const void* address) { return reinterpret_cast<std::uint32_t>(address); }
 
-// What the index knows of an address.
-struct NumberedAddress {
-    std::uint32_t key;     // the address
-    std::uint32_t number;  // as in the table
-    fxDictBucket* entry;   // the table's entry
-    bool used;
-};
-
 // The head of a record under construction: head byte, length, arguments.
 // Framing is little-endian on every host.
 class HeadBytes {
 public:
-    HeadBytes() : count(0) {}
+    HeadBytes() : end(bytes) {}
 
-    void add(std::uint32_t value, unsigned int byteCount) {
-        for (unsigned int i = 0; i < byteCount; ++i)
-            bytes[count++] = static_cast<char>(value >> (8 * i));
+    void addByte(std::uint32_t value) { *end++ = static_cast<char>(value); }
+
+    void addShort(std::uint32_t value) {
+        end[0] = static_cast<char>(value);
+        end[1] = static_cast<char>(value >> 8);
+        end += 2;
     }
 
-    void addWord(std::uint32_t value) { add(value, 4); }
+    void addWord(std::uint32_t value) {
+        end[0] = static_cast<char>(value);
+        end[1] = static_cast<char>(value >> 8);
+        end[2] = static_cast<char>(value >> 16);
+        end[3] = static_cast<char>(value >> 24);
+        end += 4;
+    }
 
-    unsigned char writeTo(fxStream* s) const { return s->putBytes(bytes, count); }
+    unsigned char writeTo(fxStream* s) const {
+        return s->putBytes(bytes, static_cast<unsigned int>(end - bytes));
+    }
 
 private:
     char bytes[1 + 4 + 3 * 4];
-    unsigned int count;
+    char* end;
 };
+
+// The head byte and the length that go with `payloadCount` bytes of payload.
+// Class 0 has no length field, class 1 one byte, class 2 two, class 3 four.
+void addTagAndLength(HeadBytes& head, unsigned int tag, unsigned int lengthShift,
+                     unsigned int payloadCount) {
+    if (payloadCount == 0) {
+        head.addByte(tag);
+    } else if (payloadCount <= 0xFF) {
+        head.addByte(tag | 1U << lengthShift);
+        head.addByte(payloadCount);
+    } else if (payloadCount <= 0xFFFF) {
+        head.addByte(tag | 2U << lengthShift);
+        head.addShort(payloadCount);
+    } else {
+        head.addByte(tag | 3U << lengthShift);
+        head.addWord(payloadCount);
+    }
+}
 }  // namespace
 
-struct fxBinaryWriter::Index : fxWordIndex<NumberedAddress> {};
+// Allocated addresses are multiples of 16.
+struct fxBinaryWriter::Index : fxWordIndex<fxBinaryOTEntry, 4> {};
 
 fxBinaryWriter::fxBinaryWriter(fxStream* s) : nextId(0), index(new Index) {
     reading = 0;
@@ -53,7 +75,10 @@ fxBinaryWriter::fxBinaryWriter(fxStream* s) : nextId(0), index(new Index) {
     recordIdForAddress(nullptr);  // 0 means "has no number"
 }
 
-fxBinaryWriter::~fxBinaryWriter() { delete index; }
+fxBinaryWriter::~fxBinaryWriter() {
+    table.removeAll();  // its entries are the index's
+    delete index;
+}
 
 const char* fxBinaryWriter::className() const { return "fxBinaryWriter"; }
 
@@ -66,19 +91,16 @@ void fxBinaryWriter::reset() {
 // Record numbers and the work list.
 
 unsigned long fxBinaryWriter::recordIdForAddress(void* address) {
-    const std::uint32_t number = nextId++;
-    NumberedAddress& known = index->findOrAdd(wordOf(address));
-    known.number = number;
-    if (known.entry)
-        std::memcpy(static_cast<char*>(known.entry->kvmem) + sizeof number, &number, sizeof number);
-    else
-        known.entry = table.enterNew(wordOf(address), number);
-    return number;
+    fxBinaryOTEntry& entry = index->findOrAdd(wordOf(address));
+    entry.value = nextId++;
+    if (!entry.bucket.kvmem)
+        table.link(entry);
+    return entry.value;
 }
 
 unsigned long fxBinaryWriter::alreadyWritten(void* address) {
-    const NumberedAddress* known = index->find(wordOf(address));
-    return known ? known->number : 0;
+    const fxBinaryOTEntry* entry = index->find(wordOf(address));
+    return entry ? entry->value : 0;
 }
 
 unsigned long fxBinaryWriter::queue(fxBinaryWriterItem* item) {
@@ -98,7 +120,12 @@ void fxBinaryWriter::setPending(fxBinaryOTTag pendingTag, unsigned long number) 
 unsigned char fxBinaryWriter::flush() {
     if (tag == fxOT_Data && payloadCount == 0)
         return 1;
-    if (!writeHead() || (payloadCount != 0 && !stream->putBytes(buffer, payloadCount)))
+    return flushPayload(buffer);
+}
+
+// Writes the pending record with the payload at `payload`.
+unsigned char fxBinaryWriter::flushPayload(const char* payload) {
+    if (!writeHead() || (payloadCount != 0 && !stream->putBytes(payload, payloadCount)))
         return 0;
     cursor = buffer;
     payloadCount = 0;
@@ -110,14 +137,8 @@ unsigned char fxBinaryWriter::flush() {
 unsigned char fxBinaryWriter::writeHead() {
     if (tag > fxOT_OldEmbedded)
         fxFatal("Whoops!");
-    // Class 0 has no length field, class 1 one byte, class 2 two, class 3 four.
-    unsigned int lengthClass = 0;
-    if (payloadCount != 0)
-        lengthClass = payloadCount <= 0xFF ? 1 : payloadCount <= 0xFFFF ? 2 : 3;
-    static const unsigned int lengthBytes[] = {0, 1, 2, 4};
     HeadBytes head;
-    head.add(tag | lengthClass << lengthShift, 1);
-    head.add(payloadCount, lengthBytes[lengthClass]);
+    addTagAndLength(head, tag, lengthShift, payloadCount);
 
     switch (tag) {
         case fxOT_Data:
@@ -151,6 +172,19 @@ unsigned char fxBinaryWriter::writeBytes(char* data, unsigned int n) {
     while (n != 0) {
         if (payloadCount == capacity && !flush())
             return 0;
+        if (payloadCount == 0 && n > capacity) {
+            // A full buffer that more bytes will follow is written from where
+            // it lies.
+            payloadCount = capacity;
+            if (!flushPayload(data)) {
+                std::memcpy(buffer, data, capacity);
+                cursor = buffer + capacity;
+                return 0;
+            }
+            data += capacity;
+            n -= capacity;
+            continue;
+        }
         const unsigned int room = capacity - payloadCount;
         const unsigned int step = n < room ? n : room;
         std::memcpy(cursor, data, step);

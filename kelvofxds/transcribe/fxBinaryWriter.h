@@ -96,6 +96,7 @@ private:
     friend struct fxBinaryWriterLayout;  // tests/transcribe/fxBinaryWriter_test.cpp
     struct Index;
 
+    unsigned char flushPayload(const char* payload);
     unsigned char writeHead();
     unsigned char writeItem(const fxBinaryWriterItem& item);
     void setPending(fxBinaryOTTag pendingTag, unsigned long number);

@@ -3,82 +3,126 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
+#include <new>
 
 #include "kelvofxds/core/fxMemoryInternal.h"
 
-/// Finds records by a 32-bit word in O(1): an open-addressing hash table that
-/// doubles when it is half full.
+/// Makes records and finds them by a 32-bit word in O(1), and keeps them where
+/// they are until it is cleared.
 ///
 /// The object table itself keeps few buckets and long chains, because its
-/// shape is part of the library's behaviour; look-ups go here instead. Record
-/// has a field `key` and, since it is moved and cleared byte-wise, is trivial;
-/// all bytes zero and `used` false is a vacant place.
-template <class Record>
+/// shape is part of the library's behaviour; look-ups go here instead. A hash
+/// table with open addressing, at most half full, points to the records, which
+/// lie in chunks in the order in which they were added. Record has a field
+/// `key` and is an aggregate without a destructor. Words that differ by
+/// 1 << Shift are expected to be looked up one after the other.
+template <class Record, unsigned int Shift = 0>
 class fxWordIndex {
 public:
-    fxWordIndex() : records(nullptr), capacity(0), count(0) {}
+    fxWordIndex()
+        : places(nullptr),
+          capacity(0),
+          count(0),
+          vacant(nullptr),
+          chunkEnd(nullptr),
+          chunks(nullptr) {}
     fxWordIndex(const fxWordIndex&) = delete;
     fxWordIndex& operator=(const fxWordIndex&) = delete;
-    ~fxWordIndex() { std::free(records); }
+    ~fxWordIndex() { clear(); }
 
-    /// The record of `key`, or null; valid until the next add.
-    Record* find(std::uint32_t key) const {
-        if (count == 0)
-            return nullptr;
-        Record& record = records[placeOf(key)];
-        return record.used ? &record : nullptr;
-    }
+    /// The record of `key`, or null.
+    Record* find(std::uint32_t key) const { return count != 0 ? places[placeOf(key)] : nullptr; }
 
-    /// The record of `key`, made with zero bytes if there was none.
+    /// The record of `key`, made with zero fields if there was none.
     Record& findOrAdd(std::uint32_t key) {
         if (count * 2 >= capacity)
             grow();
-        Record& record = records[placeOf(key)];
-        if (!record.used) {
-            record.used = true;
-            record.key = key;
+        Record*& place = places[placeOf(key)];
+        if (!place) {
+            place = newRecord();
+            place->key = key;
             ++count;
         }
-        return record;
+        return *place;
     }
 
+    /// Frees all records.
     void clear() {
-        std::free(records);
-        records = nullptr;
+        std::free(places);
+        places = nullptr;
         capacity = count = 0;
+        vacant = chunkEnd = nullptr;
+        while (Chunk* chunk = chunks) {
+            chunks = chunk->next;
+            std::free(chunk);
+        }
     }
 
 private:
     static const std::uint32_t smallest = 64;
+    static const std::uint32_t largestChunk = 4096;  // records
 
-    // Multiplying spreads what the low bits of aligned addresses lack.
-    std::uint32_t startOf(std::uint32_t key) const {
-        return static_cast<std::uint32_t>((std::uint64_t(key * 0x9E3779B1U) * capacity) >> 32);
-    }
+    struct Chunk {
+        Chunk* next;
+    };
 
+    // A key's first place is beside those of its neighbours, so that keys in
+    // order are looked up without jumping about in memory. Keys that collide
+    // go on to places which all their bits and our address decide, in the end
+    // through all places.
     std::uint32_t placeOf(std::uint32_t key) const {
-        std::uint32_t place = startOf(key);
-        while (records[place].used && records[place].key != key)
-            place = place + 1 < capacity ? place + 1 : 0;
+        const std::uint32_t mask = capacity - 1;
+        std::uint32_t place = key >> Shift & mask;
+        if (isFor(place, key))
+            return place;
+        std::uint32_t rest =
+            key ^ static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(this));
+        rest = (rest ^ rest >> 15) * 0x2C1B3C6DU;
+        rest = (rest ^ rest >> 12) * 0x297A2D39U;
+        rest ^= rest >> 15;
+        do {
+            place = (place * 5 + rest + 1) & mask;
+            rest >>= 5;
+        } while (!isFor(place, key));
         return place;
     }
 
+    bool isFor(std::uint32_t place, std::uint32_t key) const {
+        return !places[place] || places[place]->key == key;
+    }
+
     void grow() {
-        Record* old = records;
+        Record** old = places;
         const std::uint32_t oldCapacity = capacity;
         capacity = capacity != 0 ? capacity * 2 : smallest;
-        const std::size_t bytes = std::size_t(capacity) * sizeof(Record);
-        records = static_cast<Record*>(fxAllocate(bytes));
-        std::memset(static_cast<void*>(records), 0, bytes);
+        places = static_cast<Record**>(std::calloc(capacity, sizeof(Record*)));
+        if (!places)
+            std::abort();
         for (std::uint32_t i = 0; i < oldCapacity; ++i) {
-            if (old[i].used)
-                records[placeOf(old[i].key)] = old[i];
+            if (old[i])
+                places[placeOf(old[i]->key)] = old[i];
         }
         std::free(old);
     }
 
-    Record* records;         // owned
+    Record* newRecord() {
+        if (vacant == chunkEnd) {
+            const std::uint32_t n = count < smallest       ? smallest
+                                    : count < largestChunk ? count
+                                                           : largestChunk;
+            Chunk* chunk = static_cast<Chunk*>(fxAllocate(sizeof(Chunk) + n * sizeof(Record)));
+            chunk->next = chunks;
+            chunks = chunk;
+            vacant = reinterpret_cast<Record*>(chunk + 1);
+            chunkEnd = vacant + n;
+        }
+        return new (vacant++) Record();
+    }
+
+    Record** places;         // owned
     std::uint32_t capacity;  // places, a power of two
-    std::uint32_t count;     // places used
+    std::uint32_t count;     // places used, and records
+    Record* vacant;          // the next record of the newest chunk
+    Record* chunkEnd;        // one past its last
+    Chunk* chunks;           // owned, newest first
 };

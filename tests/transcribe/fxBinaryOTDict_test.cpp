@@ -23,6 +23,8 @@ Word valueOf(const fxBinaryOTDict& table, Word key) {
     return value ? *static_cast<const Word*>(value) : 0xDEAD;
 }
 
+void add(fxBinaryOTDict& table, Word key, Word value) { table.addInternal(&key, &value); }
+
 std::vector<Word> keysOf(fxBinaryOTDictIter& iter) {
     std::vector<Word> keys;
     for (; iter.getKey(); ++iter)
@@ -126,11 +128,12 @@ TEST(fxBinaryOTDict, entriesAreAddedFoundReplacedAndRemoved) {
     EXPECT_EQ(0u, *static_cast<Word*>(table.findCreate(&key))) << "a created value is 0";
 }
 
-TEST(fxBinaryOTDict, enterNewPutsTheEntryInFrontOfItsBucket) {
+TEST(fxBinaryOTDict, linkPutsTheCallersEntryInFrontOfItsBucket) {
+    fxBinaryOTEntry eight = {{}, 8, 1}, four = {{}, 4, 2}, sixteen = {{}, 16, 3};
     fxBinaryOTDict table(2);
-    table.enterNew(8, 1);   // bucket 0
-    table.enterNew(4, 2);   // bucket 1
-    table.enterNew(16, 3);  // bucket 0
+    table.link(eight);    // bucket 0
+    table.link(four);     // bucket 1
+    table.link(sixteen);  // bucket 0
     EXPECT_EQ(3u, table.length());
     EXPECT_EQ(1u, valueOf(table, 8));
     EXPECT_EQ(2u, valueOf(table, 4));
@@ -139,23 +142,45 @@ TEST(fxBinaryOTDict, enterNewPutsTheEntryInFrontOfItsBucket) {
     EXPECT_EQ((std::vector<Word>{16, 8, 4}), keysOf(iter));
 }
 
-TEST(fxBinaryOTDict, removeAllEmptiesItAndEndsItsIterators) {
+TEST(fxBinaryOTDict, linkedEntriesLiveBesideThoseOfTheTable) {
+    fxBinaryOTEntry eight = {{}, 8, 1};
     fxBinaryOTDict table(2);
-    table.enterNew(8, 1);
+    const Word keys[] = {16, 24}, values[] = {2, 3};
+    table.addInternal(&keys[0], &values[0]);
+    table.link(eight);
+    table.addInternal(&keys[1], &values[1]);
+
+    fxBinaryOTDictIter iter(table);
+    EXPECT_EQ((std::vector<Word>{24, 8, 16}), keysOf(iter));
+    table.remove(&eight.key);
+    EXPECT_EQ(nullptr, eight.bucket.kvmem);
+    EXPECT_EQ(2u, table.length());
+    EXPECT_EQ(0xDEADu, valueOf(table, 8));
+    table.link(eight);
+    EXPECT_EQ(1u, valueOf(table, 8));
+}
+
+TEST(fxBinaryOTDict, removeAllEmptiesItAndEndsItsIterators) {
+    fxBinaryOTEntry eight = {{}, 8, 1}, twelve = {{}, 12, 2};
+    fxBinaryOTDict table(2);
+    table.link(eight);
+    table.link(twelve);
     fxBinaryOTDictIter iter(table);
     table.removeAll();
     EXPECT_EQ(0u, table.length());
     EXPECT_EQ(2u, table.getNumBuckets());
     EXPECT_EQ(nullptr, iter.getKey());
-    table.enterNew(8, 2);
+    EXPECT_EQ(nullptr, eight.bucket.kvmem);
+    eight.value = 2;
+    table.link(eight);
     EXPECT_EQ(2u, valueOf(table, 8));
 }
 
 TEST(fxBinaryOTDict, assignmentMerges) {
     fxBinaryOTDict from(2);
     fxBinaryOTDict to(7);
-    from.enterNew(4, 1);
-    to.enterNew(8, 2);
+    add(from, 4, 1);
+    add(to, 8, 2);
     to = from;
     EXPECT_EQ(2u, to.length());
     EXPECT_EQ(1u, valueOf(to, 4));
@@ -164,7 +189,7 @@ TEST(fxBinaryOTDict, assignmentMerges) {
 
 TEST(fxBinaryOTDictIter, startsOnTheFirstEntryOfTheTableItWasGiven) {
     fxBinaryOTDict table(2);
-    table.enterNew(4, 40);
+    add(table, 4, 40);
     fxBinaryOTDictIter unattached;
     EXPECT_EQ(nullptr, unattached.getKey());
     fxBinaryOTDictIter fromReference(table);
@@ -178,8 +203,8 @@ TEST(fxBinaryOTDictIter, startsOnTheFirstEntryOfTheTableItWasGiven) {
 
 TEST(fxBinaryOTDictIter, movesOnWhenItsEntryIsRemoved) {
     fxBinaryOTDict table(2);
-    table.enterNew(8, 1);
-    table.enterNew(16, 2);
+    add(table, 8, 1);
+    add(table, 16, 2);
     fxBinaryOTDictIter iter(table);
     const Word removed = 16;
     table.remove(&removed);

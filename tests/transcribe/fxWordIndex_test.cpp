@@ -6,7 +6,6 @@ namespace {
 struct Entry {
     std::uint32_t key;
     std::uint32_t value;
-    bool used;
 };
 
 using Index = fxWordIndex<Entry>;
@@ -26,7 +25,6 @@ TEST(fxWordIndex, newRecordIsZeroExceptForItsKey) {
     const Entry& entry = index.findOrAdd(42);
     EXPECT_EQ(42u, entry.key);
     EXPECT_EQ(0u, entry.value);
-    EXPECT_TRUE(entry.used);
 }
 
 TEST(fxWordIndex, knownKeyGivesTheSameRecord) {
@@ -78,6 +76,14 @@ TEST(fxWordIndex, recordsSurviveGrowthWhateverThePatternOfKeys) {
         }
         EXPECT_EQ(0u, wrong);
     }
+}
+
+TEST(fxWordIndex, recordsStayWhereTheyAre) {
+    Index index;
+    Entry* const first = &index.findOrAdd(1);
+    for (std::uint32_t i = 2; i < 20000; ++i)
+        index.findOrAdd(i);
+    EXPECT_EQ(first, index.find(1));
 }
 
 TEST(fxWordIndex, clearForgetsEverything) {
