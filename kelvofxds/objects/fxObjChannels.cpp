@@ -14,8 +14,11 @@ namespace {
 const char inputs[] = "inputs";
 const char outputs[] = "outputs";
 
+// The channels in `property`; null if there is none, or if a host has put a
+// value of another type under the channels' name.
 fxVoidPtrDict* dictOf(const fxProperty* property) {
-    return property ? static_cast<fxVoidPtrDict*>(property->getAsVoidPtr()) : nullptr;
+    const bool holdsDict = property && property->getType() == fxDT_VoidPtr;
+    return holdsDict ? static_cast<fxVoidPtrDict*>(property->getAsVoidPtr()) : nullptr;
 }
 
 // The channels that the property called `name` holds; null if there is none.

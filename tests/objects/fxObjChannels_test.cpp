@@ -67,6 +67,28 @@ TEST_F(fxObjChannels, addOutputMakesAChannelInADictionaryOfItsOwn) {
     EXPECT_EQ(nullptr, channels(object, "inputs"));
 }
 
+TEST_F(fxObjChannels, aPropertyOfAnotherTypeUnderTheirNameIsNotTakenForChannels) {
+    for (const char* name : {"inputs", "outputs"}) {
+        SCOPED_TRACE(name);
+        fxObj object, other;
+        other.addInput("in", fxDT_int, nullptr, nullptr, 0);
+        unsigned short tag = fxProperty::findTag(name);
+        if (tag == fxProperty::noTag)
+            tag = fxProperty::allocNewTag(name);
+        object.setProperty(new fxProperty(tag, 37L));
+        object.removeOutput("out");
+        object.removeInput("in");
+        object.connect("out", &other, "in");
+        EXPECT_EQ(37, object.findProperty(tag)->getAsLong());
+
+        object.addInput("in", fxDT_int, nullptr, nullptr, 0);
+        object.addOutput("out", fxDT_int);
+        EXPECT_EQ(2U, object.getNumberOfProperties());
+        EXPECT_NE(nullptr, entry(object, "inputs", "in"));
+        EXPECT_NE(nullptr, entry(object, "outputs", "out"));
+    }
+}
+
 TEST_F(fxObjChannels, channelsLiveInTwoProperties) {
     fxObj object;
     EXPECT_EQ(0U, object.getNumberOfProperties());

@@ -421,8 +421,8 @@ TEST_F(fxObjTest, propertiesGoWhenOnlyTheBaseIsLeft) {
 TEST_F(fxObjTest, copyHasAFreshCountAndNoProperties) {
     fxObj object;
     object.count = 3;
-    object.setProperty(numberProperty(1));
     object.addOutput("out", fxDT_int);
+    object.setProperty(numberProperty(fxProperty::allocNewTag("a number")));
     fxObj copy(object);
     EXPECT_EQ(0, copy.count);
     EXPECT_EQ(0U, copy.getNumberOfProperties());
