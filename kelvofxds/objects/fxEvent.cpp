@@ -1,7 +1,5 @@
 #include "kelvofxds/objects/fxEvent.h"
 
-#include "kelvofxds/objects/fxEventHandler.h"
-
 unsigned long fxET_Unknown = 0;
 unsigned long fxET_MessageEvent = 0;
 
@@ -13,10 +11,7 @@ fxEvent::fxEvent(unsigned long typeCode)
 fxEvent::fxEvent(const fxEvent& other)
     : fxObj(other), next(nullptr), prev(nullptr), type(other.type), sequence(other.sequence) {}
 
-fxEvent::~fxEvent() {
-    if (getNumberOfProperties() == 0)
-        fxEventHandler::eventIsGoing(this);
-}
+fxEvent::~fxEvent() {}
 
 void fxEvent::dump(std::FILE* out) {
     std::fprintf(out, "Event: seq=%d type=%d\n", static_cast<int>(sequence),

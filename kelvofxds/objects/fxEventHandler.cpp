@@ -27,8 +27,7 @@ fxMessageEvent* fxMessagePool::first = nullptr;
 unsigned int fxMessagePool::length = 0;
 
 void fxMessagePool::put(fxEvent* event) {
-    if (length == limit() || typeid(*event) != typeid(fxMessageEvent) ||
-        event->getNumberOfProperties() != 0) {
+    if (length >= limit() || typeid(*event) != typeid(fxMessageEvent) || event->properties) {
         delete event;
         return;
     }
@@ -119,7 +118,7 @@ unsigned char zapMessageEvents(fxEvent* e, void* ch) {
 void fxEventHandler::removeMessageEvents(fxInputChannel* ch) { removeEvents(zapMessageEvents, ch); }
 
 namespace {
-const fxEvent* goingEvent = nullptr;
+const fxObj* goingMessage = nullptr;
 
 unsigned char isMessageFor(fxEvent* e, void* target) {
     fxInputChannel* channel = e->getType() == fxET_MessageEvent ? e->getChannel() : nullptr;
@@ -129,11 +128,11 @@ unsigned char isMessageFor(fxEvent* e, void* target) {
 }
 }  // namespace
 
-void fxEventHandler::eventIsGoing(const fxEvent* e) { goingEvent = e; }
+void fxEventHandler::messageIsGoing(const fxObj* message) { goingMessage = message; }
 
 void fxEventHandler::removeEventsFor(const void* target) {
-    if (target == goingEvent) {
-        goingEvent = nullptr;
+    if (target == goingMessage) {
+        goingMessage = nullptr;
         return;
     }
     if (queue.head)

@@ -51,11 +51,11 @@ public:
     unsigned int numberOfEvents() const { return queue.getCount(); }
 
 private:
-    friend class fxEvent;
+    friend class fxMessageEvent;
     friend struct fxEventQueueLayout;  // tests/objects/fxEventQueue_test.cpp
 
-    /// The fxObj about to be destroyed is `e`, which is nobody's target.
-    static void eventIsGoing(const fxEvent* e);
+    /// The fxObj about to be destroyed is `message`, which is nobody's target.
+    static void messageIsGoing(const fxObj* message);
     void dropPending(fxInputChannel* connection, fxData* data);
 
     fxEventQueue queue;

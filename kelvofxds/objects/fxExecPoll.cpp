@@ -4,7 +4,6 @@
 #include <sys/times.h>
 
 #include <cerrno>
-#include <climits>
 
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxExec.h"

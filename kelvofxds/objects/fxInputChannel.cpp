@@ -31,6 +31,8 @@ void fxInputChannel::flush() {
 }
 
 void fxInputChannel::disconnect() {
+    if (!sources || sources->length() == 0)
+        return;
     ++count;  // the last connection may hold the last reference
     while (const unsigned int n = sources ? sources->length() : 0) {
         static_cast<fxOutputChannel*>((*sources)[0])->remove(this);

@@ -1,5 +1,6 @@
 #include "kelvofxds/objects/fxMessageEvent.h"
 
+#include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/values/fxData.h"
 
@@ -13,6 +14,10 @@ fxMessageEvent::~fxMessageEvent() {
     channel->dec();
     if (--data->count == 0)
         delete data;
+    // What fxObj's destructor looks for in the queue would be messages to a
+    // message.
+    if (fx_theEventHandler && getNumberOfProperties() == 0)
+        fxEventHandler::messageIsGoing(this);
 }
 
 void fxMessageEvent::deliver() {

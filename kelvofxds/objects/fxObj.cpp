@@ -14,11 +14,9 @@ void release(fxProperty* property) {
 fxProperty* propertyAt(const fxVoidPtrArray& properties, unsigned int i) {
     return static_cast<fxProperty*>(properties[i]);
 }
-}  // namespace
 
 // An object whose properties are being removed. What they call back may delete
 // it, which it then says here.
-namespace {
 struct Removal {
     explicit Removal(const fxObj* o) : object(o), outer(innermost) { innermost = this; }
     Removal(const Removal&) = delete;

@@ -99,6 +99,7 @@ public:
     void sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flags);
 
 private:
+    friend class fxMessagePool;
     friend struct fxObjLayout;  // tests/objects/fxObj_test.cpp
 
     fxVoidPtrArray* properties;  // owned: fxProperty*, by tag, a reference each; null at first

@@ -134,6 +134,8 @@ void dt_output_dict(void* dict) {
 void fxObj::sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags) {
     if (fx_theEventHandler)
         fx_theEventHandler->postMessage(out, data, flags);
+    else if (data && data->count == 0)
+        delete data;
 }
 
 void fxObj::sendVoid(fxOutputChannel* out, fxSendFlags flags) {

@@ -1,6 +1,5 @@
 #include "kelvofxds/objects/fxTimer.h"
 
-#include "kelvofxds/containers/fxTypedArrays.h"
 #include "kelvofxds/values/fxData.h"
 
 fxTimer* fxTimer::activeTimers = nullptr;

@@ -395,6 +395,17 @@ TEST_F(fxExecPoll, handlersAreCalledForTheConditionsReturned) {
     }
 }
 
+TEST_F(fxExecPoll, setsAreNotLookedAtUnlessSomethingIsReady) {
+    registered(3, "rwx");
+    for (const int result : {0, -1}) {
+        SCOPED_TRACE(result);
+        SelectAnswer answer = ready({3}, {3}, {3});
+        answer.result = result;  // a failing select leaves what it was given
+        pass(answer);
+        EXPECT_EQ("select ", log());
+    }
+}
+
 TEST_F(fxExecPoll, bitsBelowTheLowestDescriptorAndWithoutHandlerCallNobody) {
     registered(5, "r");
     registered(9, "r");
@@ -448,10 +459,15 @@ TEST_F(fxExecPoll, handlerPutInPlaceOfALaterOneIsCalledInItsPlace) {
 TEST_F(fxExecPoll, rangeOfDescriptorsIsReadAgainOnEachStep) {
     ScriptedHandler& h = registered(3, "r");
     ScriptedHandler late(9, "r");
-    h.onRead = [&] { exec.addSelectHandler(&late); };
-    pass(ready({3, 9}));
+    ScriptedHandler next(4, "r");
+    h.onRead = [&] {
+        exec.addSelectHandler(&next);
+        exec.addSelectHandler(&late);
+    };
+    pass(ready({3, 4, 9}));
     EXPECT_EQ(4, lastSelect().nfds);
     EXPECT_EQ("select read3 ", log());
+    exec.removeSelectHandler(&next);
 
     exec.removeSelectHandler(&late);
     h.onRead = [&] {

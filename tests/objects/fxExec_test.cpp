@@ -245,6 +245,10 @@ TEST_F(fxExecTest, descriptorsAtTheEndsOfTheTableAreServed) {
         pass(ready({d}));
         EXPECT_EQ("read" + std::to_string(d) + " ", log());
         exec.removeSelectHandler(&h);
+        EXPECT_EQ(nullptr, Layout::handler(exec, d));
+        exec.updateSelectState();
+        EXPECT_EQ(101u, Layout::lowest(exec));
+        EXPECT_EQ(0u, Layout::nfds(exec));
     }
 }
 
@@ -328,10 +332,17 @@ TEST_F(fxExecTest, willBlockIsTrueExactlyWhenSelectReturnsZero) {
 }
 
 TEST_F(fxExecTest, willBlockLooksWithoutWaiting) {
+    registered(7, "w");
+    exec.willBlock();
+    EXPECT_FALSE(lastSelect().read.given);
+    EXPECT_EQ(Descriptors({7}), lastSelect().write.descriptors);
+    EXPECT_FALSE(lastSelect().exception.given);
+    exec.removeSelectHandler(&handler(7, ""));
+
     registered(5, "r");
     registered(9, "x");
     exec.willBlock();
-    ASSERT_EQ(1u, fake.selects.size());
+    ASSERT_EQ(2u, fake.selects.size());
     EXPECT_EQ(10, lastSelect().nfds);
     EXPECT_EQ(Descriptors({5}), lastSelect().read.descriptors);
     EXPECT_FALSE(lastSelect().write.given);

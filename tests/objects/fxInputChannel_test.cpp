@@ -1,5 +1,7 @@
 #include "kelvofxds/objects/fxInputChannel.h"
 
+#include <unistd.h>
+
 #include <csignal>
 #include <cstddef>
 #include <vector>
@@ -9,6 +11,7 @@
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "kelvofxds/values/fxConverter.h"
 #include "tests/support/dataFlow.h"
+#include "tests/support/heapCalls.h"
 
 static_assert(offsetof(fxInputChannel, target) == 0, "no table: a plain structure");
 static_assert(offsetof(fxInputChannel, function) == 4, "after target");
@@ -237,7 +240,9 @@ TEST_F(fxInputChannelTest, decReleasesOneReference) {
     EXPECT_EQ(2U, channel->count);
     channel->dec();
     EXPECT_EQ(1U, channel->count);
-    channel->dec();  // frees it
+    const long blocks = heapCalls().blocks;
+    channel->dec();
+    EXPECT_EQ(heapCallsAreCounted() ? blocks - 1 : blocks, heapCalls().blocks) << "it is freed";
 }
 
 TEST_F(fxInputChannelTest, lastReferenceOfALinkReleasesTheChain) {
@@ -280,10 +285,25 @@ TEST_F(fxInputChannelTest, chainGoesWithItsFirstLink) {
 
 TEST_F(fxInputChannelTest, destructorDeletesTheSources) {
     fxOutputChannel out(fxDT_int);
+    const long blocks = heapCalls().blocks;
     fxInputChannel* channel = heldChannel();
     channel->add(&out);
     channel->remove(&out);
-    channel->dec();  // a leak of the array would be reported
+    channel->dec();
+    EXPECT_EQ(blocks, heapCalls().blocks) << "the channel, the array and its elements";
+}
+
+TEST_F(fxInputChannelDeathTest, disconnectOfAChannelThatNobodyHoldsLeavesIt) {
+    const auto disconnectTwice = [] {
+        fxInputChannel channel(fxDT_int, nullptr, receiver(ignoreInt), 0);
+        fxOutputChannel out(fxDT_int);
+        channel.disconnect();
+        channel.add(&out);
+        channel.remove(&out);
+        channel.disconnect();
+        ::_exit(static_cast<int>(channel.count));
+    };
+    EXPECT_EXIT(disconnectTwice(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(fxInputChannelDeathTest, removeOfAnUnknownOutputIsFatal) {

@@ -1,3 +1,4 @@
+#include <new>
 #include <string>
 #include <vector>
 
@@ -6,6 +7,7 @@
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/objects/fxObj.h"
 #include "tests/support/dataFlow.h"
+#include "tests/support/heapCalls.h"
 
 // Either end of a connection may go first, with messages under way.
 
@@ -179,6 +181,40 @@ TEST_F(fxObjDestruction, targetsDeathDropsMessagesForInputsOfOtherObjects) {
     }
 }
 
+TEST_F(fxObjDestruction, targetWhereAnEventWasBeforeDropsItsMessagesToo) {
+    for (const bool withHandler : {true, false}) {
+        SCOPED_TRACE(withHandler);
+        FlowNode sender(log);
+        fxObj owner;
+        alignas(NoteEvent) unsigned char place[sizeof(NoteEvent)];
+        fxEventHandler* const handler = fx_theEventHandler;
+        fx_theEventHandler = withHandler ? handler : nullptr;
+        (new (place) NoteEvent(log, "event"))->~NoteEvent();
+        fx_theEventHandler = handler;
+
+        auto* target = new (place) fxObj;
+        owner.addInput("in", fxDT_int, target, receiver(FlowNode::receiveInt), 0);
+        sender.connect("out", &owner, "in");
+        sender.send(1);
+        target->~fxObj();
+        EXPECT_EQ(0U, queued());
+        owner.removeInput("in");
+    }
+}
+
+TEST_F(fxObjDestruction, anEventThatIsTheTargetOfAnothersInputDropsItsMessages) {
+    FlowNode sender(log);
+    fxObj owner;
+    auto* event = new NoteEvent(log, "event");
+    owner.addInput("in", fxDT_int, event, receiver(FlowNode::receiveInt), 0);
+    sender.connect("out", &owner, "in");
+    sender.send(1);
+    EXPECT_EQ(1U, queued());
+    delete event;
+    EXPECT_EQ(0U, queued());
+    owner.removeInput("in");
+}
+
 TEST_F(fxObjDestruction, eventsAreObjectsAndDropTheirMessagesToo) {
     FlowNode sender(log);
     auto* event = new NoteEvent(log, "event");
@@ -187,6 +223,22 @@ TEST_F(fxObjDestruction, eventsAreObjectsAndDropTheirMessagesToo) {
     sender.send(1);
     delete event;
     EXPECT_EQ(0U, queued());
+}
+
+TEST_F(fxObjDestruction, nothingIsLeftOnTheHeap) {
+    // The first round names the properties.
+    long blocks = 0;
+    for (const bool again : {false, true}) {
+        if (again)
+            blocks = heapCalls().blocks;
+        auto* sender = new FlowNode(log, "a");
+        auto* object = new FlowNode(log, "b", fxDT_fxBool);
+        sender->connect("out", object, "in");
+        sender->connect("out", sender, "in");
+        delete object;
+        delete sender;
+    }
+    EXPECT_EQ(blocks, heapCalls().blocks);
 }
 
 // The destroy functions of the two properties.
@@ -231,8 +283,10 @@ TEST_F(fxObjDestruction, outputDictionaryDeletesEveryChannel) {
 }
 
 TEST_F(fxObjDestruction, emptyDictionariesAreDeleted) {
+    const long blocks = heapCalls().blocks;
     dt_input_dict(new fxVoidPtrDict);
     dt_output_dict(new fxVoidPtrDict);
+    EXPECT_EQ(blocks, heapCalls().blocks);
 }
 
 TEST_F(fxObjDestruction, removingThePropertyIsTheEndOfItsChannels) {

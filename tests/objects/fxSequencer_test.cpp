@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/arraySuite.h"
+#include "tests/support/heapCalls.h"
 #include "tests/support/vtable.h"
 
 struct fxSequencerLayout {
@@ -138,10 +139,12 @@ TEST(fxSequencer, isNewWithoutRangesOrReferences) {
 }
 
 TEST(fxSequencer, isDeletedThroughItsBase) {
+    const long blocks = heapCalls().blocks;
     auto* sequencer = new fxSequencer;
     (*sequencer)();
     fxRCObj* object = sequencer;
     delete object;
+    EXPECT_EQ(blocks, heapCalls().blocks) << "the ranges go too";
 }
 
 TEST(fxSequencer, hasNoVirtualOperationButItsDestructors) {

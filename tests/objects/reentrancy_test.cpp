@@ -218,6 +218,18 @@ TEST_F(reentrancy, receiverConnectsMore) {
     });
 }
 
+TEST_F(reentrancy, receiverConnectsOneMoreForAWhile) {
+    inEachSetting([](Scene& scene) {
+        FlowNode more(scene.log, "more");
+        scene.actor().reaction = [&] {
+            scene.sender->connect("out", &more, "in");
+            scene.sender->disconnect("out", &more, "in");
+        };
+        EXPECT_EQ(scene.all(1), scene.send(1));
+        EXPECT_EQ(scene.all(2), scene.send(2));
+    });
+}
+
 TEST_F(reentrancy, receiverReconnectsItself) {
     inEachSetting([](Scene& scene) {
         scene.actor().reaction = [&] {

@@ -189,6 +189,27 @@ TEST_F(reentrantProperties, propertySetWhileAllGoIsReleasedWithTheObject) {
     }
 }
 
+TEST_F(reentrantProperties, propertyDeletesItsObjectWhileAllGo) {
+    for (const unsigned int tag : {1U, 2U, 3U}) {
+        SCOPED_TRACE(tag);
+        auto* object = new fxObj;
+        fxObj other;
+        int ends = 0;
+        for (const unsigned int each : {1U, 2U, 3U}) {
+            object->setProperty(actingProperty(each, [&, each] {
+                ++ends;
+                if (each == tag)
+                    delete object;
+            }));
+        }
+        other.setProperty(actingProperty(1, [&] { object->removeAllProperties(); }));
+        other.setProperty(new fxProperty(tagOf(2), 1L));
+        other.removeAllProperties();
+        EXPECT_EQ(3, ends);
+        EXPECT_EQ(0U, other.getNumberOfProperties()) << "the other one goes on";
+    }
+}
+
 TEST_F(reentrantProperties, dyingObjectIsDisconnectedByItsProperty) {
     // Below, between and above the tags of the channel properties, as far as
     // there is room.

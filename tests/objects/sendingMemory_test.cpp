@@ -1,45 +1,19 @@
 #include <malloc.h>
 
-#include <cstdlib>
-#include <new>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "tests/support/dataFlow.h"
+#include "tests/support/heapCalls.h"
 
 // Holders and messages that come and go take their memory from what earlier
 // ones have left.
 
 namespace {
-unsigned long allocations = 0;
-}
-
-#ifndef __SANITIZE_ADDRESS__
-// The global operators of the whole test program, which count. Sanitizers have
-// their own, which find more.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++allocations;
-    void* memory = std::malloc(size != 0 ? size : 1);
-    if (!memory)
-        throw std::bad_alloc();
-    return memory;
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-#endif
-
-namespace {
 
 const fxObj::fxSendFlags allFlags[] = {fxObj::fxSendQueued, fxObj::fxSendNow, fxObj::fxSendUrgent};
-
-// False under tools that bring operators of their own.
-bool allocationsAreCounted() {
-    const unsigned long before = allocations;
-    ::operator delete(::operator new(1));
-    return allocations != before;
-}
 
 unsigned int heapInUse() { return static_cast<unsigned int>(::mallinfo2().uordblks); }
 
@@ -64,7 +38,7 @@ protected:
 
     void SetUp() override {
         DataFlowTest::SetUp();
-        if (!allocationsAreCounted())
+        if (!heapCallsAreCounted())
             GTEST_SKIP() << "allocations are not counted in this build or under this tool";
         void (*const functions[types])() = {
             receiver(countVoid),         receiver(countValue<unsigned char>),
@@ -103,13 +77,18 @@ protected:
         for (const fxObj::fxSendFlags flags : allFlags) {
             SCOPED_TRACE(flags);
             sendAll(flags, times);
-            const unsigned int heap = heapInUse();
-            const unsigned long before = allocations;
+            calls = 0;
+            const HeapCalls before = heapCalls();
             for (int i = 0; i < 1000; ++i)
                 sendAll(flags, times);
-            const unsigned long after = allocations;
-            EXPECT_EQ(heap, heapInUse());
-            EXPECT_EQ(before, after);
+            const HeapCalls after = heapCalls();
+            EXPECT_EQ(before.allocations, after.allocations);
+            EXPECT_EQ(before.releases, after.releases);
+            // Inputs that keep the latest message only get one of those queued.
+            const int latest = flags == fxObj::fxSendNow ? times : 1;
+            const int plain = static_cast<int>(types) * times;
+            const int converted = 4, kept = static_cast<int>(types);
+            EXPECT_EQ(1000 * (plain + converted * times + kept * latest), calls);
         }
     }
 
@@ -121,9 +100,28 @@ protected:
 
 }  // namespace
 
-TEST_F(sendingMemory, sendsInSteadyStateAllocateNothing) { expectSteadyState(1); }
+TEST_F(sendingMemory, sendsInSteadyStateCallNeitherMallocNorFree) { expectSteadyState(1); }
 
-TEST_F(sendingMemory, messagesThatAreReplacedAllocateNothing) { expectSteadyState(3); }
+TEST_F(sendingMemory, messagesThatAreReplacedCallNeitherMallocNorFree) { expectSteadyState(3); }
+
+TEST_F(sendingMemory, textIsCopiedOnceAndFreedOnce) {
+    fxOutputChannel texts(fxDT_CharPtr);
+    for (const char* name : {"first", "second"})
+        texts.add(object.addInput(name, fxDT_CharPtr, &calls, receiver(countValue<char*>), 0));
+    for (const fxObj::fxSendFlags flags : allFlags) {
+        SCOPED_TRACE(flags);
+        object.sendCharPtr(&texts, "text", flags);
+        fx_theEventHandler->distributeEvents();
+        const HeapCalls before = heapCalls();
+        for (int i = 0; i < 1000; ++i) {
+            object.sendCharPtr(&texts, "text", flags);
+            fx_theEventHandler->distributeEvents();
+        }
+        const HeapCalls after = heapCalls();
+        EXPECT_EQ(before.allocations + 1000, after.allocations);
+        EXPECT_EQ(before.releases + 1000, after.releases);
+    }
+}
 
 TEST_F(sendingMemory, aMillionSendsDoNotGrowTheHeap) {
     for (const fxObj::fxSendFlags flags : allFlags) {

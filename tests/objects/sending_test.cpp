@@ -6,6 +6,7 @@
 
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "kelvofxds/values/fxConverter.h"
+#include "kelvofxds/values/fxProperty.h"
 #include "tests/support/dataFlow.h"
 
 namespace {
@@ -172,6 +173,18 @@ TEST_F(sending, anEventHandlerIsNeeded) {
     EXPECT_EQ(1U, data.count);
 }
 
+TEST_F(sending, valueThatNobodyHoldsIsDeletedWithoutAnEventHandler) {
+    connectAll();
+    fxEventHandler* const handler = std::exchange(fx_theEventHandler, nullptr);
+    for (const fxObj::fxSendFlags flags : allFlags) {
+        sender.sendData(sender.out, nullptr, flags);
+        sender.sendData(sender.out, new SpyData(1), flags);
+    }
+    fx_theEventHandler = handler;
+    EXPECT_EQ(0, SpyData::alive);
+    EXPECT_EQ("", log.take());
+}
+
 // Orders.
 
 TEST_F(sending, queuedMessagesGoToTheTailInConnectionOrder) {
@@ -219,16 +232,22 @@ TEST_F(sending, messagesAreNumberedInTheOrderOfPosting) {
 }
 
 TEST_F(sending, everyMessageIsANewEvent) {
+    const unsigned short tag = 0;
     sender.connect("out", &a, "in");
-    for (int value = 1; value <= 3; ++value) {
+    for (int value = 1; value <= 4; ++value) {
         sender.send(value);
         fxEvent* message = queuedEvents()[0];
         EXPECT_EQ(0, message->count);
         EXPECT_EQ(0U, message->getNumberOfProperties());
         EXPECT_EQ(fxET_MessageEvent, message->getType());
+        unsigned int index = 77;
+        EXPECT_EQ(nullptr, message->findProperty(tag, &index));
+        EXPECT_EQ(77U, index) << "it never had a property";
         message->count = 5;
         if (value == 1)
             message->addInput("in", fxDT_int, nullptr, nullptr, 0);
+        if (value == 2)
+            message->setProperty(new fxProperty(tag, 1L)).removeAllProperties();
         EXPECT_EQ("a=" + std::to_string(value), distribute());
     }
 }

@@ -14,6 +14,7 @@
 
 #include "kelvofxds/core/fxRCObj.h"
 #include "kelvofxds/core/fxToolkit.h"
+#include "tests/support/heapCalls.h"
 #include "tests/support/vtable.h"
 
 #pragma GCC diagnostic push
@@ -233,6 +234,17 @@ TEST_F(fxDataTest, textHolderOwnsItsText) {
     EXPECT_STREQ("text", text);
 }
 
+TEST_F(fxDataTest, textHolderFreesItsText) {
+    delete new fxCharPtrData(nullptr);  // leaves its memory to the next one
+    const HeapCalls before = heapCalls();
+    auto* data = new fxCharPtrData(::strdup("text"));
+    EXPECT_EQ(before.releases, heapCalls().releases);
+    delete data;
+    const HeapCalls after = heapCalls();
+    EXPECT_EQ(before.blocks, after.blocks);
+    EXPECT_EQ(before.releases + (heapCallsAreCounted() ? 1 : 0), after.releases);
+}
+
 TEST_F(fxDataTest, textHolderOfNothing) {
     fxCharPtrData data(nullptr);
     Receiver<char*> receiver;
@@ -368,17 +380,23 @@ TEST_F(fxDataTest, deliberateNamesAreTheSameButForTextsAndNothing) {
 // Making and deleting holders.
 
 TEST_F(fxDataTest, holdersAreDeletedThroughTheirBase) {
-    fxData* const holders[] = {new fxVoidData,
-                               new fxBoolData(1),
-                               new fxIntData(1),
-                               new fxLongData(1),
-                               new fxFloatData(1),
-                               new fxDoubleData(1),
-                               new fxCharPtrData(::strdup("text")),
-                               new fxStrData("text"),
-                               new fxStrArrayData(arrayOf({"a", "b"}))};
-    for (fxData* holder : holders)
-        delete holder;
+    long blocks = 0;
+    for (const bool again : {false, true}) {
+        if (again)
+            blocks = heapCalls().blocks;  // with the memory that is kept for holders
+        fxData* const holders[] = {new fxVoidData,
+                                   new fxBoolData(1),
+                                   new fxIntData(1),
+                                   new fxLongData(1),
+                                   new fxFloatData(1),
+                                   new fxDoubleData(1),
+                                   new fxCharPtrData(::strdup("text")),
+                                   new fxStrData("text"),
+                                   new fxStrArrayData(arrayOf({"a", "b"}))};
+        for (fxData* holder : holders)
+            delete holder;
+    }
+    EXPECT_EQ(blocks, heapCalls().blocks) << "their values go too";
 }
 
 TEST_F(fxDataTest, holdersOfTheHostsOwnDelete) {

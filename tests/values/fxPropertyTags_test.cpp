@@ -8,6 +8,7 @@
 #include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/values/fxData.h"
 #include "kelvofxds/values/fxProperty.h"
+#include "tests/support/heapCalls.h"
 
 namespace {
 const unsigned short noTag = 65535;
@@ -118,6 +119,20 @@ TEST_F(fxPropertyTagsDeathTest, tableIsConstructedUnlessItExists) {
         fxProperty::constructPropertyNames();
         ASSERT_NE(nullptr, fx_propertyNames);
         EXPECT_EQ(0u, fx_propertyNames->length());
+        endChild();
+    };
+    EXPECT_EXIT(check(), succeeds, "");
+}
+
+TEST_F(fxPropertyTagsDeathTest, tableIsDeletedWithItsNames) {
+    const auto check = [] {
+        fxProperty::destroyPropertyNames();
+        const long blocks = heapCalls().blocks;
+        fxProperty::constructPropertyNames();
+        for (const char* name : {"first", "second"})
+            fxProperty::allocNewTag(name);
+        fxProperty::destroyPropertyNames();
+        EXPECT_EQ(blocks, heapCalls().blocks);
         endChild();
     };
     EXPECT_EXIT(check(), succeeds, "");

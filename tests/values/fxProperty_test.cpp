@@ -17,6 +17,7 @@
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/values/fxData.h"
+#include "tests/support/heapCalls.h"
 #include "tests/support/vtable.h"
 
 struct fxPropertyLayout {
@@ -263,6 +264,18 @@ TEST_F(fxPropertyTest, ownedTextIsFreedWhenReplaced) {
     EXPECT_EQ(two, property.getAsCharPtr());
     property.setAsCharPtr(::strdup("third"), 1);
     EXPECT_EQ(fxDT_CharPtr, property.getType());
+}
+
+TEST_F(fxPropertyTest, ownedTextAndStringGoWithTheProperty) {
+    const long blocks = heapCalls().blocks;
+    delete new fxProperty(5, ::strdup("text"), 1);
+    delete new fxProperty(5, fxStr("a string of its own"));
+    auto* property = new fxProperty(5, ::strdup("first"), 1);
+    property->setAsCharPtr(::strdup("second"), 1);
+    EXPECT_EQ(heapCallsAreCounted() ? blocks + 2 : blocks, heapCalls().blocks)
+        << "the property and the second text";
+    delete property;
+    EXPECT_EQ(blocks, heapCalls().blocks);
 }
 
 TEST_F(fxPropertyTest, heldTextSetAgainOnlyChangesTheOwner) {

@@ -1,0 +1,84 @@
+#include "tests/support/heapCalls.h"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+HeapCalls calls = {0, 0, 0};
+}  // namespace
+
+HeapCalls heapCalls() { return calls; }
+
+bool heapCallsAreCounted() {
+    const HeapCalls before = calls;
+    void* volatile block = std::malloc(1);
+    std::free(block);
+    const HeapCalls between = calls;
+    void* volatile object = ::operator new(1);
+    ::operator delete(object);
+    return between.allocations == before.allocations + 1 &&
+           between.releases == before.releases + 1 &&
+           calls.allocations == between.allocations + 1 && calls.releases == between.releases + 1;
+}
+
+#ifndef __SANITIZE_ADDRESS__
+
+namespace {
+// The definition that this file's would hide.
+template <class Function>
+Function* systemFunction(Function*& known, const char* name) {
+    if (!known)
+        known = reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+    if (!known)
+        std::abort();
+    return known;
+}
+
+// Constant-initialised: the first calls come before any constructor.
+void* (*systemMalloc)(std::size_t) = nullptr;
+void* (*systemCalloc)(std::size_t, std::size_t) = nullptr;
+void* (*systemRealloc)(void*, std::size_t) = nullptr;
+void (*systemFree)(void*) = nullptr;
+}  // namespace
+
+// The program's own definitions come before the C library's, also for the
+// calls that shared libraries make.
+
+extern "C" {
+
+void* malloc(std::size_t size) noexcept {
+    void* block = systemFunction(systemMalloc, "malloc")(size);
+    ++calls.allocations;
+    calls.blocks += block != nullptr;
+    return block;
+}
+
+void* calloc(std::size_t n, std::size_t size) noexcept {
+    void* block = systemFunction(systemCalloc, "calloc")(n, size);
+    ++calls.allocations;
+    calls.blocks += block != nullptr;
+    return block;
+}
+
+void* realloc(void* old, std::size_t size) noexcept {
+    void* block = systemFunction(systemRealloc, "realloc")(old, size);
+    ++calls.allocations;
+    // The old block is gone unless the call failed.
+    calls.blocks += block != nullptr;
+    calls.blocks -= old && (block || size == 0);
+    return block;
+}
+
+void free(void* block) noexcept {
+    if (block) {
+        ++calls.releases;
+        --calls.blocks;
+    }
+    systemFunction(systemFree, "free")(block);
+}
+
+}  // extern "C"
+
+#endif
