@@ -14,7 +14,7 @@ const unsigned int notFound = 0xFFFFFFFF;
 // Block copies of the usual element sizes without a call.
 void moveBytes(void* to, const void* from, unsigned int bytes) {
     if (bytes == 4)
-        std::memcpy(to, from, 4);
+        std::memmove(to, from, 4);
     else if (bytes == 8)
         std::memmove(to, from, 8);
     else if (bytes != 0)

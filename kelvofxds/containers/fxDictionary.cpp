@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "kelvofxds/containers/fxArrayFamilyInternal.h"
+#include "kelvofxds/containers/fxChainsInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 // The two tables.
@@ -17,33 +18,22 @@ FX_DEFINE_ARRAY(fxDictBuckets, fxDictBucket*)
 FX_DEFINE_ARRAY(fxDictIters, fxDictIter*)
 // NOLINTEND(bugprone-sizeof-expression)
 
-namespace {
-const unsigned int defaultBuckets = 31;
-const unsigned int mostBuckets = 0x1FFFFFFF;  // what half of the address space holds
+void fxDictBuckets::createElements(void* at, unsigned int bytes) { fxClearPointers(at, bytes); }
 
-void clear(void* at, unsigned int bytes) {
-    if (bytes != 0)
-        std::memset(at, 0, bytes);
-}
-}  // namespace
-
-void fxDictBuckets::createElements(void* at, unsigned int bytes) { clear(at, bytes); }
-
-void fxDictIters::createElements(void* at, unsigned int bytes) { clear(at, bytes); }
+void fxDictIters::createElements(void* at, unsigned int bytes) { fxClearPointers(at, bytes); }
 
 bool fxDictBuckets::makeEmptyBuckets(unsigned int n) {
     std::free(data);
-    data = n <= mostBuckets ? std::calloc(n, sizeof(void*)) : nullptr;
-    const bool made = data != nullptr || n == 0;
-    len = maxLen = made ? n * static_cast<unsigned int>(sizeof(void*)) : 0;
-    return made;
+    data = fxAllocateHeads(n);
+    len = maxLen = data ? n * static_cast<unsigned int>(sizeof(void*)) : 0;
+    return data != nullptr || n == 0;
 }
 
 // Construction.
 
 fxDictionary::fxDictionary(unsigned int keyBytes, unsigned int valueBytes, unsigned int numBuckets)
     : numItems(0), keySize(keyBytes), valueSize(valueBytes) {
-    buckets.resize(numBuckets != 0 ? numBuckets : defaultBuckets);
+    buckets.resize(numBuckets != 0 ? numBuckets : fxDefaultBuckets);
 }
 
 fxDictionary::fxDictionary(const fxDictionary& other)
@@ -91,15 +81,7 @@ void fxDictionary::cleanup() {
 
 // The operations on keys and values that have a default.
 
-unsigned int fxDictionary::hashKey(const void* key) const {
-    std::uint32_t hash = 0;
-    for (unsigned int offset = 0; offset + sizeof hash <= keySize; offset += sizeof hash) {
-        std::uint32_t word;
-        std::memcpy(&word, static_cast<const char*>(key) + offset, sizeof word);
-        hash ^= word;
-    }
-    return hash;
-}
+unsigned int fxDictionary::hashKey(const void* key) const { return fxHashWords(key, keySize); }
 
 void fxDictionary::destroyKey(void*) const {}
 
@@ -128,7 +110,7 @@ fxDictionary::Place fxDictionary::lookUp(const void* key) const {
 
 fxDictionary::Place fxDictionary::lookUpToAdd(const void* key) {
     if (bucketCount() == 0)
-        buckets.resize(defaultBuckets);
+        buckets.resize(fxDefaultBuckets);
     return lookUp(key);
 }
 
@@ -189,7 +171,8 @@ fxDictBucket* fxDictionary::unlink(const void* key) {
 }
 
 void fxDictionary::release(fxDictBucket* b) {
-    if (b->kvmem == b + 1) {
+    const unsigned int alignmentOfNew = 8;
+    if (reinterpret_cast<std::uintptr_t>(b) % alignmentOfNew != 0) {
         b->kvmem = nullptr;
         return;
     }
@@ -223,41 +206,23 @@ void* fxDictionary::cut(const void* key) {
 
 // Iterators.
 
-void fxDictionary::addIter(fxDictIter* iter) {
-    const unsigned int none = 0xFFFFFFFF;
-    fxDictIter* vacant = nullptr;
-    if (iters.find(&iter) != none)
-        return;
-    const unsigned int place = iters.find(&vacant);
-    if (place != none)
-        iters[place] = iter;
-    else
-        iters.append(&iter);
-}
+void fxDictionary::addIter(fxDictIter* iter) { fxRegisterIter(iters, iter); }
 
-void fxDictionary::removeIter(fxDictIter* iter) {
-    const unsigned int place = iters.find(&iter);
-    if (place < iters.length())
-        iters.remove(place, 1);
-}
+void fxDictionary::removeIter(fxDictIter* iter) { fxDeregisterIter(iters, iter); }
 
 void fxDictionary::invalidateIters(const fxDictBucket* b) const {
-    for (unsigned int i = 0; i < iters.length();) {
-        fxDictIter* iter = iters[i];
-        if (iter && iter->bucket == b && iter->dict && !(iter->flags & fxDictIter::parked)) {
-            if (iter->flags & fxDictIter::advanced) {
-                // A second removal leaves the iterator on the removed entry.
-                iter->flags |= fxDictIter::parked;
-            } else {
-                iter->bucket = b->next;
-                if (!iter->bucket)
-                    iter->advanceToValid();
-            }
-            if (iter->dict)
-                iter->flags |= fxDictIter::advanced;
+    fxVisitIters(iters, [b](fxDictIter& iter) {
+        if (iter.bucket != b || !iter.dict || (iter.flags & fxDictIter::parked))
+            return;
+        if (iter.flags & fxDictIter::advanced) {
+            // A second removal leaves the iterator on the removed entry.
+            iter.flags |= fxDictIter::parked;
+        } else {
+            iter.bucket = b->next;
+            if (!iter.bucket)
+                iter.advanceToValid();
         }
-        // An iterator that came to its end has deregistered itself.
-        if (i < iters.length() && iters[i] == iter)
-            ++i;
-    }
+        if (iter.dict)
+            iter.flags |= fxDictIter::advanced;
+    });
 }

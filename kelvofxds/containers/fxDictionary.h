@@ -3,6 +3,7 @@
 
 #include "kelvofxds/containers/fxArrayFamily.h"
 
+class fxClaimedSizes;
 class fxDictIter;
 
 /// One entry of a dictionary.
@@ -130,8 +131,9 @@ protected:
     void* valueOf(const fxDictBucket* b) const { return static_cast<char*>(b->kvmem) + keySize; }
     /// Adds an entry whose block is `kvmem` at the front of a bucket.
     fxDictBucket* pushEntry(unsigned int bucketIndex, void* kvmem);
-    /// Frees an entry that has been unlinked, and its block. An entry that lies
-    /// right before its block is somebody else's and only loses the block.
+    /// Frees an entry that has been unlinked, and its block. An entry that does
+    /// not lie on a multiple of 8, as those from new do, is somebody else's and
+    /// only loses the block.
     void release(fxDictBucket* b);
 
     unsigned int numItems;   // entries
@@ -145,8 +147,8 @@ private:
     Place lookUp(const void* key) const;
     Place lookUpToAdd(const void* key);
     fxDictBucket* unlink(const void* key);
-    unsigned char readEntries(fxTranscriber& t, unsigned int numBuckets);
-    unsigned char readHeader(fxTranscriber& t, unsigned int& numBuckets);
+    unsigned char readHeader(fxTranscriber& t, fxClaimedSizes& claimed, unsigned int& numBuckets);
+    unsigned char readEntries(fxTranscriber& t, fxClaimedSizes& claimed, unsigned int numBuckets);
     unsigned char writeEntries(fxTranscriber& t);
 };
 

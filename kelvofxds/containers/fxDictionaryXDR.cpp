@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "kelvofxds/containers/fxChainsInternal.h"
 #include "kelvofxds/containers/fxDictionary.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
@@ -21,14 +22,12 @@ unsigned char fxDictionary::xdr(void* object, fxTranscriber& t) {
     return t.xdr(fxXDRObj_type, object, object) != 0;
 }
 
-namespace {
-const unsigned int largestPart = 4096;  // of an entry read from a stream, in bytes
-}  // namespace
-
 unsigned char fxDictionary::doxdr(fxTranscriber& t) {
     unsigned int numBuckets = bucketCount();
-    if (t.isReading())
-        return readHeader(t, numBuckets) && readEntries(t, numBuckets);
+    if (t.isReading()) {
+        fxClaimedSizes claimed;
+        return readHeader(t, claimed, numBuckets) && readEntries(t, claimed, numBuckets);
+    }
     return t.xdr(&numItems, 1) && t.xdr(&keySize, 1) && t.xdr(&valueSize, 1) &&
            t.xdr(&numBuckets, 1) && writeEntries(t);
 }
@@ -36,7 +35,8 @@ unsigned char fxDictionary::doxdr(fxTranscriber& t) {
 // Reads the sizes and makes the buckets. What a stream claims is only believed
 // where it fits: keys and values at least as large as the class's own but not
 // out of all proportion to the bytes that fill them, buckets for the entries.
-unsigned char fxDictionary::readHeader(fxTranscriber& t, unsigned int& numBuckets) {
+unsigned char fxDictionary::readHeader(fxTranscriber& t, fxClaimedSizes& claimed,
+                                       unsigned int& numBuckets) {
     unsigned int items = 0;
     unsigned int keyBytes = 0;
     unsigned int valueBytes = 0;
@@ -44,8 +44,8 @@ unsigned char fxDictionary::readHeader(fxTranscriber& t, unsigned int& numBucket
     if (!t.xdr(&items, 1) || !t.xdr(&keyBytes, 1) || !t.xdr(&valueBytes, 1) ||
         !t.xdr(&numBuckets, 1))
         return 0;
-    if (keyBytes < keySize || keyBytes > largestPart || valueBytes < valueSize ||
-        valueBytes > largestPart || (numBuckets == 0 && items != 0))
+    if (!claimed.add(keyBytes, keySize) || !claimed.add(valueBytes, valueSize) ||
+        (numBuckets == 0 && items != 0))
         return 0;
     cleanup();
     numItems = 0;
@@ -57,8 +57,11 @@ unsigned char fxDictionary::readHeader(fxTranscriber& t, unsigned int& numBucket
     return 1;
 }
 
-unsigned char fxDictionary::readEntries(fxTranscriber& t, unsigned int numBuckets) {
+unsigned char fxDictionary::readEntries(fxTranscriber& t, fxClaimedSizes& claimed,
+                                        unsigned int numBuckets) {
     for (unsigned int i = 0; i < numItems; ++i) {
+        if (!claimed.takeEntry())
+            return 0;
         // On failure the block is not freed: the reader may have noted
         // addresses in it.
         void* block = std::malloc(keySize + valueSize);

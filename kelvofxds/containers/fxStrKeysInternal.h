@@ -14,11 +14,7 @@ inline const fxStr& fxStrAt(const void* p) { return *static_cast<const fxStr*>(p
 
 /// compare() of the strings at `a` and `b`.
 inline int fxCompareStrs(const void* a, const void* b) {
-    const char* x = fxStrAt(a).c_str();
-    const char* y = fxStrAt(b).c_str();
-    // Most keys of a chain differ in the first byte already.
-    const int first = static_cast<unsigned char>(*x) - static_cast<unsigned char>(*y);
-    return first != 0 ? first : std::strcmp(x, y);
+    return std::strcmp(fxStrAt(a).c_str(), fxStrAt(b).c_str());
 }
 
 /// Makes a copy of the string at `from` in raw memory; a null target is left.

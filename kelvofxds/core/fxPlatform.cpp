@@ -25,9 +25,9 @@ FX_REPLACEABLE int imsg_sprintf(char* buffer, int, const char* format, ...) {
 
 namespace {
 void copyCut(char* to, int size, const char* from, std::size_t length) {
-    if (size <= 0)
+    if (size < 0)
         return;
-    const std::size_t room = static_cast<std::size_t>(size) - 1;
+    const std::size_t room = static_cast<std::size_t>(size);
     const std::size_t n = length < room ? length : room;
     std::memcpy(to, from, n);
     to[n] = '\0';

@@ -21,8 +21,9 @@ FX_EXPORT int imsg_sprintf(char* buffer, int number, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
 /// Splits `path` into everything before its last component and that component,
-/// each cut to its buffer's size (in bytes, the NUL included; nothing is
-/// written to a buffer of size 0 or less). Trailing slashes do not count. A
+/// each cut to its buffer's size: in bytes, the NUL not included, for which
+/// there is one byte more. Nothing is written to a buffer of a negative size.
+/// Trailing slashes do not count. A
 /// path without a separator has the directory "."; "/" has the directory "/"
 /// and an empty leaf. Returns 0.
 /// Deliberate: a path whose only separator is its leading slash has an empty

@@ -108,6 +108,16 @@ unsigned int estimate(const char* format, std::va_list* args) {
     }
     return total;
 }
+
+// The size that a block of `size` bytes should have had for what vsnprintf did
+// with it; 0 if it will do. An error does not tell how much was to be printed
+// before it, so a full block is doubled, within reason.
+std::size_t tooShort(const char* text, std::size_t size, int printed) {
+    const std::size_t mostAfterError = 1U << 24;
+    if (printed >= 0)
+        return static_cast<std::size_t>(printed) < size ? 0 : static_cast<std::size_t>(printed) + 1;
+    return std::strlen(text) + 1 < size || size >= mostAfterError ? 0 : size * 2;
+}
 }  // namespace
 
 void fxStr::format(const char* format, ...) {
@@ -124,17 +134,16 @@ void fxStr::vformat(const char* format, std::va_list args) {
     va_end(scanned);
 
     // A new block, since the arguments may point into the old one.
-    char* text = static_cast<char*>(fxAllocate(size));
-    text[0] = text[size - 1] = '\0';
-    std::va_list retry;
-    va_copy(retry, args);
-    const int printed = std::vsnprintf(text, size, format, args);
-    if (printed >= 0 && static_cast<std::size_t>(printed) >= size) {
-        size = static_cast<std::size_t>(printed) + 1;
-        text = static_cast<char*>(fxReallocate(text, size));
-        std::vsnprintf(text, size, format, retry);
+    char* text = nullptr;
+    for (std::size_t needed = size; needed != 0;) {
+        size = needed;
+        text = static_cast<char*>(text ? fxReallocate(text, size) : fxAllocate(size));
+        text[0] = text[size - 1] = '\0';
+        std::va_list again;
+        va_copy(again, args);
+        needed = tooShort(text, size, std::vsnprintf(text, size, format, again));
+        va_end(again);
     }
-    va_end(retry);
 
     // After an error the text is what had been printed before it.
     becomeEmpty();

@@ -62,8 +62,12 @@ void fxBinaryOTDict::removeAll() {
 // Unlinks the entries, of each bucket one in turn, the newest first. That is
 // about the reverse of the order in which they were made, so that millions of
 // them are visited without jumping about in memory. Words need no destroying.
+// With many buckets the chains are short, and cleanup does as well.
 void fxBinaryOTDict::releaseAll() {
+    const unsigned int usualBuckets = 31;
     const unsigned int n = bucketCount();
+    if (n > usualBuckets)
+        return;
     for (bool more = true; more;) {
         more = false;
         for (unsigned int i = 0; i < n; ++i) {

@@ -8,6 +8,9 @@ struct fxBinaryOTEntry {
     fxDictBucket bucket;  ///< Its kvmem is the address of `key` while it is in the table.
     unsigned int key;
     unsigned int value;
+
+    /// Whether the entry is in a table.
+    bool isLinked() const { return bucket.kvmem != nullptr; }
 };
 
 /// Maps 32-bit words to 32-bit words: addresses to record numbers while
@@ -37,6 +40,8 @@ public:
     /// Adds `entry`, whose key is known to have none, in front of its bucket;
     /// O(1). It stays the caller's and must stay where it is as long as it is
     /// in the table.
+    /// Requires: its address is an odd multiple of 4, which that of nothing
+    /// from new is; the table tells it from its own entries by that.
     void link(fxBinaryOTEntry& entry);
     /// Removes every entry; iterators come to their end.
     void removeAll();

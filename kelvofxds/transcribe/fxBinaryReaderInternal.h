@@ -18,14 +18,16 @@ struct fxBinaryReader::Record : fxBinaryOTEntry {
         // NOLINTNEXTLINE(performance-no-int-to-ptr): the table holds words.
         return reinterpret_cast<void*>(value);
     }
-    bool inTable() const { return bucket.kvmem != nullptr; }
 
     unsigned int size;    // of a block, in bytes
     unsigned int wanted;  // most bytes that a waiting member expects of a block
     Kind kind;
     bool awaitedByString;  // a string waits for the block
     bool taken;            // a pointer to the block has been stored
+    char padding[5];       // to a multiple of 8, see fxWordIndex
 };
 
 /// Writers count up.
-struct fxBinaryReader::Index : fxWordIndex<fxBinaryReader::Record, 0> {};
+struct fxBinaryReader::Index : fxWordIndex<fxBinaryReader::Record, 0> {
+    unsigned int paddingLeft = 1U << 20;  // bytes by which blocks may still be completed
+};

@@ -13,7 +13,9 @@ namespace {
 
 // A body that is shorter than a pointer's owner expects is completed with zero
 // bytes, but not by more than this: memory has to be paid for in bytes read.
+// What exceeds a little is limited for all blocks together.
 const unsigned int longestPadding = 4096;
+const unsigned int smallPadding = 32;
 
 // What is allocated on the mere word of a stream.
 const unsigned int firstStep = 64 * 1024;
@@ -80,14 +82,14 @@ fxBinaryReader::Record& fxBinaryReader::enter(unsigned int number, void* address
     Record& record = index->findOrAdd(number);
     record.value = reinterpret_cast<std::uint32_t>(address);
     record.taken = false;
-    if (!record.inTable())
+    if (!record.isLinked())
         table.link(record);
     return record;
 }
 
 void* fxBinaryReader::alreadyRead(unsigned long number) {
     const Record* record = index->find(static_cast<std::uint32_t>(number));
-    return record ? record->address() : nullptr;
+    return record && record->isLinked() ? record->address() : nullptr;
 }
 
 void fxBinaryReader::queue(fxBinaryReaderItem* item) { pushItem(item); }
@@ -137,6 +139,11 @@ unsigned char fxBinaryReader::readBlock(void** instance) {
     const unsigned int size = wanted > length ? wanted : length;
     if (size - length > longestPadding)
         return 0;
+    if (size - length > smallPadding) {
+        if (size - length > index->paddingLeft)
+            return 0;
+        index->paddingLeft -= size - length;
+    }
 
     BlockMemory memory(forString);
     unsigned int done = 0;
@@ -247,7 +254,7 @@ unsigned char fxBinaryReader::awaitTarget(const fxBinaryReaderItem& item) {
 // Fails when the number belongs to something the member cannot point to.
 unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
     Record* record = index->find(item.number);
-    if (!record || !record->inTable())
+    if (!record || !record->isLinked())
         record = &enter(item.number, nullptr);
     if (!record->address() && item.target == fxBinaryReaderItem::stringTarget)
         return 0;  // a string has no null buffer

@@ -93,14 +93,14 @@ void fxBinaryWriter::reset() {
 unsigned long fxBinaryWriter::recordIdForAddress(void* address) {
     fxBinaryOTEntry& entry = index->findOrAdd(wordOf(address));
     entry.value = nextId++;
-    if (!entry.bucket.kvmem)
+    if (!entry.isLinked())
         table.link(entry);
     return entry.value;
 }
 
 unsigned long fxBinaryWriter::alreadyWritten(void* address) {
     const fxBinaryOTEntry* entry = index->find(wordOf(address));
-    return entry ? entry->value : 0;
+    return entry && entry->isLinked() ? entry->value : 0;
 }
 
 unsigned long fxBinaryWriter::queue(fxBinaryWriterItem* item) {

@@ -15,9 +15,12 @@
 /// table with open addressing, at most half full, points to the records, which
 /// lie in chunks in the order in which they were added. Record has a field
 /// `key` and is an aggregate without a destructor. Words that differ by
-/// 1 << Shift are expected to be looked up one after the other.
+/// 1 << Shift are expected to be looked up one after the other. Records lie on
+/// odd multiples of 4, see fxBinaryOTDict::link.
 template <class Record, unsigned int Shift = 0>
 class fxWordIndex {
+    static_assert(sizeof(Record) % 8 == 0 && alignof(Record) <= 4, "for their addresses");
+
 public:
     fxWordIndex()
         : places(nullptr),
@@ -62,7 +65,7 @@ private:
     static const std::uint32_t smallest = 64;
     static const std::uint32_t largestChunk = 4096;  // records
 
-    struct Chunk {
+    struct Chunk {  // from malloc, on a multiple of 8
         Chunk* next;
     };
 

@@ -1,6 +1,7 @@
 // fxDictionaryXDR_test.cpp - what a dictionary tells a transcriber.
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -156,6 +157,58 @@ TEST(fxDictionaryXDR, largerKeysMoveTheValues) {
     }
 }
 
+namespace {
+
+// Maps bytes to values of many bytes, as a host's class may.
+class WideDictionary : public fxDictionary {
+public:
+    static const unsigned int width = 10000;
+
+    explicit WideDictionary(unsigned int numBuckets) : fxDictionary(1, width, numBuckets) {}
+    ~WideDictionary() override { cleanup(); }
+
+    const char* className() const override { return "WideDictionary"; }
+    unsigned int hashKey(const void* key) const override {
+        return static_cast<unsigned int>(*static_cast<const char*>(key));
+    }
+    int compareKeys(const void* a, const void* b) const override { return std::memcmp(a, b, 1); }
+    void copyKey(const void* from, void* to) const override { std::memcpy(to, from, 1); }
+    void copyValue(const void* from, void* to) const override { std::memcpy(to, from, width); }
+    void createValue(void* value) const override { std::memset(value, 0, width); }
+    unsigned char xdrKey(fxTranscriber& t, void* key) override {
+        return t.xdr(static_cast<char*>(key), 1);
+    }
+    unsigned char xdrValue(fxTranscriber& t, void* value) override {
+        return t.xdr(static_cast<char*>(value), width);
+    }
+};
+
+}  // namespace
+
+TEST(fxDictionaryXDR, valuesAsLargeAsTheClassMakesThemComeBack) {
+    const unsigned int n = 200;
+    WideDictionary original(5);
+    for (unsigned int i = 0; i < n; ++i) {
+        const char key = static_cast<char>(i);
+        const std::string value(WideDictionary::width, static_cast<char>(i + 1));
+        original.addInternal(&key, value.data());
+    }
+    RecordingTranscriber written(writer);
+    ASSERT_EQ(1, original.doxdr(written));
+
+    WideDictionary read(3);
+    RecordingTranscriber t(reader, written.bytes);
+    ASSERT_EQ(1, read.doxdr(t));
+    EXPECT_EQ(t.bytes.size(), t.used);
+    EXPECT_EQ(n, read.length());
+    EXPECT_EQ(5u, read.getNumBuckets());
+    const char key = 41;
+    const void* value = read.find(&key);
+    ASSERT_NE(nullptr, value);
+    EXPECT_EQ(std::string(WideDictionary::width, 42),
+              std::string(static_cast<const char*>(value), WideDictionary::width));
+}
+
 TEST(fxDictionaryXDR, readingReplacesWhatTheDictionaryHolds) {
     TestDictionary d(7);
     d.add(1, 10);
@@ -210,8 +263,8 @@ TEST(fxDictionaryXDR, sizesThatCannotHoldTheClassesKeysAndValuesFail) {
                  {4, 0},
                  {4, 3},
                  {0, 0},
-                 {4097, 4},
-                 {4, 4097},
+                 {4 + 0x100001, 4},
+                 {4, 4 + 0x100001},
                  {0xFFFFFFFF, 4},
                  {4, 0xFFFFFFFF},
                  {0xFFFFFFFC, 8},

@@ -97,6 +97,16 @@ TEST(fxStrStrDictionary, keysCompareAsTextsDo) {
     EXPECT_EQ(0, d.compareKeys(&abc, &longer));
 }
 
+// The value itself, not only its sign.
+TEST(fxStrStrDictionary, comparisonOfKeysIsTheValueOfCompare) {
+    const fxStrStrDictionary d;
+    const fxStr keys[] = {"", "a", "c", "ab", "ad", "\xff", fxStr("a\0x", 3)};
+    for (const fxStr& a : keys) {
+        for (const fxStr& b : keys)
+            EXPECT_EQ(compare(a, b), d.compareKeys(&a, &b)) << a << " and " << b;
+    }
+}
+
 // Both hash to bucket 4 of 31, and "a\0?" to bucket 8.
 TEST(fxStrStrDictionary, deliberateKeysAlikeUpToANulInOneBucketAreOneKey) {
     Watched d;
@@ -384,7 +394,7 @@ TEST(fxStrStrDictionary, bytesThatEndAnywhereFail) {
 TEST(fxStrStrDictionary, sizesBelowAStringFail) {
     const struct {
         unsigned int keySize, valueSize;
-    } cases[] = {{7, 8}, {8, 7}, {0, 8}, {8, 0}, {4097, 8}, {8, 4097}, {0xFFFFFFF8, 16}};
+    } cases[] = {{7, 8}, {8, 7}, {0, 8}, {8, 0}, {4097, 8}, {8, 8 + 0x100001}, {0xFFFFFFF8, 16}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.keySize << " and " << c.valueSize);
         fxStrStrDictionary d(fxStrStrDictionary_type);

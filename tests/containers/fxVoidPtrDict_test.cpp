@@ -44,6 +44,16 @@ TEST(fxVoidPtrDict, keysHashAndCompareAsStringsDo) {
     EXPECT_EQ(0, d.compareKeys(&abc, &longer));
 }
 
+// The value itself, not only its sign.
+TEST(fxVoidPtrDict, comparisonOfKeysIsTheValueOfCompare) {
+    const fxVoidPtrDict d;
+    const fxStr keys[] = {"", "a", "c", "ab", "ad", "\xff", fxStr("a\0x", 3)};
+    for (const fxStr& a : keys) {
+        for (const fxStr& b : keys)
+            EXPECT_EQ(compare(a, b), d.compareKeys(&a, &b)) << a << " and " << b;
+    }
+}
+
 TEST(fxVoidPtrDict, deliberateKeysAlikeUpToANulInOneBucketAreOneKey) {
     Watched d;
     d.add("a", &first);

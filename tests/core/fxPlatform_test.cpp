@@ -33,7 +33,7 @@ Split split(const char* path) {
     char directory[64], leaf[64];
     std::memset(directory, '?', sizeof directory);
     std::memset(leaf, '?', sizeof leaf);
-    const int status = fileutl_strip_leaf(path, sizeof directory, directory, sizeof leaf, leaf);
+    const int status = fileutl_strip_leaf(path, 63, directory, 63, leaf);
     return {directory, leaf, status};
 }
 
@@ -94,19 +94,19 @@ TEST(fxPlatform, deliberateALeadingSlashAloneGivesAnEmptyDirectory) {
 
 TEST(fxPlatform, directoryAndLeafAreCutToTheirBuffers) {
     char directory[8] = "xxxxxxx", leaf[8] = "yyyyyyy";
-    EXPECT_EQ(0, fileutl_strip_leaf("directory/leaf", 4, directory, 3, leaf));
+    EXPECT_EQ(0, fileutl_strip_leaf("directory/leaf", 3, directory, 2, leaf));
     EXPECT_STREQ("dir", directory);
     EXPECT_EQ('x', directory[4]);
     EXPECT_STREQ("le", leaf);
     EXPECT_EQ('y', leaf[3]);
 
-    EXPECT_EQ(0, fileutl_strip_leaf("directory/leaf", 1, directory, 1, leaf));
+    EXPECT_EQ(0, fileutl_strip_leaf("directory/leaf", 0, directory, 0, leaf));
     EXPECT_STREQ("", directory);
     EXPECT_STREQ("", leaf);
 }
 
-TEST(fxPlatform, nothingIsWrittenToABufferWithoutRoom) {
-    for (int size : {0, -1}) {
+TEST(fxPlatform, nothingIsWrittenToABufferOfANegativeSize) {
+    for (int size : {-1, -100}) {
         char directory[4] = "xxx", leaf[4] = "yyy";
         EXPECT_EQ(0, fileutl_strip_leaf("a/b", size, directory, size, leaf));
         EXPECT_STREQ("xxx", directory);

@@ -158,6 +158,46 @@ TEST(fxStrFormat, aShortEstimateLosesNoText) {
     EXPECT_EQ(308u + 5u, formatted("%.5f|%s", -1e300, "text").size());
 }
 
+namespace {
+template <class... Args>
+void expectBlockFor(std::size_t estimate, const char* format, Args... args) {
+    SCOPED_TRACE(format);
+    fxStr s;
+    // Through a pointer, so that the compiler does not check the format.
+    void (fxStr::*const print)(const char*, ...) = &fxStr::format;
+    (s.*print)(format, args...);
+    EXPECT_TRUE(allocatedFor(s.c_str(), estimate + 2)) << "one byte more, and the NUL";
+}
+}  // namespace
+
+TEST(fxStrFormat, theBlockIsAsLargeAsTheEstimate) {
+    const double d = 1.5;
+    const std::string text(100, 't');
+    const char* t = text.c_str();
+    int n = 0;
+    void* p = nullptr;
+    expectBlockFor(8 * 10, "%d%d%d%d%i%i%i%i", 1, 1, 1, 1, 1, 1, 1, 1);
+    expectBlockFor(8 * 10, "%o%o%u%u%x%x%X%X", 1, 1, 1, 1, 1, 1, 1, 1);
+    expectBlockFor(8 * 20, "%lld%lli%llo%llu%llx%llX%lld%lld", 1LL, 1LL, 1LL, 1LL, 1LL, 1LL, 1LL,
+                   1LL);
+    expectBlockFor(8 * 10, "%ld%hd%ld%hd%ld%hd%ld%hd", 1L, 1, 1L, 1, 1L, 1, 1L, 1);
+    expectBlockFor(8 * 20, "%e%E%f%g%G%e%f%g", d, d, d, d, d, d, d, d);
+    expectBlockFor(8 * 10, "%p%p%p%p%p%p%p%p", p, p, p, p, p, p, p, p);
+    expectBlockFor(100, "%s", t);
+    expectBlockFor(300, "%s%s%s", t, t, t);
+    expectBlockFor(100 + 40 * 1,
+                   (text + "%c%%%c%%%c%%%c%%%c%%%c%%%c%%%c%%%c%%%c%%"
+                           "%c%%%c%%%c%%%c%%%c%%%c%%%c%%%c%%%c%%%c%%")
+                       .c_str(),
+                   '1', '2', '3', '4', '5', '6', '7', '8', '9', '0', '1', '2', '3', '4', '5', '6',
+                   '7', '8', '9', '0');
+    expectBlockFor(100, (text + "%n%n%n%n").c_str(), &n, &n, &n, &n);
+    expectBlockFor(100, text.c_str());
+    // Flags, widths and precisions are not counted.
+    expectBlockFor(8 * 10, "%-9d%+9d%09d% 9d%#9x%9d%9.3d%.9d", 1, 1, 1, 1, 1, 1, 1, 1);
+    expectBlockFor(6 * 10, "%20d%1d%1d%1d%1d%1d", 1, 1, 1, 1, 1, 1);
+}
+
 TEST(fxStrFormat, aPrecisionLimitsAnUnterminatedText) {
     const char unterminated[] = {'a', 'b', 'c'};
     EXPECT_EQ("abc|", formatted("%.3s|", unterminated));
@@ -178,6 +218,22 @@ TEST(fxStrFormat, whatIsPrintedBeforeAnErrorIsTheText) {
     EXPECT_EQ("", formatted("%"));
     // It stops at a character that the locale cannot express.
     EXPECT_EQ(printed("ab%lcd", 0x110000), formatted("ab%lcd", 0x110000));
+}
+
+// An error does not tell how much had been printed, and the estimate counts no
+// widths.
+TEST(fxStrFormat, whatIsPrintedBeforeAnErrorIsWholeWhateverTheEstimate) {
+    const Row rows[] = {
+        row(std::string(10, ' ') + "7", "%11d%", 7),
+        row(std::string(11, ' ') + "7", "%12d%", 7),
+        row(std::string(12, ' ') + "7", "%13d%", 7),
+        row(std::string(39, ' ') + "7", "%40d%", 7),
+        row(std::string(1499, ' ') + "7", "%1500d%", 7),
+        row(std::string(39, ' ') + "7", "%40d%lc", 7, 0x110000),
+    };
+    for (const Row& r : rows)
+        expectRow(r);
+    EXPECT_EQ(printed("%40d%", 7), formatted("%40d%", 7));
 }
 
 TEST(fxStrFormat, theTextEndsAtTheFirstNulPrinted) {

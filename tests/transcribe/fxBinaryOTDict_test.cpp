@@ -25,6 +25,14 @@ Word valueOf(const fxBinaryOTDict& table, Word key) {
 
 void add(fxBinaryOTDict& table, Word key, Word value) { table.addInternal(&key, &value); }
 
+// An entry that lies where a table's own never do.
+struct OwnEntry {
+    OwnEntry(Word key, Word value) : before(0), entry{{}, key, value} {}
+
+    alignas(8) Word before;
+    fxBinaryOTEntry entry;
+};
+
 std::vector<Word> keysOf(fxBinaryOTDictIter& iter) {
     std::vector<Word> keys;
     for (; iter.getKey(); ++iter)
@@ -129,11 +137,11 @@ TEST(fxBinaryOTDict, entriesAreAddedFoundReplacedAndRemoved) {
 }
 
 TEST(fxBinaryOTDict, linkPutsTheCallersEntryInFrontOfItsBucket) {
-    fxBinaryOTEntry eight = {{}, 8, 1}, four = {{}, 4, 2}, sixteen = {{}, 16, 3};
+    OwnEntry eight(8, 1), four(4, 2), sixteen(16, 3);
     fxBinaryOTDict table(2);
-    table.link(eight);    // bucket 0
-    table.link(four);     // bucket 1
-    table.link(sixteen);  // bucket 0
+    table.link(eight.entry);    // bucket 0
+    table.link(four.entry);     // bucket 1
+    table.link(sixteen.entry);  // bucket 0
     EXPECT_EQ(3u, table.length());
     EXPECT_EQ(1u, valueOf(table, 8));
     EXPECT_EQ(2u, valueOf(table, 4));
@@ -143,36 +151,36 @@ TEST(fxBinaryOTDict, linkPutsTheCallersEntryInFrontOfItsBucket) {
 }
 
 TEST(fxBinaryOTDict, linkedEntriesLiveBesideThoseOfTheTable) {
-    fxBinaryOTEntry eight = {{}, 8, 1};
+    OwnEntry eight(8, 1);
     fxBinaryOTDict table(2);
     const Word keys[] = {16, 24}, values[] = {2, 3};
     table.addInternal(&keys[0], &values[0]);
-    table.link(eight);
+    table.link(eight.entry);
     table.addInternal(&keys[1], &values[1]);
 
     fxBinaryOTDictIter iter(table);
     EXPECT_EQ((std::vector<Word>{24, 8, 16}), keysOf(iter));
-    table.remove(&eight.key);
-    EXPECT_EQ(nullptr, eight.bucket.kvmem);
+    table.remove(&eight.entry.key);
+    EXPECT_EQ(nullptr, eight.entry.bucket.kvmem);
     EXPECT_EQ(2u, table.length());
     EXPECT_EQ(0xDEADu, valueOf(table, 8));
-    table.link(eight);
+    table.link(eight.entry);
     EXPECT_EQ(1u, valueOf(table, 8));
 }
 
 TEST(fxBinaryOTDict, removeAllEmptiesItAndEndsItsIterators) {
-    fxBinaryOTEntry eight = {{}, 8, 1}, twelve = {{}, 12, 2};
+    OwnEntry eight(8, 1), twelve(12, 2);
     fxBinaryOTDict table(2);
-    table.link(eight);
-    table.link(twelve);
+    table.link(eight.entry);
+    table.link(twelve.entry);
     fxBinaryOTDictIter iter(table);
     table.removeAll();
     EXPECT_EQ(0u, table.length());
     EXPECT_EQ(2u, table.getNumBuckets());
     EXPECT_EQ(nullptr, iter.getKey());
-    EXPECT_EQ(nullptr, eight.bucket.kvmem);
-    eight.value = 2;
-    table.link(eight);
+    EXPECT_EQ(nullptr, eight.entry.bucket.kvmem);
+    eight.entry.value = 2;
+    table.link(eight.entry);
     EXPECT_EQ(2u, valueOf(table, 8));
 }
 

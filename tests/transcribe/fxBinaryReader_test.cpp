@@ -1,5 +1,6 @@
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -417,6 +418,56 @@ TEST(fxBinaryReader, foreignScalarContinuesInTheNextRecord) {
     long value = 0;
     EXPECT_EQ(1, reader.xdr(&value, 1));
     EXPECT_EQ(0x0A0B0C0D, value);
+}
+
+// Payloads and reads around the buffer's size, in every combination.
+TEST(fxBinaryReader, dataIsTheSameHoweverRecordsAndReadsCutIt) {
+    const std::string bytes = run(5000);
+    for (const unsigned int payload : {3u, 511u, 512u, 513u, 1024u, 1500u, 5000u}) {
+        std::string records;
+        for (unsigned int i = 0; i < bytes.size(); i += payload) {
+            const std::string piece = bytes.substr(i, payload);
+            records += hex("c0") + word(static_cast<unsigned int>(piece.size())) + piece + '\0';
+        }
+        for (const unsigned int step : {1u, 511u, 512u, 513u, 1024u, 1025u, 5000u}) {
+            SCOPED_TRACE(testing::Message() << "payload " << payload << ", read by " << step);
+            Reading r(records);
+            std::string read;
+            while (read.size() < bytes.size())
+                read += r.bytes(std::min(step, static_cast<unsigned int>(5000 - read.size())));
+            EXPECT_TRUE(read == bytes);
+            EXPECT_EQ("failed", r.bytes(1));
+        }
+    }
+}
+
+TEST(fxBinaryReader, largeReadFailsWhereverTheDataEnds) {
+    const std::string record = hex("80 0b04") + run(1035);
+    for (unsigned int length = 0; length < record.size(); length += 11) {
+        SCOPED_TRACE(length);
+        Reading r(record.substr(0, length));
+        EXPECT_EQ("failed", r.bytes(1035));
+        EXPECT_EQ("failed", r.bytes(1)) << "nothing of it is left";
+    }
+}
+
+TEST(fxBinaryReader, foreignScalarsAreConvertedWhereverRecordsCutThem) {
+    const unsigned int n = 700;
+    std::string bytes;
+    for (unsigned int i = 0; i < n; ++i)
+        bytes += foreign(static_cast<std::int32_t>(0x01020304 + i));
+    for (const unsigned int first : {0u, 1u, 2u, 3u, 4u, 511u, 513u}) {
+        SCOPED_TRACE(first);
+        MemoryStream stream(hex("c0") + word(first) + bytes.substr(0, first) + hex("c0") +
+                            word(n * 4 - first) + bytes.substr(first));
+        Reader reader(&stream, 0x2211, 0x66554433);
+        std::vector<long> values(n);
+        ASSERT_EQ(1, reader.xdr(values.data(), n));
+        unsigned int wrong = 0;
+        for (unsigned int i = 0; i < n; ++i)
+            wrong += values[i] != static_cast<long>(0x01020304 + i);
+        EXPECT_EQ(0u, wrong);
+    }
 }
 
 TEST(fxBinaryReader, dataIsTakenFromRecordsOfAnyTag) {

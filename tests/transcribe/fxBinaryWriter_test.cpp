@@ -552,6 +552,27 @@ TEST_F(fxBinaryWriterTest, failedPutFailsTheFlushAndKeepsTheBuffer) {
     }
 }
 
+// Two puts for each record of 512 bytes: its head and its payload.
+TEST_F(fxBinaryWriterTest, failedPutInALongRunLeavesItsPieceInTheBuffer) {
+    const std::string bytes = run(1100);
+    for (unsigned int call = 0; call < 4; ++call) {
+        SCOPED_TRACE(call);
+        MemoryStream failing;
+        failing.failAtCall = call;
+        fxBinaryWriter w(&failing);
+        w.writeNullPointer();
+        EXPECT_EQ(0, w.writeBytes(const_cast<char*>(bytes.data()), 1100));
+        EXPECT_EQ(512u, Shared::buffered(w));
+        EXPECT_EQ(call < 2 ? 1u : 0u, Shared::tag(w));
+
+        failing.failAtCall = MemoryStream::never;
+        failing.written.clear();
+        EXPECT_EQ(1, w.flush());
+        EXPECT_EQ(dump(hex(call < 2 ? "81 0002" : "80 0002") + bytes.substr(call / 2 * 512, 512)),
+                  dump(failing.written));
+    }
+}
+
 TEST_F(fxBinaryWriterTest, everyOperationThatFlushesReportsAFailedPut) {
     long value = 1;
     long* block = &value;

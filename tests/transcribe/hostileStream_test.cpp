@@ -353,6 +353,25 @@ TEST(hostileStreamDeathTest, bucketIndexesBeyondTheBuckets) {
     EXPECT_EQ(value, outcomeOf(dictionaryHead(1, 8, 8, 31) + emptyEntries(1, 30)));
 }
 
+// Twelve bytes an entry, and a few more a string.
+TEST(hostileStreamDeathTest, sizesThatAreClaimedTakeMemoryInProportion) {
+    const unsigned int n = 20000;
+    for (const std::uint32_t size : {8U, 40U, 4096U}) {
+        EXPECT_NE(failed, outcomeOf(dictionaryHead(n, size, size, 31) + emptyEntries(n, 0)))
+            << "keys and values of " << size;
+    }
+    for (const std::uint32_t size : {2U, 34U, 4097U}) {
+        std::string bytes = dictionaryHead(n, 8, 8, 31);
+        for (unsigned int i = 0; i < n; ++i) {
+            bytes += hex("40 04") + host(size) + hex("43 08") + word(10 + i) + word(1) + host(1) +
+                     host(0);
+        }
+        for (unsigned int i = n; i-- > 0;)
+            bytes += hex("45 01") + word(10 + i) + word(1) + 'k';
+        EXPECT_NE(failed, outcomeOf(bytes)) << "strings of " << size;
+    }
+}
+
 TEST(hostileStreamDeathTest, arraysWithWildSizes) {
     const struct {
         std::uint32_t length;
