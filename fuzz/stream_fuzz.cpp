@@ -1,8 +1,9 @@
 // Reads whatever bytes it is given and uses what comes of it.
 //
 // Inputs that begin with an 'f' are whole streams, as they begin with the
-// reader's name; of the others the first byte chooses a container and the rest
-// are the records to read it from.
+// reader's name, and so are those behind an 'S', whose root should be a set; of
+// the others the first byte chooses a container and the rest are the records to
+// read it from.
 
 #include <sanitizer/allocator_interface.h>
 
@@ -13,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "kelvofxds/containers/fxStrSet.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "tests/support/hostileReading.h"
 #include "tests/support/hostileStreams.h"
@@ -90,11 +92,93 @@ Allocations allocations;
 void noteMalloc(const volatile void* block, std::size_t) { allocations.add(block); }
 void noteFree(const volatile void* block) { allocations.remove(block); }
 
+// The sets that were made for the present input.
+std::vector<fxStrSet*> sets;
+
+fxTypeObj& setType() {
+    static fxTypeObj type(
+        "SET", 1,
+        [](fxTypeObj& record) -> void* {
+            sets.push_back(static_cast<fxStrSet*>(fxStrSet::newInstance(record)));
+            return sets.back();
+        },
+        nullptr, fxStrSet::xdr);
+    return type;
+}
+
+std::string setStream(int n) {
+    fxStrSet set(7);
+    for (int i = 0; i < n; ++i)
+        set.add(i == 0 ? fxStr() : fxStr(i * 7919, "%x"));
+    return "S" + hostile::written(set, setType());
+}
+
+// The records alone, as a set that is read in place takes them.
+std::string setRecords() {
+    fxStrSet set(3);
+    for (const char* key : {"", "A", "B"})
+        set.add(key);
+    MemoryStream out;
+    fxBinaryWriter writer(&out);
+    set.xdr(writer);
+    writer.flush();
+    return "s" + out.written;
+}
+
 const std::vector<std::string>& seeds() {
-    static const std::vector<std::string> streams = {
-        hostile::sampleStream(2),       hostile::dictionaryStream(4), hostile::arrayStream(6),
-        hostile::bigDictionaryStream(), hostile::stringStream(),      hostile::nodeStream()};
+    static const std::vector<std::string> streams = {hostile::sampleStream(2),
+                                                     hostile::dictionaryStream(4),
+                                                     hostile::arrayStream(6),
+                                                     hostile::stringStream(),
+                                                     hostile::bigDictionaryStream(),
+                                                     hostile::nodeStream(),
+                                                     setStream(5),
+                                                     setRecords()};
     return streams;
+}
+
+// Walking ever so many empty buckets is slow; such sets are not even deleted.
+bool isAbandoned(const fxStrSet& set) { return set.getNumBuckets() > 1U << 20; }
+
+void use(fxStrSet& set) {
+    unsigned int known = 0;
+    for (fxStrSetIter iter(set); iter.key(); ++iter) {
+        known += set.contains(*iter.key());
+        fxStr copied(*iter.key());
+        hostile::use(copied);
+    }
+    hostile::sink = known;
+    MemoryStream out;
+    fxBinaryWriter writer(&out);
+    hostile::sink = writer.writeObject(&set, &set);
+    fxStrSet other(3);
+    other |= set;
+    set.add("added");
+    set &= other;
+    fxStrSetIter iter(set);
+    if (iter.key())
+        set.remove(fxStr(*iter.key()));
+    const fxSet& self = set;
+    set |= self;
+    set -= self;
+    set -= other;
+}
+
+// Uses the sets that come of a stream whose root could be read.
+void readSets(const std::string& bytes) {
+    fxInitializeToolkit();
+    MemoryStream stream(bytes);
+    fxTranscriber* reader = fxTranscriber::getReader(&stream);
+    const bool complete = reader && reader->readObject(setType());
+    delete reader;
+    if (!complete)
+        return;
+    for (fxStrSet* set : sets) {
+        if (isAbandoned(*set))
+            continue;
+        use(*set);
+        delete set;
+    }
 }
 
 void read(const std::string& bytes) {
@@ -118,7 +202,24 @@ void read(const std::string& bytes) {
                 delete dictionary;
             break;
         }
+        case 's': {
+            auto* set = new fxStrSet;
+            hostile::readInPlace(rest, *set);
+            if (!isAbandoned(*set))
+                delete set;
+            break;
+        }
+        case 'S':
+            readSets(rest);
+            break;
     }
+}
+
+// What was made for an input is deleted or abandoned; its lists must not
+// outlive the blocks that they are kept in.
+void forgetWhatWasMade() {
+    hostile::made() = hostile::Made();
+    std::vector<fxStrSet*>().swap(sets);
 }
 }  // namespace
 
@@ -140,7 +241,7 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
     // Whatever is made once is made before allocations are counted.
     for (const std::string& seed : seeds())
         read(seed);
-    hostile::made() = hostile::Made();
+    forgetWhatWasMade();
     __sanitizer_install_malloc_and_free_hooks(noteMalloc, noteFree);
     return 0;
 }
@@ -151,7 +252,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         read(std::string(reinterpret_cast<const char*>(data), size));
     } catch (const Fatal&) {
     }
-    hostile::made() = hostile::Made();
+    forgetWhatWasMade();
     allocations.freeAll();
     return 0;
 }

@@ -1,0 +1,262 @@
+#include "kelvofxds/containers/fxSet.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "kelvofxds/containers/fxArrayFamilyInternal.h"
+#include "kelvofxds/containers/fxChainsInternal.h"
+#include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
+
+// The two tables.
+
+// Their elements are pointers.
+// NOLINTBEGIN(bugprone-sizeof-expression)
+FX_DEFINE_ARRAY(fxSetBuckets, fxSetBucket*)
+FX_DEFINE_ARRAY(fxSetIters, fxSetIter*)
+// NOLINTEND(bugprone-sizeof-expression)
+
+void fxSetBuckets::createElements(void* at, unsigned int bytes) { fxClearPointers(at, bytes); }
+
+void fxSetIters::createElements(void* at, unsigned int bytes) { fxClearPointers(at, bytes); }
+
+bool fxSetBuckets::makeEmptyBuckets(unsigned int n) {
+    std::free(data);
+    data = fxAllocateHeads(n);
+    len = maxLen = data ? n * static_cast<unsigned int>(sizeof(void*)) : 0;
+    return data != nullptr || n == 0;
+}
+
+// Construction.
+
+fxSet::fxSet(unsigned int keyBytes, unsigned int numBuckets) : numItems(0), keySize(keyBytes) {
+    buckets.resize(numBuckets != 0 ? numBuckets : fxDefaultBuckets);
+}
+
+fxSet::fxSet(const fxSet& other) : fxXDRObj(other), numItems(0), keySize(0) { copyKeys(other); }
+
+fxSet::fxSet(const fxTmpSet& other) : fxSet(static_cast<const fxSet&>(other)) {}
+
+fxSet::~fxSet() {}
+
+namespace {
+// Ends the process the way it ends when there is no bucket to choose from. The
+// divisor is volatile so that no compiler foresees the division's outcome.
+__attribute__((noreturn, noinline, no_sanitize("integer-divide-by-zero"))) void divideByNoBuckets(
+    unsigned int hash, unsigned int numBuckets) {
+    volatile unsigned int divisor = numBuckets;
+    [[maybe_unused]] volatile unsigned int bucketIndex = hash % divisor;
+    std::raise(SIGFPE);  // where division does not trap
+    std::abort();
+}
+}  // namespace
+
+// Copies keys into a set that has no buckets. The base's hash is meant: the
+// copy under construction is nothing more yet, and its keys have no size.
+void fxSet::copyKeys(const fxSet& other) const {
+    for (unsigned int i = 0; i < other.bucketCount(); ++i) {
+        if (other.buckets[i])
+            divideByNoBuckets(fxSet::hashKey(other.buckets[i]->key), bucketCount());
+    }
+}
+
+fxSet& fxSet::operator=(const fxSet& other) {
+    if (this == &other)
+        return *this;
+    for (unsigned int i = 0; i < other.bucketCount(); ++i) {
+        if (other.buckets[i])
+            fxFatal("fxSet::operator=: not usable on a non-empty set");
+    }
+    // The entries are lost with the heads that lead to them.
+    const unsigned int numBuckets = bucketCount();
+    buckets.resize(0);
+    buckets.resize(numBuckets);
+    detachIters();
+    iters.resize(0);
+    numItems = 0;
+    return *this;
+}
+
+void fxSet::cleanup() {
+    for (unsigned int i = 0; i < bucketCount(); ++i) {
+        while (fxSetBucket* b = buckets[i]) {
+            buckets[i] = b->next;
+            end(b);
+        }
+    }
+    detachIters();
+}
+
+// An iterator detached here does not know us any more, so it could not take
+// its pointer back when it goes.
+void fxSet::detachIters() {
+    for (unsigned int i = 0; i < iters.length(); ++i) {
+        fxSetIter* iter = iters[i];
+        iters[i] = nullptr;
+        if (!iter)
+            continue;
+        iter->set = nullptr;
+        iter->bucket = nullptr;
+    }
+}
+
+// The operations on keys that have a default.
+
+unsigned int fxSet::hashKey(const void* key) const { return fxHashWords(key, keySize); }
+
+int fxSet::compareKeys(const void* a, const void* b) const {
+    const int order = std::memcmp(a, b, keySize);
+    return (order > 0) - (order < 0);
+}
+
+void fxSet::copyKey(const void* from, void* to) const { std::memcpy(to, from, keySize); }
+
+void fxSet::destroyKey(void*) const {}
+
+// Looking up.
+
+// Requires: there are buckets.
+unsigned int fxSet::bucketOf(const void* key) const { return hashKey(key) % bucketCount(); }
+
+// The pointer to the entry of `key` in that bucket's chain; null if it has none.
+fxSetBucket** fxSet::lookUp(const void* key, unsigned int bucketIndex) const {
+    auto* heads = static_cast<fxSetBucket**>(const_cast<void*>(buckets.at(0)));
+    for (fxSetBucket** link = heads + bucketIndex; *link; link = &(*link)->next) {
+        if (compareKeys(key, (*link)->key) == 0)
+            return link;
+    }
+    return nullptr;
+}
+
+void* fxSet::find(const void* key) const {
+    if (bucketCount() == 0)
+        return nullptr;  // as read from a stream; there is nothing to find
+    fxSetBucket** link = lookUp(key, bucketOf(key));
+    return link ? (*link)->key : nullptr;
+}
+
+unsigned char fxSet::contains(const void* key) const {
+    return bucketCount() != 0 && lookUp(key, bucketOf(key));
+}
+
+// Adding and removing.
+
+void fxSet::pushEntry(unsigned int bucketIndex, void* key) {
+    fxSetBucket*& head = buckets[bucketIndex];
+    head = new fxSetBucket{key, head};
+    ++numItems;
+}
+
+fxSetBucket* fxSet::add(const void* key) {
+    if (bucketCount() == 0)
+        buckets.resize(fxDefaultBuckets);
+    const unsigned int bucketIndex = bucketOf(key);
+    if (lookUp(key, bucketIndex))
+        return nullptr;
+    void* block = fxAllocate(keySize);
+    copyKey(key, block);
+    pushEntry(bucketIndex, block);
+    return buckets[bucketIndex];
+}
+
+// Ends the key of an entry that has been unlinked, and frees the entry.
+void fxSet::end(fxSetBucket* b) {
+    destroyKey(b->key);
+    invalidateIters(b);
+    std::free(b->key);
+    delete b;
+    --numItems;
+}
+
+void fxSet::remove(const void* key) {
+    if (bucketCount() == 0)
+        return;
+    fxSetBucket** link = lookUp(key, bucketOf(key));
+    if (!link)
+        return;
+    fxSetBucket* b = *link;
+    *link = b->next;
+    end(b);
+}
+
+// Set algebra.
+
+fxSet& fxSet::operator|=(const fxSet& other) {
+    for (unsigned int i = 0; i < other.bucketCount(); ++i) {
+        for (const fxSetBucket* b = other.buckets[i]; b; b = b->next)
+            add(b->key);
+    }
+    return *this;
+}
+
+fxSet& fxSet::operator&=(const fxSet& other) {
+    for (unsigned int i = 0; i < bucketCount(); ++i) {
+        fxSetBucket** link = &buckets[i];
+        while (fxSetBucket* b = *link) {
+            if (other.contains(b->key)) {
+                link = &b->next;
+            } else {
+                *link = b->next;
+                end(b);
+            }
+        }
+    }
+    return *this;
+}
+
+fxSet& fxSet::operator-=(const fxSet& other) {
+    for (unsigned int i = 0; i < other.bucketCount(); ++i) {
+        for (const fxSetBucket* b = other.buckets[i]; b;) {
+            const fxSetBucket* next = b->next;  // b may be an entry of this set
+            remove(b->key);
+            b = next;
+        }
+    }
+    return *this;
+}
+
+namespace {
+[[noreturn]] void refuse(const char* message) {
+    std::puts(message);
+    std::fflush(stdout);
+    std::abort();
+}
+}  // namespace
+
+fxTmpSet fxSet::operator|(const fxSet&) {
+    refuse(
+        "Unimplemented operator overloading is called!  "
+        "fxTmpSet operator|(fxSet const &)");
+}
+
+fxTmpSet fxSet::operator&(const fxSet&) {
+    refuse(
+        "Unimplemented operator overloading is called!  "
+        "fxTmpSet operator&(fxSet const &)");
+}
+
+fxTmpSet fxSet::operator-(const fxSet&) {
+    refuse(
+        "Unimplemented operator overloading is called!  "
+        "fxTmpSet operator-(fxSet const &)");
+}
+
+// Iterators.
+
+void fxSet::addIter(fxSetIter* iter) { fxRegisterIter(iters, iter); }
+
+void fxSet::removeIter(fxSetIter* iter) { fxDeregisterIter(iters, iter); }
+
+void fxSet::invalidateIters(const fxSetBucket* b) const {
+    fxVisitIters(iters, [b](fxSetIter& iter) { iter.leave(b); });
+}
+
+// The temporary.
+
+fxTmpSet::fxTmpSet(const fxSet& other) : fxSet(other) {}
+
+fxTmpSet::~fxTmpSet() {}
+
+unsigned char fxTmpSet::xdrKey(fxTranscriber&, void*) { return 0; }

@@ -1,0 +1,117 @@
+#include "kelvofxds/lists/HashTable.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+const int firstSize = 64;
+const int firstSizeLog2 = 6;
+const int lastSizeLog2 = 11;
+const int mostPerBucket = 4;  // on the average, before the table grows
+
+HashEntry** newBuckets(unsigned int n) {
+    void* block = std::calloc(n, sizeof(void*));
+    if (!block)
+        std::abort();
+    return static_cast<HashEntry**>(block);
+}
+
+void putFirst(HashEntry*& chain, HashEntry* entry) {
+    entry->prev = nullptr;
+    entry->next = chain;
+    if (chain)
+        chain->prev = entry;
+    chain = entry;
+}
+}  // namespace
+
+HashTable::HashTable()
+    : buckets(newBuckets(firstSize)), count(0), size(firstSize), sizeLog2(firstSizeLog2) {}
+
+HashTable::~HashTable() {
+    mapcar([](HashEntry* entry) { delete entry; });
+    std::free(buckets);
+}
+
+HashEntry* HashTable::add(unsigned long key, void* value) {
+    if (searchBucketFor(buckets[hash(key)], key))
+        std::abort();
+    HashEntry* entry = addElement(key);
+    entry->value = value;
+    return entry;
+}
+
+HashEntry* HashTable::addElement(unsigned long key) {
+    if (sizeLog2 < lastSizeLog2 && count >= mostPerBucket * size)
+        rebuildTable();
+    HashEntry* entry = new (std::nothrow) HashEntry{key, nullptr, nullptr, nullptr};
+    if (!entry)
+        std::abort();
+    putFirst(buckets[hash(key)], entry);
+    // Wraps around where a signed sum must not: entries may come and go for ever.
+    count = static_cast<int>(static_cast<unsigned int>(count) + 1);
+    return entry;
+}
+
+void HashTable::remove(unsigned long key) {
+    HashEntry*& chain = buckets[hash(key)];
+    HashEntry* entry = searchBucketFor(chain, key);
+    if (!entry)
+        return;
+    if (entry->prev)
+        entry->prev->next = entry->next;
+    else
+        chain = entry->next;
+    if (entry->next)
+        entry->next->prev = entry->prev;
+    delete entry;
+}
+
+void* HashTable::lookup(unsigned long key) {
+    const HashEntry* entry = searchBucketFor(buckets[hash(key)], key);
+    return entry ? entry->value : nullptr;
+}
+
+HashEntry* HashTable::searchBucketFor(HashEntry* chain, unsigned long key) {
+    while (chain && chain->key != key)
+        chain = chain->next;
+    return chain;
+}
+
+void HashTable::mapcar(void (*fn)(HashEntry*)) {
+    for (int i = 0; i < size; ++i) {
+        HashEntry* entry = buckets[i];
+        while (entry) {
+            HashEntry* next = entry->next;
+            fn(entry);
+            entry = next;
+        }
+    }
+}
+
+unsigned int HashTable::hash(unsigned long key) {
+    if (sizeLog2 < firstSizeLog2 || sizeLog2 > lastSizeLog2)
+        return 0;
+    const unsigned int k = key & 0xFFFFF;
+    // Of the larger tables two parts make the index: a shift by 20 leaves nothing.
+    const int third = sizeLog2 == 6 ? 12 : sizeLog2 == 7 ? 13 : sizeLog2 == 8 ? 16 : 20;
+    return ((k >> sizeLog2) ^ k ^ (k >> third)) & ((1U << sizeLog2) - 1);
+}
+
+void HashTable::rebuildTable() {
+    const unsigned int oldSize = static_cast<unsigned int>(size);
+    HashEntry** oldBuckets = buckets;
+    buckets =
+        newBuckets(oldSize * 2);  // of 2 to the power of 30 there is no room for twice as many
+    size = static_cast<int>(oldSize * 2);
+    ++sizeLog2;
+    for (unsigned int i = 0; i < oldSize; ++i) {
+        HashEntry* entry = oldBuckets[i];
+        while (entry) {
+            HashEntry* next = entry->next;
+            putFirst(buckets[hash(entry->key)], entry);
+            entry = next;
+        }
+    }
+    std::free(oldBuckets);
+}

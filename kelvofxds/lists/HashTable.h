@@ -1,0 +1,81 @@
+// HashTable.h - a table from unsigned integers to pointers.
+#pragma once
+
+#include "kelvofxds/core/fxExport.h"
+
+/// One entry of a HashTable, which allocates and owns it.
+struct HashEntry {
+    unsigned long key;  ///< Not to be changed while the entry is in a table.
+    void* value;        ///< Not owned.
+    HashEntry* next;    ///< The next entry of the same bucket, or null.
+    HashEntry* prev;    ///< The one before it, or null.
+};
+
+/// A map from unsigned integers to untyped pointers, hashed into chains.
+///
+/// Ownership: entries belong to the table, values do not; an entry is valid
+/// until it is removed.
+/// Complexity: a look-up takes as many steps as its bucket has entries, at most
+/// 4 on the average up to 8192 keys. The table grows from 64 buckets to 2048 and
+/// no further, so beyond that the time of a look-up grows with the number of
+/// keys, and that of adding n keys with its square: for more than some ten
+/// thousand keys take another map.
+/// Invariant: an entry is in the bucket that hash gives for its key.
+///
+/// Deliberate: only the low 20 bits of a key take part in hashing; keys that
+/// differ in the others alone share a bucket at every size.
+///
+/// Misuse and running out of memory call abort(), without a message.
+class FX_EXPORT HashTable {
+public:
+    /// 64 empty buckets.
+    HashTable();
+    HashTable(const HashTable&) = delete;
+    HashTable& operator=(const HashTable&) = delete;
+    /// Releases all entries; the values are left alone.
+    ~HashTable();
+
+    /// Gives `key` the value and returns the entry. A key that is here already
+    /// is misuse.
+    HashEntry* add(unsigned long key, void* value);
+    /// Puts an entry for `key`, with a null value, before the others of its
+    /// bucket and returns it, after doubling the table if that is due: when as
+    /// many entries have been added as 4 times the number of buckets. Constant
+    /// time otherwise.
+    /// Deliberate: it does not look whether `key` is here already; look-ups then
+    /// find the newest entry, and removing that brings the older one back.
+    HashEntry* addElement(unsigned long key);
+    /// Removes the entry of `key`, if there is one.
+    /// Deliberate: the count is not lowered. It counts additions, and the table
+    /// grows by it.
+    void remove(unsigned long key);
+
+    /// The value of `key`; null if there is none.
+    void* lookup(unsigned long key);
+    /// The first entry of `chain` and behind it that has `key`, or null.
+    HashEntry* searchBucketFor(HashEntry* chain, unsigned long key);
+    /// Calls `fn` for every entry, bucket by bucket, each from its head.
+    /// Requires: `fn` is not null, and changes nothing in the table but values;
+    /// it may remove the entry it is called for.
+    void mapcar(void (*fn)(HashEntry*));
+
+    /// The bucket of `key`, 0 to the number of buckets less 1.
+    unsigned int hash(unsigned long key);
+    /// Doubles the number of buckets.
+    /// Deliberate: entries that stay together come out in reverse order. Tables
+    /// of more than 2048 buckets, which only this makes, use bucket 0 alone.
+    void rebuildTable();
+
+    /// Number of entries added so far.
+    int getCount() const { return count; }
+    /// Number of buckets.
+    int getSize() const { return size; }
+
+private:
+    friend struct HashTableLayout;  // tests/lists/HashTable_test.cpp
+
+    HashEntry** buckets;  // `size` chains, owned
+    int count;            // entries added
+    int size;             // buckets
+    int sizeLog2;         // its logarithm
+};

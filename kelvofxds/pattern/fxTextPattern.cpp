@@ -1,0 +1,3 @@
+#include "kelvofxds/pattern/fxTextPattern.h"
+
+fxTextPattern::~fxTextPattern() {}
