@@ -20,17 +20,23 @@
 #include "examples/wordindex/textFiles.h"
 #include "examples/wordindex/wordCounter.h"
 #include "kelvofxds/core/fxToolkit.h"
+#include "kelvofxds/pattern/fxRegEx.h"
 
 namespace {
 
 const char usage[] =
     "usage: wordindex [-o FILE] [-q WORD]... [FILE | DIRECTORY]...\n"
+    "       wordindex [-o FILE] [-q WORD]... -d DIR[:DIR...] -p PATTERN\n"
     "       wordindex -r FILE [-q WORD]...\n"
     "\n"
     "Counts the words of text files, writes the index to a file, reads it back and\n"
     "compares the two. Without arguments it takes the headers below /usr/include; a\n"
     "directory stands for all files below it.\n"
     "\n"
+    "  -d DIRS   take the files in these directories, separated by ':', that\n"
+    "            match PATTERN\n"
+    "  -p PATTERN\n"
+    "            a regular expression for whole names, like '.*\\.(h|hpp)'\n"
     "  -o FILE   keep the index in FILE, whose contents are replaced; without it\n"
     "            the index goes to a temporary file\n"
     "  -q WORD   look WORD up in the index; can be repeated\n"
@@ -45,6 +51,8 @@ const double megabyte = 1e6;
 struct Options {
     const char* output = nullptr;      // null for a temporary file
     const char* index = nullptr;       // to read; null to make one
+    const char* list = nullptr;        // directories to search, separated by ':', or null
+    const char* pattern = nullptr;     // of the names to search for, or null
     std::vector<std::string> queries;  // words to look up
     std::vector<std::string> texts;    // files and directories
 };
@@ -193,7 +201,9 @@ bool verify(fxStrStrDictionary& index, const Options& options, Progress& progres
 int makeIndex(const Options& options) {
     Progress progress;
     TextFiles texts;
-    if (options.texts.empty())
+    if (options.list)
+        texts.addMatching(options.list, options.pattern);
+    else if (options.texts.empty())
         texts.addHeaders("/usr/include");
     for (const std::string& path : options.texts)
         texts.add(path);
@@ -247,14 +257,37 @@ int readIndexGuarded(const Options& options) {
                       });
 }
 
-// The command line. Returns the exit status, or -1 to go on.
+// The command line.
+
+// What is wrong with options that were understood one by one; null if nothing is.
+const char* conflictIn(const Options& options) {
+    if (options.index &&
+        (!options.texts.empty() || options.output || options.list || options.pattern))
+        return "-r goes with -q only";
+    if (!options.list != !options.pattern)
+        return "-d and -p go together";
+    if (options.list && !options.texts.empty())
+        return "-d and -p go without files and directories";
+    const int notCompiled = -2;
+    if (options.pattern && fxRegEx(options.pattern).findBuffer("", 0) == notCompiled)
+        return "-p takes a regular expression";
+    return nullptr;
+}
+
+// Returns the exit status, or -1 to go on.
 int parse(int argc, char** argv, Options& options) {
     const option longOptions[] = {{"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
     int c;
-    while ((c = ::getopt_long(argc, argv, "o:q:r:h", longOptions, nullptr)) != -1) {
+    while ((c = ::getopt_long(argc, argv, "d:o:p:q:r:h", longOptions, nullptr)) != -1) {
         switch (c) {
+            case 'd':
+                options.list = optarg;
+                break;
             case 'o':
                 options.output = optarg;
+                break;
+            case 'p':
+                options.pattern = optarg;
                 break;
             case 'q':
                 options.queries.emplace_back(optarg);
@@ -271,8 +304,8 @@ int parse(int argc, char** argv, Options& options) {
         }
     }
     options.texts.assign(argv + optind, argv + argc);
-    if (options.index && (!options.texts.empty() || options.output)) {
-        std::fputs("wordindex: -r goes with -q only\n", stderr);
+    if (const char* conflict = conflictIn(options)) {
+        std::fprintf(stderr, "wordindex: %s\n", conflict);
         return 2;
     }
     if (options.queries.empty())

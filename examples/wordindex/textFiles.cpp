@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "examples/wordindex/progress.h"
+#include "kelvofxds/str/fxSearchList.h"
 
 namespace {
 bool endsWith(const std::string& text, const char* end) {
@@ -41,6 +42,25 @@ void TextFiles::add(const std::string& path) {
 }
 
 void TextFiles::addHeaders(const std::string& path) { addTree(path, headers); }
+
+void TextFiles::addMatching(const char* list, const char* pattern) {
+    const fxSearchList found(list, pattern);
+    bool isAny = false;
+    for (unsigned int i = 0; i < found.length(); ++i) {
+        const char* path = found[i].c_str();
+        struct stat status;
+        // Directories match, too, "." and ".." among them.
+        if (::stat(path, &status) != 0 || !S_ISREG(status.st_mode))
+            continue;
+        files.push_back(path);
+        totalBytes += static_cast<std::uint64_t>(status.st_size);
+        isAny = true;
+    }
+    if (!isAny) {
+        Progress::complain(list, std::string("no file matches ") + pattern);
+        ++failed;
+    }
+}
 
 void TextFiles::addTree(const std::string& directory, Wanted wanted) {
     DIR* open = ::opendir(directory.c_str());

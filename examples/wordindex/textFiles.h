@@ -18,7 +18,13 @@ public:
     /// extension below a directory called c++.
     void addHeaders(const std::string& path);
 
-    /// The files, those of each directory in the order of their names.
+    /// Adds the regular files in the directories of `list`, which are separated by ":", whose whole
+    /// names the regular expression `pattern` matches. Directories below them are not searched, and
+    /// those that do not open are left out. It is a failure if there is no such file at all.
+    void addMatching(const char* list, const char* pattern);
+
+    /// The files, those of each directory in the order of their names; those that were searched for
+    /// in the order in which they were found.
     const std::vector<std::string>& paths() const { return files; }
     /// Their sizes added up, as far as they are known beforehand.
     std::uint64_t bytes() const { return totalBytes; }

@@ -204,6 +204,55 @@ TEST(wordindex, anUnreadableFileGetsOneLineAndTheRestIsIndexed) {
     EXPECT_EQ("wordindex: verified 1 word from 1 file; 1 failure", result.lastLine());
 }
 
+// Searching for files.
+
+TEST(wordindex, aPatternSelectsTheFilesOfAListOfDirectories) {
+    const TemporaryFolder folder;
+    folder.file("1/one.txt", "one both");
+    folder.file("1/two.md", "two");
+    folder.file("1/below/three.txt", "three");
+    folder.file("2/four.txt", "four both");
+    folder.file("2/four.txt.old", "five");
+    std::filesystem::create_directory(folder / "2/folder.txt");
+    std::filesystem::create_symlink("nowhere", folder / "2/dangling.txt");
+    const std::string list = (folder / "1") + "::" + (folder / "missing") + ":" + (folder / "2");
+
+    const ProgramResult result = wordindex.run({"-d", list, "-p", ".*\\.txt", "-q", "one", "-q",
+                                                "two", "-q", "three", "-q", "four", "-q", "both"});
+
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ("", result.err);
+    EXPECT_TRUE(result.hasLine("\"one\" 1"));
+    EXPECT_TRUE(result.hasLine("\"two\" is not there"));
+    EXPECT_TRUE(result.hasLine("\"three\" is not there"));
+    EXPECT_TRUE(result.hasLine("\"four\" 1"));
+    EXPECT_TRUE(result.hasLine("\"both\" 2"));
+    EXPECT_EQ("wordindex: verified 3 words from 2 files", result.lastLine());
+}
+
+TEST(wordindex, aPatternForEverythingTakesTheFilesOnly) {
+    const TemporaryFolder folder;
+    folder.file("1/.hidden", "hidden");
+    folder.file("1/below/three", "three");
+
+    const ProgramResult result = wordindex.run({"-d", folder / "1", "-p", ".*"});
+
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ("wordindex: verified 1 word from 1 file", result.lastLine());
+}
+
+TEST(wordindex, aPatternThatNoFileMatchesIsAFailure) {
+    const TemporaryFolder folder;
+    folder.file("text", "word");
+    for (const std::string& list : {folder.path(), folder / "missing"}) {
+        SCOPED_TRACE(list);
+        const ProgramResult result = wordindex.run({"-d", list, "-p", "tex"});
+        EXPECT_EQ(1, result.status);
+        EXPECT_EQ("wordindex: " + list + ": no file matches tex\n", result.err);
+        EXPECT_EQ("wordindex: verified 0 words from 0 files; 1 failure", result.lastLine());
+    }
+}
+
 // The index file.
 
 TEST(wordindex, writesAnIndexThatItReadsLater) {
@@ -375,13 +424,22 @@ TEST(wordindex, helpDescribesTheOptions) {
     EXPECT_EQ(0, result.status);
     EXPECT_EQ("", result.err);
     EXPECT_EQ(0U, result.out.find("usage: wordindex "));
-    for (const char* option : {"-o FILE", "-q WORD", "-r FILE", "--help"})
+    for (const char* option : {"-d DIRS", "-o FILE", "-p PATTERN", "-q WORD", "-r FILE", "--help"})
         EXPECT_NE(std::string::npos, result.out.find(option)) << option;
 }
 
 TEST(wordindex, argumentsThatMakeNoSenseAreRefused) {
-    const std::vector<std::string> cases[] = {
-        {"-x"}, {"-r"}, {"-r", "a", "b"}, {"-r", "a", "-o", "b"}};
+    const std::vector<std::string> cases[] = {{"-x"},
+                                              {"-r"},
+                                              {"-r", "a", "b"},
+                                              {"-r", "a", "-o", "b"},
+                                              {"-r", "a", "-d", "b", "-p", "c"},
+                                              {"-d"},
+                                              {"-p"},
+                                              {"-d", "a"},
+                                              {"-p", "a"},
+                                              {"-d", "a", "-p", "b", "c"},
+                                              {"-d", "a", "-p", "("}};
     for (const auto& arguments : cases) {
         const ProgramResult result = wordindex.run(arguments);
         EXPECT_EQ(2, result.status);
