@@ -58,7 +58,8 @@ FX_EXPORT fxregexp* fxregcomp(const char* pattern);
 /// Time is O(program size * length of the subject) at worst. The stack used
 /// does not depend on the subject; choices in waiting are kept on the heap, and
 /// a search that gets expensive takes a bit for each choice in the program and
-/// byte of the subject.
+/// byte of the subject. Without memory for the choices it returns 0, without
+/// memory for the bits it can take longer.
 FX_EXPORT int fxregexec(fxregexp* prog, const char* subject);
 
 /// Writes `source` to `dest`, a NUL-terminated text that must be large enough,

@@ -1,0 +1,174 @@
+// What a match may cost: no stack that grows with the subject, no memory where
+// it is cheap, and an end in sight where trying everything has none.
+
+#include <pthread.h>
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "kelvofxds/pattern/fxRegExp.h"
+#include "tests/pattern/compiled.h"
+#include "tests/pattern/regErrors.h"
+#include "tests/support/heapCalls.h"
+
+namespace {
+
+const unsigned int mebibyte = 1 << 20;
+
+// "abab...", `n` bytes.
+std::string alternating(unsigned int n) {
+    std::string text(n, 'a');
+    for (unsigned int i = 1; i < n; i += 2)
+        text[i] = 'b';
+    return text;
+}
+
+struct Question {
+    std::string pattern, subject;
+    std::string answer;
+};
+
+void* answer(void* argument) {
+    auto* question = static_cast<Question*>(argument);
+    question->answer = found(question->pattern, question->subject);
+    return nullptr;
+}
+
+// What found() says on a stack of 256 KiB.
+std::string foundOnSmallStack(const std::string& pattern, const std::string& subject) {
+    Question question = {pattern, subject, std::string()};
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 256 * 1024);
+    pthread_t thread;
+    const int failed = pthread_create(&thread, &attributes, answer, &question);
+    pthread_attr_destroy(&attributes);
+    if (failed)
+        return "no thread";
+    pthread_join(thread, nullptr);
+    return question.answer;
+}
+
+std::string span(unsigned int start, unsigned int end) {
+    return std::to_string(start) + "-" + std::to_string(end);
+}
+
+}  // namespace
+
+TEST(fxRegExecCost, aMebibyteIsMatchedOnASmallStack) {
+    const unsigned int n = mebibyte;
+    const std::string subject = alternating(n);
+    EXPECT_EQ("0:" + span(0, n + 1) + " 1:" + span(n - 1, n),
+              foundOnSmallStack("(a|b)*c", subject + "c"));
+    EXPECT_EQ("0:" + span(0, n + 1) + " 1:" + span(n - 1, n),
+              foundOnSmallStack("(a|b)+c", subject + "c"));
+    EXPECT_EQ("0:" + span(0, n) + " 1:" + span(n - 2, n) + " 2:" + span(n - 2, n - 1) +
+                  " 3:" + span(n - 1, n),
+              foundOnSmallStack("((a)(b))*", subject));
+    EXPECT_EQ("0:" + span(0, n), foundOnSmallStack(".*", subject));
+    EXPECT_EQ("none", foundOnSmallStack("(a|b)*c", subject));
+    EXPECT_EQ("none", foundOnSmallStack("(a|b)*[c]", subject));
+    EXPECT_EQ("none", foundOnSmallStack("((a)|(b))+[c]", subject));
+}
+
+TEST(fxRegExecCost, longProgramsAreMatchedOnASmallStack) {
+    const unsigned int n = 1900;
+    std::string optional, alternatives, stars;
+    for (unsigned int i = 0; i < n; ++i) {
+        optional += "a?";
+        stars += "a*";
+        alternatives += "b|";
+    }
+    const std::string subject(n, 'a');
+    EXPECT_EQ("0:" + span(0, n), foundOnSmallStack(optional, subject));
+    EXPECT_EQ("0:" + span(0, n), foundOnSmallStack(stars, subject));
+    EXPECT_EQ("0:0-1", foundOnSmallStack(alternatives + "a", subject));
+}
+
+TEST(fxRegExecCost, optionalPiecesFollowedByTheSameDoNotExplode) {
+    const unsigned int n = 60;
+    std::string pattern;
+    for (unsigned int i = 0; i < n; ++i)
+        pattern += "a?";
+    pattern += std::string(n, 'a');
+    EXPECT_EQ("0:" + span(0, n), found(pattern, std::string(n, 'a')));
+    EXPECT_EQ("none", found(pattern, std::string(n - 1, 'a')));
+}
+
+// None of these comes to an end when everything is tried.
+TEST(fxRegExecCost, hostilePatternsFailSoon) {
+    const std::string xs(100000, 'x'), as(100000, 'a');
+    const std::string mixed = alternating(100000);
+    EXPECT_EQ("none", found("(x+x+)+y", xs));
+    EXPECT_EQ("none", found("(x+x+)+[y]", xs));
+    EXPECT_EQ("none", found("(a|aa)*b", as));
+    EXPECT_EQ("none", found("(a|aa)*[b]", as));
+    EXPECT_EQ("none", found("(a|aa|aaa)+$", as + "b"));
+    EXPECT_EQ("none", found("((a+)+)+$", as + "b"));
+    EXPECT_EQ("none", found("(a+|b+)*[c]", mixed));
+    EXPECT_EQ("none", found("(a|b|ab)*[c]", mixed));
+    EXPECT_EQ("none", found("(.+)+(.+)+[x]", mixed));
+    EXPECT_EQ("none", found("^(([ab]+)+)+[c]", mixed));
+    EXPECT_EQ("none", found("(\\<.|.\\>|.)*[c]", mixed));
+}
+
+TEST(fxRegExecCost, simpleLoopsInARowFailSoon) {
+    const std::string as(100000, 'a');
+    EXPECT_EQ("none", found(".*.*.*x", as));
+    EXPECT_EQ("none", found(".*.*.*[x]", as));
+    EXPECT_EQ("none", found("a*a*a*a*[x]", as));
+    EXPECT_EQ("none", found("a+a+a+a+x", as));
+    EXPECT_EQ("none", found(".*a.*a.*ax", as));
+    EXPECT_EQ("none", found("[ab]*[a]*[^b]*[x]", as));
+}
+
+// The registers of a match behind much that failed are those of the order of
+// attempts.
+TEST(fxRegExecCost, whatIsFoundAfterManyFailuresIsTheSame) {
+    const unsigned int n = 100000;
+    const std::string xs(n, 'x');
+    EXPECT_EQ("0:" + span(0, n + 1) + " 1:" + span(0, n), found("(x+x+)+y", xs + "y"));
+    EXPECT_EQ("0:" + span(0, n + 2) + " 1:" + span(0, n) + " 2:" + span(n + 1, n + 2),
+              found("(x+x+)+(y|z)*$", xs + "yz"));
+    EXPECT_EQ("0:" + span(n + 1, n + 3) + " 1:" + span(n + 1, n + 2),
+              found("(x|xx)*[y]", xs + "-xy"));
+    EXPECT_EQ("0:" + span(n + 1, n + 3) + " 1:" + span(n + 1, n + 2),
+              found("(x+x*)+[y]", xs + "-xy"));
+    EXPECT_EQ("0:" + span(n + 1, n + 5) + " 1:" + span(n + 3, n + 4) + " 2:" + span(n + 2, n + 3),
+              found("((x)|z)*[y]", xs + "-xxzy"));
+}
+
+TEST(fxRegExecCost, cheapMatchesAllocateNothing) {
+    if (!heapCallsAreCounted())
+        GTEST_SKIP() << "allocations are not counted in this build or under this tool";
+    const struct {
+        const char *pattern, *subject;
+    } rows[] = {{"needle", "a haystack with a needle in it"},
+                {"[a-z]+@[a-z.]+", "write to somebody@example.org today"},
+                {"^[0-9]+-[0-9]+$", "2024-06"},
+                {"\"[^\"]*\"", "he said \"yes\" twice"},
+                {"(error|warning): .*", "file.c: warning: unused"},
+                {"([a-z]+)=([^;]*)", "  key=value; other=1"},
+                {"nothing here", "a haystack with a needle in it"}};
+    for (const auto& row : rows) {
+        const Compiled program = compiled(row.pattern);
+        ASSERT_TRUE(program != nullptr);
+        const unsigned long before = heapCalls().allocations;
+        fxregexec(program.get(), row.subject);
+        EXPECT_EQ(before, heapCalls().allocations) << row.pattern;
+    }
+}
+
+TEST(fxRegExecCost, everyMatchReleasesWhatItTook) {
+    if (!heapCallsAreCounted())
+        GTEST_SKIP() << "allocations are not counted in this build or under this tool";
+    const std::string subject = alternating(10000);
+    const Compiled failing = compiled("(a|b|ab)*[c]"), matching = compiled("(a|b)*");
+    ASSERT_TRUE(failing && matching);
+    const HeapCalls before = heapCalls();
+    EXPECT_EQ(0, fxregexec(failing.get(), subject.c_str()));
+    EXPECT_EQ(1, fxregexec(matching.get(), subject.c_str()));
+    EXPECT_LT(before.allocations, heapCalls().allocations);
+    EXPECT_EQ(before.blocks, heapCalls().blocks);
+}

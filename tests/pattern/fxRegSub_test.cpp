@@ -1,0 +1,158 @@
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "kelvofxds/pattern/fxRegExp.h"
+#include "tests/pattern/compiled.h"
+#include "tests/pattern/regErrors.h"
+
+namespace {
+
+// What `source` becomes after `pattern` has matched `subject`.
+std::string substituted(const std::string& pattern, const std::string& subject,
+                        const std::string& source) {
+    const Compiled program = compiled(pattern);
+    if (!program || fxregexec(program.get(), subject.c_str()) != 1)
+        return "no match";
+    takeRegErrors();
+    std::string dest(source.size() * (subject.size() + 1) + 1, '#');
+    fxregsub(program.get(), source.c_str(), &dest[0]);
+    EXPECT_EQ(Messages(), takeRegErrors());
+    return dest.c_str();
+}
+
+// A match whose subject may be changed afterwards.
+class fxRegSubDamage : public testing::Test {
+protected:
+    fxRegSubDamage() : program(compiled("b(c*)(d)?")) {
+        std::memset(dest, '#', sizeof dest);
+        std::strcpy(subject, "abcccx");
+        EXPECT_EQ(1, fxregexec(program.get(), subject));
+        EXPECT_EQ("0:1-5 1:2-5", groupsOf(*program, subject));
+        takeRegErrors();
+    }
+
+    Compiled program;
+    char subject[8];
+    char dest[32];
+};
+
+}  // namespace
+
+TEST(fxRegSub, aTemplateWithoutSpecialBytesIsCopied) {
+    EXPECT_EQ("", substituted("a", "a", ""));
+    EXPECT_EQ("plain text", substituted("a", "a", "plain text"));
+    EXPECT_EQ("$1 %s (*) \xe9", substituted("a", "a", "$1 %s (*) \xe9"));
+}
+
+TEST(fxRegSub, anAmpersandIsTheWholeMatch) {
+    EXPECT_EQ("bc", substituted("b.", "abcd", "&"));
+    EXPECT_EQ("<bc|bc>", substituted("b.", "abcd", "<&|&>"));
+}
+
+TEST(fxRegSub, aDigitBehindABackslashIsAGroup) {
+    const std::string nine = "(a)(b)(c)(d)(e)(f)(g)(h)(i)";
+    EXPECT_EQ("i-h-g-f-e-d-c-b-a-abcdefghi",
+              substituted(nine, "xabcdefghix", "\\9-\\8-\\7-\\6-\\5-\\4-\\3-\\2-\\1-\\0"));
+    EXPECT_EQ("home at me", substituted("([a-z]+)@([a-z]+)", "me@home", "\\2 at \\1"));
+    EXPECT_EQ("a0", substituted("(a)", "a", "\\10"));
+    EXPECT_EQ("1a", substituted("(a)", "a", "1\\1"));
+}
+
+TEST(fxRegSub, anEscapedBackslashOrAmpersandIsItself) {
+    EXPECT_EQ("\\", substituted("a", "a", "\\\\"));
+    EXPECT_EQ("&", substituted("a", "a", "\\&"));
+    EXPECT_EQ("\\a", substituted("a", "a", "\\\\&"));
+    EXPECT_EQ("\\&", substituted("a", "a", "\\\\\\&"));
+    EXPECT_EQ("\\1", substituted("(a)", "a", "\\\\1"));
+    EXPECT_EQ("[foo] f &", substituted("(f)oo", "a foo", "[&] \\1 \\&"));
+}
+
+TEST(fxRegSub, aBackslashBeforeAnyOtherByteStays) {
+    EXPECT_EQ("\\n\\a\\ \\.", substituted("a", "a", "\\n\\a\\ \\."));
+    EXPECT_EQ("\\x", substituted("a", "a", "\\x"));
+    EXPECT_EQ("\\\na", substituted("a", "a", "\\\n&"));
+    EXPECT_EQ("\\:\\/", substituted("a", "a", "\\:\\/"));  // beside '0' and '9'
+    EXPECT_EQ("\\\xb1", substituted("(a)", "a", "\\\xb1"));
+}
+
+TEST(fxRegSub, aBackslashAtTheEndStays) {
+    EXPECT_EQ("\\", substituted("a", "a", "\\"));
+    EXPECT_EQ("a\\", substituted("a", "a", "&\\"));
+}
+
+TEST(fxRegSub, unsetAndEmptyGroupsAreNothing) {
+    EXPECT_EQ("[]", substituted("(a)|b", "b", "[\\1]"));
+    EXPECT_EQ("[]", substituted("a", "a", "[\\5]"));
+    EXPECT_EQ("[]", substituted("a()b", "ab", "[\\1]"));
+    EXPECT_EQ("[]", substituted("", "abc", "[&]"));
+}
+
+TEST(fxRegSub, aGroupIsCopiedOnlyWhenBothItsEndsAreSet) {
+    const Compiled program = compiled("(a)");
+    char dest[16];
+    const char subject[] = "a";
+    ASSERT_EQ(1, fxregexec(program.get(), subject));
+    takeRegErrors();
+    program->endp[1] = nullptr;
+    fxregsub(program.get(), "[\\1&]", dest);
+    EXPECT_STREQ("[a]", dest);
+    program->startp[0] = nullptr;
+    fxregsub(program.get(), "[\\1&]", dest);
+    EXPECT_STREQ("[]", dest);
+    EXPECT_EQ(Messages(), takeRegErrors());
+}
+
+TEST(fxRegSub, nothingIsWrittenBehindTheTerminator) {
+    const Compiled program = compiled("b+");
+    char dest[16];
+    std::memset(dest, '#', sizeof dest);
+    ASSERT_EQ(1, fxregexec(program.get(), "abbc"));
+    fxregsub(program.get(), "<&>", dest);
+    EXPECT_EQ(std::string("<bb>\0###########", 16), std::string(dest, 16));
+}
+
+TEST_F(fxRegSubDamage, nullArgumentsAreErrors) {
+    fxregsub(nullptr, "&", dest);
+    EXPECT_EQ(Messages{"NULL parm to regsub"}, takeRegErrors());
+    fxregsub(program.get(), nullptr, dest);
+    EXPECT_EQ(Messages{"NULL parm to regsub"}, takeRegErrors());
+    fxregsub(program.get(), "&", nullptr);
+    EXPECT_EQ(Messages{"NULL parm to regsub"}, takeRegErrors());
+    EXPECT_EQ(std::string(32, '#'), std::string(dest, 32));
+}
+
+TEST_F(fxRegSubDamage, aProgramWithoutTheMagicByteIsAnError) {
+    for (const int magic : {0, 155, 157}) {
+        program->program[0] = static_cast<char>(magic);
+        fxregsub(program.get(), "&", dest);
+        EXPECT_EQ(Messages{"damaged regexp fed to regsub"}, takeRegErrors()) << magic;
+        EXPECT_EQ(std::string(32, '#'), std::string(dest, 32));
+    }
+}
+
+TEST_F(fxRegSubDamage, deliberateAGroupThatEndsInNulStopsWithoutATerminator) {
+    subject[4] = '\0';  // the group's last byte
+    fxregsub(program.get(), "<\\1>", dest);
+    EXPECT_EQ(Messages{"damaged match string"}, takeRegErrors());
+    EXPECT_EQ(std::string("<cc\0####", 8), std::string(dest, 8));
+}
+
+// strncpy fills up with NULs, so an earlier one is found at the end too.
+TEST_F(fxRegSubDamage, aNulAnywhereInAGroupIsFound) {
+    subject[2] = '\0';
+    fxregsub(program.get(), "<&>", dest);
+    EXPECT_EQ(Messages{"damaged match string"}, takeRegErrors());
+    EXPECT_EQ(std::string("<b\0\0\0###", 8), std::string(dest, 8));
+}
+
+TEST_F(fxRegSubDamage, whatIsOutsideTheGroupsUsedDoesNotMatter) {
+    subject[5] = '\0';
+    fxregsub(program.get(), "<&>", dest);
+    EXPECT_STREQ("<bccc>", dest);
+    subject[1] = '\0';
+    fxregsub(program.get(), "<\\1\\2>", dest);
+    EXPECT_STREQ("<ccc>", dest);
+    EXPECT_EQ(Messages(), takeRegErrors());
+}

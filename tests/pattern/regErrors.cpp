@@ -1,0 +1,15 @@
+#include "tests/pattern/regErrors.h"
+
+#include "kelvofxds/pattern/fxRegExp.h"
+
+namespace {
+Messages collected;
+}  // namespace
+
+void fxregerror(const char* message) { collected.push_back(message); }
+
+Messages takeRegErrors() {
+    Messages taken;
+    taken.swap(collected);
+    return taken;
+}
