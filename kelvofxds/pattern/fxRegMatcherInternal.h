@@ -11,8 +11,10 @@ struct fxRegByteSet {
     unsigned char has[256];
 
     void clear();
-    void add(const char* text);
-    void addAllBut(const char* text);  ///< Never adds NUL.
+    /// The bytes that the node, OP_ANY or a class, matches.
+    void assign(const char* node);
+    void add(char c) { has[static_cast<unsigned char>(c)] = 1; }
+    void add(const fxRegByteSet& other);
     bool contains(char c) const { return has[static_cast<unsigned char>(c)] != 0; }
 };
 
@@ -45,10 +47,10 @@ private:
         const char* position;  // for a repetition, the next end of it to try
     };
 
-    // A class in the program and its members.
+    // A class in the program and its members, which equal classes share.
     struct ByteClass {
         const char* node;
-        fxRegByteSet set;
+        const fxRegByteSet* set;
     };
 
     bool regmatch(const char* node);
@@ -63,6 +65,7 @@ private:
     bool matchesOne(const char* node, const char* at);
     bool addFirst(const char* node, unsigned int& patience);
     const fxRegByteSet& setOf(const char* node);
+    const fxRegByteSet& makeSetOf(const char* node);
     static const char* linked(const char* next);
     static const char* viable(const char* node, char c);
     static bool canBegin(const char* node, char c);
@@ -84,7 +87,8 @@ private:
     void reconsider();
 
     static const std::size_t framesAtFirst = 64;
-    static const unsigned int classCount = 8;
+    static const unsigned int mostClasses = 32;
+    static const unsigned int mostSets = 16;
 
     fxregexp& prog;
     const char* program;
@@ -101,7 +105,9 @@ private:
     bool outOfSpace;       // the match is given up
     fxRegMemory memory;
     Frame ownFrames[framesAtFirst];
-    unsigned int classesUsed;
-    ByteClass classes[classCount];
+    unsigned int classCount;         // of `classes`
+    unsigned int setCount;           // of `sets`
+    ByteClass classes[mostClasses];  // those met so far
+    fxRegByteSet sets[mostSets];
     fxRegByteSet first;  // of firstBytes
 };
