@@ -394,7 +394,7 @@ TEST(fxStrStrDictionary, bytesThatEndAnywhereFail) {
 TEST(fxStrStrDictionary, sizesBelowAStringFail) {
     const struct {
         unsigned int keySize, valueSize;
-    } cases[] = {{7, 8}, {8, 7}, {0, 8}, {8, 0}, {4097, 8}, {8, 8 + 0x100001}, {0xFFFFFFF8, 16}};
+    } cases[] = {{7, 8}, {8, 7}, {0, 8}, {8, 0}, {8 + 0x100001, 8}, {8, 8 + 0x100001}, {0xFFFFFFF8, 16}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.keySize << " and " << c.valueSize);
         fxStrStrDictionary d(fxStrStrDictionary_type);
@@ -406,7 +406,7 @@ TEST(fxStrStrDictionary, sizesBelowAStringFail) {
 
 // The value would start where no string can. The key has been read by then.
 TEST(fxStrStrDictionary, keySizesThatMisalignTheValueFail) {
-    for (unsigned int keySize : {9u, 10u, 11u, 4095u}) {
+    for (unsigned int keySize : {9u, 10u, 11u, 4095u, 4097u}) {
         SCOPED_TRACE(keySize);
         Watched d(fxStrStrDictionary_type);
         RecordingTranscriber t(reader, head(1, keySize, 8, 3) + entry("key", "value", 1));

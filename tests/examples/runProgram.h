@@ -98,10 +98,22 @@ struct Program {
     }
 
 private:
+    // What programs are run by that are not made for this machine.
+    static std::vector<const char*> emulator() {
+#ifdef KELVOFXDS_EMULATOR
+        return {KELVOFXDS_EMULATOR};
+#else
+        return {};
+#endif
+    }
+
     // Only what is safe after a fork.
     [[noreturn]] void become(const std::vector<std::string>& arguments, const std::string& out,
                              const std::string& err) const {
-        std::vector<char*> argv{const_cast<char*>(path.c_str())};
+        std::vector<char*> argv;
+        for (const char* word : emulator())
+            argv.push_back(const_cast<char*>(word));
+        argv.push_back(const_cast<char*>(path.c_str()));
         for (const std::string& argument : arguments)
             argv.push_back(const_cast<char*>(argument.c_str()));
         argv.push_back(nullptr);
@@ -110,7 +122,7 @@ private:
         if (!temporaryFolder.empty())
             ::setenv("TMPDIR", temporaryFolder.c_str(), 1);
         if (workingFolder.empty() || ::chdir(workingFolder.c_str()) == 0)
-            ::execv(path.c_str(), argv.data());
+            ::execvp(argv[0], argv.data());
         ::_exit(127);
     }
 };
