@@ -171,7 +171,7 @@ TEST_F(fxEventHandlerTest, removedEventsMakeRoomForTheOnesPostedMeanwhile) {
 }
 
 TEST_F(fxEventHandlerTest, distributeStopsEarlyWhenTheQueueIsEmpty) {
-    post("a", [this] {
+    post("a", [] {
         while (fxEvent* e = fx_theEventHandler->getQueue().get())
             delete e;
     });
