@@ -9,6 +9,7 @@
 
 #include "kelvofxds/core/fxPlatform.h"
 #include "kelvofxds/core/fxVersion.h"
+#include "kelvofxds/str/fxPath.h"
 
 namespace {
 
@@ -16,6 +17,12 @@ namespace {
 int first, number, width;
 char* target;
 const char *formatText, *name;
+const char* splitPath;
+int directoryRoom, leafRoom;
+
+// What the host's splitting writes and returns.
+const char *directoryWritten, *leafWritten;
+int splitStatus;
 
 void note(const char* format, std::va_list args) {
     formatText = format;
@@ -50,21 +57,82 @@ int imsg_sprintf(char* buffer, int messageNumber, const char* format, ...) {
     return 815;
 }
 
-int main() {
+// Fills both buffers to the last byte that is stated, and the NUL's.
+int fileutl_strip_leaf(const char* path, int directorySize, char* directory, int leafSize,
+                       char* leaf) {
+    splitPath = path;
+    directoryRoom = directorySize;
+    leafRoom = leafSize;
+    std::memset(directory, 'D', static_cast<unsigned int>(directorySize));
+    std::memset(leaf, 'L', static_cast<unsigned int>(leafSize));
+    std::strcpy(directory, directoryWritten);
+    std::strcpy(leaf, leafWritten);
+    return splitStatus;
+}
+
+namespace {
+
+bool printsThroughTheHost() {
     first = number = 1;
     const int printed = libkelvofxds_print_verid();
-    if (printed != 4711 || first != 0 || number != -1 || !sameFormatAndName()) {
-        std::fputs("libkelvofxds_print_verid does not print through imsg_print\n", stderr);
-        return 1;
-    }
+    return printed == 4711 && first == 0 && number == -1 && sameFormatAndName();
+}
 
+bool formatsThroughTheHost() {
     char buffer[100];
     width = 0;
     number = 1;
     const int formatted = libkelvofxds_sprintf_verid(buffer);
-    if (formatted != 815 || target != buffer || number != -1 || !sameFormatAndName()) {
-        std::fputs("libkelvofxds_sprintf_verid does not format through imsg_sprintf\n", stderr);
-        return 1;
+    return formatted == 815 && target == buffer && number == -1 && sameFormatAndName();
+}
+
+bool isText(const fxStr& s, const char* text) {
+    return s.length() == std::strlen(text) && std::strcmp(s.c_str(), text) == 0;
+}
+
+// The parts are what the host wrote, whatever the path says, and so is the status.
+bool splitsThroughTheHost() {
+    const struct {
+        const char *path, *directory, *leaf;
+        int status;
+    } cases[] = {{"a/b", "x", "yz", 0},
+                 {"a/b", "", "", 42},
+                 {"/usr/lib", "12345678", "87654321", -1},
+                 {"", "", "", 7}};
+    for (const auto& c : cases) {
+        const int length = static_cast<int>(std::strlen(c.path));
+        const fxPath path(c.path);
+        fxPath directory("what was there before"), leaf;
+        directoryWritten = c.directory;
+        leafWritten = c.leaf;
+        splitStatus = c.status;
+        if (path.split(&directory, &leaf) != c.status || splitPath != path.c_str() ||
+            directoryRoom != length || leafRoom != length || !isText(directory, c.directory) ||
+            !isText(leaf, c.leaf))
+            return false;
+        if (!isText(path.directory(), c.directory) || !isText(path.leaf(), c.leaf))
+            return false;
     }
-    return 0;
+    return true;
+}
+
+}  // namespace
+
+int main() {
+    const struct {
+        bool (*usesTheHosts)();
+        const char* complaint;
+    } checks[] = {
+        {printsThroughTheHost, "libkelvofxds_print_verid does not print through imsg_print"},
+        {formatsThroughTheHost, "libkelvofxds_sprintf_verid does not format through imsg_sprintf"},
+        {splitsThroughTheHost, "fxPath::split does not split through fileutl_strip_leaf"},
+    };
+    int failures = 0;
+    for (const auto& check : checks) {
+        if (check.usesTheHosts())
+            continue;
+        std::fprintf(stderr, "%s\n", check.complaint);
+        ++failures;
+    }
+    return failures == 0 ? 0 : 1;
 }

@@ -394,7 +394,8 @@ TEST(fxStrStrDictionary, bytesThatEndAnywhereFail) {
 TEST(fxStrStrDictionary, sizesBelowAStringFail) {
     const struct {
         unsigned int keySize, valueSize;
-    } cases[] = {{7, 8}, {8, 7}, {0, 8}, {8, 0}, {8 + 0x100001, 8}, {8, 8 + 0x100001}, {0xFFFFFFF8, 16}};
+    } cases[] = {{7, 8},          {8, 7}, {0, 8}, {8, 0}, {8 + 0x100001, 8}, {8, 8 + 0x100001},
+                 {0xFFFFFFF8, 16}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.keySize << " and " << c.valueSize);
         fxStrStrDictionary d(fxStrStrDictionary_type);

@@ -252,6 +252,16 @@ TEST(doUnlink, joinsTheNeighboursAndLeavesTheCursor) {
     }
 }
 
+TEST(doUnlink, ofAHeadWithoutANextLeavesNoTailWhateverItWas) {
+    Numbers numbers(1);
+    Number other;
+    Layout::tail(numbers.list) = &other;
+    doUnlink(&numbers.list, numbers.link(0));
+    EXPECT_EQ(nullptr, numbers->first());
+    EXPECT_EQ(nullptr, numbers->last());
+    EXPECT_EQ(0, numbers->length());
+}
+
 // Splitting.
 
 TEST(fxIndexableList, splitCutsInFrontOfTheLinkAndPutsTheCursorOnTheHead) {

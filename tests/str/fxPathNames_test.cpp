@@ -324,6 +324,18 @@ TEST(environmentVariableExtendedName, aDollarInANameBelongsToIt) {
     EXPECT_EQ("(null)", expanded("$$FX_TEST_A/"));
 }
 
+TEST(environmentVariableExtendedName, whatNothingEndsIsOneNameLessItsLastByte) {
+    const Variable a("A", "1"), b("B", "2"), aDollar("A$", "both"), bc("BC", "3");
+    EXPECT_EQ("bothB", expanded("$A$B"));
+    EXPECT_EQ("1/2C", expanded("$A/$BC"));
+    EXPECT_EQ("1 2C", expanded("$A $BC"));
+    EXPECT_EQ("1/3/", expanded("$A/$BC/"));
+    EXPECT_EQ("(null)", expanded("$A/$B"));  // the name is empty
+    EXPECT_EQ("(null)", expanded("$A $"));
+    const Variable noADollar("A$", nullptr);
+    EXPECT_EQ("(null)", expanded("$A$B"));
+}
+
 TEST(environmentVariableExtendedName, valuesAreNotExpandedAgain) {
     const Variable a("FX_TEST_A", "$FX_TEST_B/"), b("FX_TEST_B", "b");
     EXPECT_EQ("$FX_TEST_B//b/", expanded("$FX_TEST_A/$FX_TEST_B/"));

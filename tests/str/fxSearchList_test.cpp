@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -19,6 +20,7 @@
 #include "kelvofxds/str/fxTempStr.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 #include "tests/examples/runProgram.h"
+#include "tests/support/memoryStream.h"
 #include "tests/support/vtable.h"
 
 struct fxSearchListLayout {
@@ -65,6 +67,14 @@ Names entriesOf(const std::string& directory) {
         names.push_back(directory + "/" + entry->d_name);
     ::closedir(entries);
     return names;
+}
+
+// What writing an array gives, header included.
+std::string bytesOf(fxStrArray& array) {
+    MemoryStream stream;
+    const std::unique_ptr<fxTranscriber> writer(fxTranscriber::getWriter(&stream));
+    EXPECT_EQ(1, writer->writeObject(&array, &array));
+    return stream.written;
 }
 
 // Counts what a process may open, down to nothing, and gives it back at the end.
@@ -150,6 +160,19 @@ TEST(fxSearchList, isDeletedThroughItsBase) {
     folder.file("a", "");
     fxRCObj* held = new fxSearchList(folder.path().c_str(), "a");
     delete held;
+}
+
+TEST(fxSearchList, isWrittenLikeAStringArrayOfItsElements) {
+    const TemporaryFolder folder;
+    folder.file("a", "");
+    folder.file("ab", "");
+    fxSearchList list(folder.path().c_str(), "a.*");
+    fxStrArray plain;
+    for (const std::string& name : namesOf(list))
+        plain.append(name.c_str());
+    ASSERT_EQ(2u, plain.length());
+
+    EXPECT_EQ(bytesOf(plain), bytesOf(list));
 }
 
 // Construction.
