@@ -135,15 +135,18 @@ void fxStr::vformat(const char* format, std::va_list args) {
 
     // A new block, since the arguments may point into the old one.
     char* text = nullptr;
-    for (std::size_t needed = size; needed != 0;) {
-        size = needed;
+    bool isWhole;
+    do {
         text = static_cast<char*>(text ? fxReallocate(text, size) : fxAllocate(size));
         text[0] = text[size - 1] = '\0';
         std::va_list again;
         va_copy(again, args);
-        needed = tooShort(text, size, std::vsnprintf(text, size, format, again));
+        const std::size_t needed = tooShort(text, size, std::vsnprintf(text, size, format, again));
         va_end(again);
-    }
+        isWhole = needed == 0;
+        if (!isWhole)
+            size = needed;
+    } while (!isWhole);
 
     // After an error the text is what had been printed before it.
     becomeEmpty();

@@ -516,6 +516,22 @@ TEST(fxRegComp, aParseErrorComesBeforeTheLimit) {
     expectMessage(std::string(40000, 'a') + "**", "nested *?+");
 }
 
+// A class of 255 bytes takes 259: so many are a little more than 2^32.
+TEST(fxRegComp, noPatternIsTooLongToCount) {
+    const std::string one = "[\x01-\xff]";
+    const unsigned int classes = 16582886;
+    std::string pattern;
+    pattern.reserve(one.size() * classes + 1);
+    for (unsigned int i = 0; i < classes; ++i)
+        pattern += one;
+    takeRegErrors();
+    EXPECT_TRUE(fxregcomp(pattern.c_str()) == nullptr);
+    EXPECT_EQ(Messages{"regexp too big"}, takeRegErrors());
+    pattern += '(';
+    EXPECT_TRUE(fxregcomp(pattern.c_str()) == nullptr);
+    EXPECT_EQ(Messages{"unmatched ()"}, takeRegErrors());
+}
+
 TEST(fxRegComp, eachCallMakesABlockOfItsOwn) {
     const Compiled first = compiled("a*b"), second = compiled("a*b");
     ASSERT_TRUE(first && second);

@@ -2,8 +2,12 @@
 // it is cheap, and an end in sight where trying everything has none.
 
 #include <pthread.h>
+#include <sys/resource.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -172,3 +176,54 @@ TEST(fxRegExecCost, everyMatchReleasesWhatItTook) {
     EXPECT_LT(before.allocations, heapCalls().allocations);
     EXPECT_EQ(before.blocks, heapCalls().blocks);
 }
+
+#ifndef __SANITIZE_ADDRESS__
+// A sanitizer's allocator needs memory of its own to say that there is none.
+namespace {
+// Takes all blocks of more than `kept` bytes that there are.
+void takeAllMemory(std::size_t kept) {
+    std::vector<void*> forMessages;
+    for (std::size_t size = 16; size <= 512; size *= 2) {
+        for (int i = 0; i < 7; ++i)
+            forMessages.push_back(std::malloc(size));
+    }
+    const rlimit none = {0, 0};
+    ::setrlimit(RLIMIT_AS, &none);
+    for (std::size_t size = 1 << 16; size > kept; size = size / 2 + kept / 2) {
+        while (void* volatile block = std::malloc(size))
+            static_cast<void>(block);
+    }
+    for (void* block : forMessages)
+        std::free(block);
+}
+
+// Each prefix puts other choices in the place where the memory ends.
+[[noreturn]] void matchWithoutMemory() {
+    const char* const prefixes[] = {"", "a?", "a?a?", "a?a?a?", "(b|a)", "(b|a)a?", "(b|a)a?a?"};
+    std::vector<Compiled> programs;
+    for (const char* prefix : prefixes)
+        programs.push_back(compiled(prefix + std::string("(a*b)*[c]")));
+    std::string subject;
+    for (unsigned int i = 0; i < 3000; ++i)
+        subject += "aaab";
+    subject += "c";
+    takeRegErrors();
+    takeAllMemory(900);
+    for (const Compiled& program : programs) {
+        const int result = fxregexec(program.get(), subject.c_str());
+        const Messages messages = takeRegErrors();
+        if (result != 0 || messages != Messages(1, "out of space")) {
+            std::fprintf(stderr, "result %d, %u messages\n", result,
+                         static_cast<unsigned int>(messages.size()));
+            std::_Exit(1);
+        }
+    }
+    std::fputs("none, out of space\n", stderr);
+    std::_Exit(0);
+}
+}  // namespace
+
+TEST(fxRegExecCostDeathTest, withoutMemoryForTheChoicesNothingIsFound) {
+    EXPECT_EXIT(matchWithoutMemory(), testing::ExitedWithCode(0), "^none, out of space\n$");
+}
+#endif
