@@ -188,6 +188,7 @@ protected:
     static const unsigned int advanced = 1;  // already on the next entry, or at the end
     static const unsigned int parked = 2;    // on an entry that has been removed
 
+    /// Whether there is a present entry.
     bool atEntry() const { return !(flags & advanced) && bucket; }
     /// Starts on `d`.
     void attach(fxDictionary* d);

@@ -12,9 +12,9 @@
 /// that the directory of an empty path is empty.
 class FX_EXPORT fxPath : public fxStr {
 public:
-    fxPath() {}
-    fxPath(const char* path) : fxStr(path) {}
-    fxPath(const fxStr& path) : fxStr(path) {}
+    fxPath() {}                                 ///< Empty.
+    fxPath(const char* path) : fxStr(path) {}   ///< A copy of the text.
+    fxPath(const fxStr& path) : fxStr(path) {}  ///< A copy.
 
     /// Stores the part before the last component in `*directory` and the last
     /// component in `*leaf`; each may be this path. Returns what

@@ -6,8 +6,8 @@
 /// An entry of an fxBinaryOTDict and its block in one.
 struct fxBinaryOTEntry {
     fxDictBucket bucket;  ///< Its kvmem is the address of `key` while it is in the table.
-    unsigned int key;
-    unsigned int value;
+    unsigned int key;     ///< An address, or a record number.
+    unsigned int value;   ///< The other of the two.
 
     /// Whether the entry is in a table.
     bool isLinked() const { return bucket.kvmem != nullptr; }

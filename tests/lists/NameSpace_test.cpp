@@ -1,17 +1,10 @@
 #include "kelvofxds/lists/NameSpace.h"
 
-#include <climits>
-#include <csignal>
-#include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <random>
 #include <string>
-#include <type_traits>
-#include <vector>
 
 #include <gtest/gtest.h>
 
