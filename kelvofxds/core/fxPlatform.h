@@ -23,9 +23,8 @@ FX_EXPORT int imsg_sprintf(char* buffer, int number, const char* format, ...)
 /// Splits `path` into everything before its last component and that component,
 /// each cut to its buffer's size: in bytes, the NUL not included, for which
 /// there is one byte more. Nothing is written to a buffer of a negative size.
-/// Trailing slashes do not count. A
-/// path without a separator has the directory "."; "/" has the directory "/"
-/// and an empty leaf. Returns 0.
+/// Trailing slashes do not count. A path without a separator has the directory
+/// "."; "/" has the directory "/" and an empty leaf. Returns 0.
 /// Deliberate: a path whose only separator is its leading slash has an empty
 /// directory.
 FX_EXPORT int fileutl_strip_leaf(const char* path, int directorySize, char* directory, int leafSize,

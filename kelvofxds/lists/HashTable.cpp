@@ -101,8 +101,8 @@ unsigned int HashTable::hash(unsigned long key) {
 void HashTable::rebuildTable() {
     const unsigned int oldSize = static_cast<unsigned int>(size);
     HashEntry** oldBuckets = buckets;
-    buckets =
-        newBuckets(oldSize * 2);  // of 2 to the power of 30 there is no room for twice as many
+    // Of 2 to the power of 30 buckets there is no room for twice as many.
+    buckets = newBuckets(oldSize * 2);
     size = static_cast<int>(oldSize * 2);
     ++sizeLog2;
     for (unsigned int i = 0; i < oldSize; ++i) {

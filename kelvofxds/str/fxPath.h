@@ -10,6 +10,8 @@
 /// fileutl_strip_leaf, which a host may replace; the library's own follows
 /// pathdirname and pathbasename, but neither part is longer than the path, so
 /// that the directory of an empty path is empty.
+/// Deliberate: a path whose only separator is its leading slash has an empty
+/// directory.
 class FX_EXPORT fxPath : public fxStr {
 public:
     fxPath() {}                                 ///< Empty.

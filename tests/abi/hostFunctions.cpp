@@ -65,8 +65,8 @@ int fileutl_strip_leaf(const char* path, int directorySize, char* directory, int
     leafRoom = leafSize;
     std::memset(directory, 'D', static_cast<unsigned int>(directorySize));
     std::memset(leaf, 'L', static_cast<unsigned int>(leafSize));
-    std::strcpy(directory, directoryWritten);
-    std::strcpy(leaf, leafWritten);
+    std::memcpy(directory, directoryWritten, std::strlen(directoryWritten) + 1);
+    std::memcpy(leaf, leafWritten, std::strlen(leafWritten) + 1);
     return splitStatus;
 }
 
