@@ -309,7 +309,7 @@ bool Compiler::range() {
     const unsigned int last = static_cast<unsigned char>(regparse[1]);
     if (first > last + 1)
         return false;
-    for (unsigned int c = first + 1; c <= last; ++c)
+    for (unsigned int c = first + 1; c <= last && regsize < sizeLimit; ++c)
         regc(static_cast<char>(c));
     regparse += 2;
     return true;
@@ -355,16 +355,19 @@ char* Compiler::regnode(unsigned int op) {
     return node;
 }
 
+// Beyond the limit nothing is counted, so that no pattern is too long to count.
 void Compiler::regc(char c) {
-    ++regsize;
     if (!isSizing())
         *regcode++ = c;
+    else if (regsize < sizeLimit)
+        ++regsize;
 }
 
 // Puts a node before `operand`, which has been written last.
 void Compiler::reginsert(unsigned int op, char* operand) {
     if (isSizing()) {
-        regsize += fxRegNodeSize;
+        if (regsize < sizeLimit)
+            regsize += fxRegNodeSize;
         return;
     }
     std::memmove(operand + fxRegNodeSize, operand, static_cast<std::size_t>(regcode - operand));

@@ -32,6 +32,12 @@ const char* leadingRepetition(const char* program) {
     }
 }
 
+// Whether the class at `node` has `c`.
+bool isInClass(const char* node, char c) {
+    return c != '\0' &&
+           (std::strchr(fxRegOperand(node), c) != nullptr) == (fxRegOp(node) == OP_ANYOF);
+}
+
 // The last occurrence of `c` in [lowest, highest], or null.
 const char* lastOf(char c, const char* lowest, const char* highest) {
     return static_cast<const char*>(
@@ -232,7 +238,7 @@ const char* fxRegMatcher::enterRepetition(const char* node) {
     const char* next = takeRepetition(node, lowest, highest);
     // Without the byte that has to follow, beginning later in the same bytes is
     // no use either.
-    if (leads && !next && highest != begin)
+    if (leads && !next && regnext(node) && highest != begin)
         nextBegin = *highest != '\0' ? highest + 1 : highest;
     return next;
 }
@@ -257,7 +263,7 @@ const char* fxRegMatcher::takeRepetition(const char* node, const char* lowest,
 // The node to go on with after the last choice that has something left to try;
 // null if there is none.
 const char* fxRegMatcher::backtrack() {
-    while (top != 0) {
+    while (top != 0 && !outOfSpace) {
         const Frame frame = frames[--top];
         const char* node = program + frame.node;
         if (frame.kind == Frame::branch) {
@@ -287,8 +293,8 @@ const char* fxRegMatcher::regrepeat(const char* simple) {
             return at;
         case OP_ANYOF:
         case OP_ANYBUT: {
-            const fxRegByteSet& set = setOf(simple);
-            while (set.contains(*at))
+            const fxRegByteSet* set = setOf(simple);
+            while (set ? set->contains(*at) : isInClass(simple, *at))
                 ++at;
             return at;
         }
@@ -321,7 +327,9 @@ bool fxRegMatcher::matchesOne(const char* node, const char* at) {
             return *at == *fxRegOperand(node);
         case OP_ANYOF:
         case OP_ANYBUT:
-            return setOf(node).contains(*at);
+            if (const fxRegByteSet* set = setOf(node))
+                return set->contains(*at);
+            return isInClass(node, *at);
         default:
             return false;
     }
@@ -340,7 +348,8 @@ void fxRegMatcher::grow() {
     const bool own = frames == ownFrames;
     void* memoryForMore = std::realloc(own ? nullptr : frames, capacity * 2 * sizeof(Frame));
     if (!memoryForMore) {
-        fxregerror("out of space");
+        if (!outOfSpace)
+            fxregerror("out of space");
         outOfSpace = true;
         top = 0;
         return;
@@ -373,38 +382,35 @@ void fxRegMatcher::reconsider() {
         limit = length * stepsPerByte;
         return;
     }
-    memory.start(program, length);
+    memory.start(length);
     limit = SIZE_MAX;
 }
 
 // Sets of bytes.
 
-const fxRegByteSet& fxRegMatcher::setOf(const char* node) {
+// Null for a class beyond the first few of a program.
+const fxRegByteSet* fxRegMatcher::setOf(const char* node) {
     for (unsigned int i = 0; i < classCount; ++i) {
         if (classes[i].node == node)
-            return *classes[i].set;
+            return classes[i].set;
     }
-    return makeSetOf(node);
+    return classCount < mostClasses ? makeSetOf(node) : nullptr;
 }
 
-// Valid until the next set is made. When there is no room all are forgotten.
-[[gnu::noinline]] const fxRegByteSet& fxRegMatcher::makeSetOf(const char* node) {
-    if (classCount == mostClasses || setCount == mostSets)
-        classCount = setCount = 0;
-    ByteClass& added = classes[classCount];
+[[gnu::noinline]] const fxRegByteSet* fxRegMatcher::makeSetOf(const char* node) {
+    ByteClass& added = classes[classCount++];
     added.node = node;
     added.set = nullptr;
-    for (unsigned int i = 0; i < classCount && !added.set; ++i) {
-        if (*classes[i].node == *node &&
-            std::strcmp(fxRegOperand(classes[i].node), fxRegOperand(node)) == 0)
-            added.set = classes[i].set;
+    for (const ByteClass* known = classes; known != &added && !added.set; ++known) {
+        if (*known->node == *node &&
+            std::strcmp(fxRegOperand(known->node), fxRegOperand(node)) == 0)
+            added.set = known->set;
     }
-    if (!added.set) {
+    if (!added.set && setCount < mostSets) {
         sets[setCount].assign(node);
         added.set = &sets[setCount++];
     }
-    ++classCount;
-    return *added.set;
+    return added.set;
 }
 
 const fxRegByteSet* fxRegMatcher::firstBytes() {
@@ -449,9 +455,16 @@ bool fxRegMatcher::addFirst(const char* node, unsigned int& patience) {
                 }
                 node = fxRegOperand(node);
                 break;
-            case OP_END:
-                return false;
+            case OP_NOTHING:
+            case OP_BACK:
+            case OP_WORDSTART:
+            case OP_WORDEND:
+                node = regnext(node);
+                break;
             default:
+                // The end, or damage, whose link may lead anywhere.
+                if (!isOpen(fxRegOp(node)) && !isClose(fxRegOp(node)))
+                    return false;
                 node = regnext(node);
         }
     }

@@ -64,8 +64,8 @@ private:
     const char* untried(const char* node, const char* lowest);
     bool matchesOne(const char* node, const char* at);
     bool addFirst(const char* node, unsigned int& patience);
-    const fxRegByteSet& setOf(const char* node);
-    const fxRegByteSet& makeSetOf(const char* node);
+    const fxRegByteSet* setOf(const char* node);
+    const fxRegByteSet* makeSetOf(const char* node);
     static const char* linked(const char* next);
     static const char* viable(const char* node, char c);
     static bool canBegin(const char* node, char c);

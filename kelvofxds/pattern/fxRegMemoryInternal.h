@@ -12,27 +12,28 @@
 /// all ways to get there and for all places where the match may begin. Nothing
 /// is remembered until start.
 ///
-/// Takes a bit for every choice node and position, in pages that are only real
-/// once they are written to.
+/// Takes a bit for every position and choice node met, whatever damage the
+/// program has.
 class fxRegMemory {
 public:
-    fxRegMemory() : rows(nullptr), bits(nullptr), rowSize(0) {}
+    fxRegMemory() : rows(nullptr), used(0), rowSize(0) {}
     fxRegMemory(const fxRegMemory&) = delete;
     fxRegMemory& operator=(const fxRegMemory&) = delete;
-    ~fxRegMemory() {
-        std::free(rows);
-        std::free(bits);
-    }
+    ~fxRegMemory();
 
-    bool isOn() const { return bits != nullptr; }
+    bool isOn() const { return rows != nullptr; }
 
-    /// Begins to remember, for a program and a subject of `length` bytes.
-    /// Without memory for that it stays off, and a search may take long.
-    void start(const char* program, std::size_t length);
+    /// Begins to remember, for a subject of `length` bytes. Without memory for
+    /// that it stays off, and a search may take long.
+    void start(std::size_t length);
 
     /// Whether the pair is known; it is from now on.
     bool meet(const char* node, const char* program, std::size_t position) {
-        std::uint32_t& word = bits[rows[node - program] * rowSize + position / wordBits];
+        const std::size_t offset = static_cast<std::size_t>(node - program);
+        std::uint32_t* row = rows[offset];
+        if (!row && !(row = addRow(offset)))
+            return false;
+        std::uint32_t& word = row[position / wordBits];
         const std::uint32_t bit = std::uint32_t(1) << (position % wordBits);
         const bool known = (word & bit) != 0;
         word |= bit;
@@ -42,7 +43,9 @@ public:
 private:
     static const unsigned int wordBits = 32;
 
-    std::uint16_t* rows;  // owned; by a node's offset, its row in `bits`
-    std::uint32_t* bits;  // owned; a bit for each position, 0 to the length
-    std::size_t rowSize;  // words
+    std::uint32_t* addRow(std::size_t offset);
+
+    std::uint32_t** rows;  // owned; by a node's offset, a bit for each position, or null
+    std::size_t used;      // entries of `rows` that can have a row
+    std::size_t rowSize;   // words
 };

@@ -208,7 +208,7 @@ void takeAllMemory(std::size_t kept) {
     for (unsigned int i = 0; i < 3000; ++i) {
         subject += "aaab";
         if ((i >= 13 && i < 30) || i == 2999)
-            subjects.push_back(subject + "c");
+            subjects.insert(subjects.end(), {subject, subject + "c"});
     }
     takeRegErrors();
     takeAllMemory(900);
