@@ -9,9 +9,9 @@ set -eu
 
 bench=${1:-build/release/bench/kelvofxds_bench}
 
-# medianOf NAME SIZE: milliseconds of CPU time, the median of seven runs.
+# medianOf NAME SIZE: milliseconds of CPU time, the median of 21 runs.
 medianOf() {
-    "$bench" --benchmark_filter="fxBinary/$1/large/kelvofxds/$2\$" --benchmark_repetitions=7 \
+    "$bench" --benchmark_filter="fxBinary/$1/large/kelvofxds/$2\$" --benchmark_repetitions=21 \
         --benchmark_report_aggregates_only=true 2>/dev/null |
         awk '/_median/ { print $5 }'
 }
