@@ -42,6 +42,13 @@ tables() {
         r = peer / ours
         return sprintf(r < 0.095 ? "**%.1g**" : r < 1 / 1.2 ? "**%.2f**" : "%.2f", r)
     }
+    # A case without its class, fit for a cell of a table.
+    function label(name,   cell) {
+        cell = substr(name, index(name, "/") + 1)
+        gsub(/\|/, "\\|", cell)
+        return cell
+    }
+    function mebibytes(n) { return n > 0 ? sprintf("%.0f", n) : "" }
     function growth(time, from, to) {
         return from == to ? "" : sprintf("%.2f", log(time[to] / time[from]) / log(to / from))
     }
@@ -99,7 +106,7 @@ tables() {
         }
         if (list == "") return
         grown = n > 1 ? growth(ours, s[n - 1], s[n]) " / " growth(theirs, s[n - 1], s[n]) : ""
-        printf "| %s | %s | %s | %s | %s | %s | %s |\n", substr(name, index(name, "/") + 1), peer,
+        printf "| %s | %s | %s | %s | %s | %s | %s |\n", label(name), peer,
             (n > 1 ? list : ""), ratios, shown(ours[s[n]]), shown(theirs[s[n]]), grown
     }
     function largeRow(name, peer,   s, n, i, a, b) {
@@ -108,11 +115,11 @@ tables() {
             a = cpu[name, "kelvofxds", s[i]]
             b = cpu[name, peer, s[i]]
             if (b == "") continue
-            printf "| %s | %s | %s | %s | %s | %s | %s | %.0f | %.0f |\n",
-                substr(name, index(name, "/") + 1), s[i], shown(a),
+            printf "| %s | %s | %s | %s | %s | %s | %s | %s | %s | %s |\n",
+                label(name), peer, s[i], shown(a),
                 (i > 1 ? sprintf("%.2f", a / cpu[name, "kelvofxds", s[i - 1]]) : ""), shown(b),
                 (i > 1 ? sprintf("%.2f", b / cpu[name, peer, s[i - 1]]) : ""), ratio(a, b),
-                memory[name, "kelvofxds", s[i]], memory[name, peer, s[i]]
+                mebibytes(memory[name, "kelvofxds", s[i]]), mebibytes(memory[name, peer, s[i]])
         }
     }
     /"date":/ && date == "" { date = text($0); sub(/T.*/, "", date) }
@@ -154,12 +161,13 @@ tables() {
         for (i = 1; i <= caseCount; ++i) {
             if (cases[i] !~ /\/large$/) continue
             if (!headed++) {
-                print "\n### Up to a million blocks and objects\n"
-                print "| case | n | kelvofxds | T(n)/T(n/2) | cereal | T(n)/T(n/2) | ratio |" \
-                    " MiB | cereal, MiB |"
-                print "|---|---|---|---|---|---|---|---|---|"
+                print "\n### Large sizes, one after the other in one process\n"
+                print "| case | peer | n | kelvofxds | to n before | peer | to n before | ratio |" \
+                    " MiB | peer, MiB |"
+                print "|---|---|---|---|---|---|---|---|---|---|"
             }
-            largeRow(cases[i], peers[cases[i]])
+            m = split(peers[cases[i]], names, "\t")
+            for (j = 1; j <= m; ++j) largeRow(cases[i], names[j])
         }
     }' commit="$(commit)" "$results"
 }
