@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -73,6 +74,25 @@ struct ProgramResult {
         return false;
     }
 };
+
+/// What has been written to a terminal whose other end is `master`, and not
+/// been read yet. It arrives little by little, in the end `last`.
+inline std::string shownBy(int master, const std::string& last) {
+    const int patience = 5000, afterwards = 200;  // milliseconds
+    std::string shown;
+    for (;;) {
+        const bool isLast = shown.size() >= last.size() &&
+                            shown.compare(shown.size() - last.size(), last.size(), last) == 0;
+        pollfd readable = {master, POLLIN, 0};
+        if (::poll(&readable, 1, isLast ? afterwards : patience) <= 0)
+            return shown;
+        char bytes[1000];
+        const ssize_t n = ::read(master, bytes, sizeof bytes);
+        if (n <= 0)
+            return shown;
+        shown.append(bytes, static_cast<std::size_t>(n));
+    }
+}
 
 /// A program and the circumstances in which it is run.
 struct Program {

@@ -459,14 +459,11 @@ TEST(wordindex, showsProgressOnATerminalOnly) {
     ASSERT_GE(program.standardError, 0);
 
     EXPECT_EQ(0, program.run({text}).status);
-    char shown[1000];
-    const ssize_t n = ::read(master, shown, sizeof shown);
+    const std::string erase = "\r\033[K";
+    const std::string line = shownBy(master, erase);
     ::close(program.standardError);
     ::close(master);
 
-    ASSERT_GT(n, 0);
-    const std::string line(shown, static_cast<std::size_t>(n));
-    const std::string erase = "\r\033[K";
     EXPECT_EQ(0U, line.find("counting: 0 of 1 files, 0.0 of 0.0 MB" + erase)) << line;
     EXPECT_EQ(line.size() - erase.size(), line.rfind(erase)) << line;
     EXPECT_EQ("", wordindex.run({text}).err);
