@@ -51,10 +51,12 @@ void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSe
     {
         fxSendWalk walk(out);
         while (fxInputChannel* connection = walk.next()) {
-            while (walk.currentIsConnected() && connection->isLatestOnly() && connection->pending)
-                dropPending(connection, data);
-            if (!walk.currentIsConnected())
-                continue;
+            if (connection->isLatestOnly()) {
+                while (walk.currentIsConnected() && connection->pending)
+                    dropPending(connection, data);
+                if (!walk.currentIsConnected())
+                    continue;
+            }
             if (flags == fxObj::fxSendNow) {
                 data->deliverTo(connection->function, connection->target);
             } else if (flags == fxObj::fxSendQueued || flags == fxObj::fxSendUrgent) {
