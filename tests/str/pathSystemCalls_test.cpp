@@ -117,9 +117,9 @@ TEST(pathexpandtilde, theUserIsLookedUpByTheNameUpToTheSlash) {
         const char* path;
         Names asked;
         const char* expanded;
-    } cases[] = {{"~bob", {"bob"}, "/home/b"},
-                 {"~bob/", {"bob"}, "/home/b/"},
-                 {"~bob//x/~bob", {"bob"}, "/home/b//x/~bob"},
+    } cases[] = {{"~bob", {"bob"}, "/users/b"},
+                 {"~bob/", {"bob"}, "/users/b/"},
+                 {"~bob//x/~bob", {"bob"}, "/users/b//x/~bob"},
                  {"~bo/x", {"bo"}, "~bo/x"},
                  {"~bobo/x", {"bobo"}, "~bobo/x"},
                  {"~bob ", {"bob "}, "~bob "},
@@ -129,16 +129,16 @@ TEST(pathexpandtilde, theUserIsLookedUpByTheNameUpToTheSlash) {
                  {"", {}, ""}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.path);
-        OnlyUser bob("bob", "/home/b");
+        OnlyUser bob("bob", "/users/b");
         EXPECT_EQ(c.expanded, expanded(c.path));
         EXPECT_EQ(c.asked, bob.asked);
     }
 }
 
 TEST(pathexpandtilde, nobodyIsLookedUpForATildeAlone) {
-    OnlyUser nameless("", "/home/nameless");
-    EXPECT_NE("/home/nameless", expanded("~"));
-    EXPECT_NE("/home/nameless/x", expanded("~/x"));
+    OnlyUser nameless("", "/users/nameless");
+    EXPECT_NE("/users/nameless", expanded("~"));
+    EXPECT_NE("/users/nameless/x", expanded("~/x"));
     EXPECT_EQ(Names{}, nameless.asked);
 }
 
@@ -152,9 +152,9 @@ TEST(pathexpandtilde, namesOfMoreThan255BytesAreNoUsersEvenIfTheSystemHasOne) {
     for (const std::size_t n : {1U, 32U, 254U, 255U, 256U, 257U, 5000U}) {
         SCOPED_TRACE(n);
         const std::string name(n, 'u'), path = "~" + name;
-        OnlyUser user(name, "/home/u");
-        EXPECT_EQ(n <= 255 ? "/home/u" : path, expanded(path));
-        EXPECT_EQ(n <= 255 ? "/home/u/x" : path + "/x", expanded(path + "/x"));
+        OnlyUser user(name, "/users/u");
+        EXPECT_EQ(n <= 255 ? "/users/u" : path, expanded(path));
+        EXPECT_EQ(n <= 255 ? "/users/u/x" : path + "/x", expanded(path + "/x"));
         EXPECT_EQ(n <= 255 ? (Names{name, name}) : Names{}, user.asked);
     }
 }
