@@ -1,4 +1,4 @@
-// fxMemoryInternal.h - block allocation shared by strings and containers.
+// fxMemoryInternal.h - memory and sizes, shared by the whole library.
 #pragma once
 
 #include <malloc.h>
@@ -6,28 +6,83 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <new>
+#include <type_traits>
+#include <utility>
 
-/// malloc for a block that must exist: the containers check no allocation, so
-/// running out of memory ends the process here, before the null is used.
+#include "kelvofxds/core/fxFatal.h"
+
+// What the library needs for itself must exist: running out of memory ends the
+// process here, before a null is used. What a stream asks for is allocated with
+// malloc, calloc and fxTryNew instead, and a refusal fails the read.
+
+/// Ends the process: "out of memory".
+[[noreturn, gnu::cold]] void fxOutOfMemory();
+
+/// Ends the process: "%s: size too large", with the name of the class whose
+/// operation was asked for more than a size can say.
+[[noreturn, gnu::cold]] void fxSizeTooLarge(const char* owner);
+
+/// a + b for `owner`.
+inline unsigned int fxSum(const char* owner, unsigned int a, unsigned int b) {
+    unsigned int sum = 0;
+    if (__builtin_add_overflow(a, b, &sum))
+        fxSizeTooLarge(owner);
+    return sum;
+}
+
+/// a * b for `owner`.
+inline unsigned int fxProduct(const char* owner, unsigned int a, unsigned int b) {
+    unsigned int product = 0;
+    if (__builtin_mul_overflow(a, b, &product))
+        fxSizeTooLarge(owner);
+    return product;
+}
+
+/// malloc for a block that must exist; null for 0 bytes is as good as any.
 inline void* fxAllocate(std::size_t size) {
     void* block = std::malloc(size);
     if (!block && size != 0)
-        std::abort();
+        fxOutOfMemory();
     return block;
 }
 
-/// realloc to a `size` of at least 1 under the same rule. The call is left out
-/// when the allocator's block already has the size that realloc would round
-/// `size` up to.
+/// Whether malloc_usable_size knows the blocks of the malloc in use. A host may
+/// have replaced malloc, calloc, realloc and free alone.
+extern bool fxUsableSizeIsKnown;
+
+/// realloc to a `size` of at least 1 for a block that must exist. The call is
+/// left out when the block already has the size that realloc would round `size`
+/// up to.
 inline void* fxReallocate(void* block, std::size_t size) {
     const std::size_t granule = 16;
-    const std::size_t usable = malloc_usable_size(block);
-    if (usable >= size && usable - size < granule)
-        return block;
+    if (fxUsableSizeIsKnown) {
+        const std::size_t usable = malloc_usable_size(block);
+        if (usable >= size && usable - size < granule)
+            return block;
+    }
     void* moved = std::realloc(block, size != 0 ? size : 1);
     if (!moved)
-        std::abort();
+        fxOutOfMemory();
     return moved;
+}
+
+/// new T(args...), or T{args...} of an aggregate; null if there is no memory.
+template <class T, class... Args>
+T* fxTryNew(Args&&... args) {
+    if constexpr (std::is_aggregate_v<T>)
+        return new (std::nothrow) T{std::forward<Args>(args)...};
+    else
+        return new (std::nothrow) T(std::forward<Args>(args)...);
+}
+
+/// The same for an object that must exist.
+template <class T, class... Args>
+T* fxNew(Args&&... args) {
+    T* made = fxTryNew<T>(std::forward<Args>(args)...);
+    if (!made)
+        fxOutOfMemory();
+    return made;
 }
 
 /// True when `p` lies in the `size` bytes at `block`.

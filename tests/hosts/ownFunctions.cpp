@@ -1,4 +1,4 @@
-// hostFunctions.cpp - a host that brings its own versions of the functions it
+// ownFunctions.cpp - a host that brings its own versions of the functions it
 // may replace. Exits with 0 when the library uses them.
 //
 // A program of its own: its definitions hold for the whole process.
