@@ -90,7 +90,7 @@ public:
     unsigned long getLastAtom() const { return lastAtom; }
 
 private:
-    friend struct NameSpaceLayout;  // tests/lists/nameSpaces.h
+    friend struct NameSpaceLayout;  // tests/support/nameSpaces.h
 
     NameSpace_Node** search(std::uint32_t hash, const char* name, unsigned int length);
     NameSpace_Node* newNode(const char* name, unsigned int length);

@@ -121,7 +121,7 @@ public:
 private:
     friend void doUnlink(fxIndexableList* list, fxLinkItem* link);
     friend void doSplit(fxIndexableList* list, fxLinkItem* link);
-    friend struct fxIndexableListLayout;  // tests/lists/indexableLists.h
+    friend struct fxIndexableListLayout;  // tests/support/indexableLists.h
 
     bool isEmpty() const { return !head || count <= 0; }
     void setCursor(long i, fxLinkItem* link);

@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/examples/runProgram.h"
+#include "tests/support/runProgram.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
-#include "tests/examples/runProgram.h"
+#include "tests/support/runProgram.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/lists/NameSpace.h"
-#include "tests/lists/nameSpaces.h"
+#include "tests/support/nameSpaces.h"
 
 using namespace nameSpaces;
 

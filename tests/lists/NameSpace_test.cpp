@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/lists/nameSpaces.h"
+#include "tests/support/nameSpaces.h"
 
 using namespace nameSpaces;
 

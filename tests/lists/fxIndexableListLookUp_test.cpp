@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/lists/fxIndexableList.h"
-#include "tests/lists/indexableLists.h"
+#include "tests/support/indexableLists.h"
 
 using namespace indexableLists;
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/lists/indexableLists.h"
+#include "tests/support/indexableLists.h"
 
 using namespace indexableLists;
 

@@ -7,9 +7,9 @@
 
 #include "kelvofxds/lists/GenericList.h"
 #include "kelvofxds/lists/HashTable.h"
-#include "tests/lists/indexableLists.h"
-#include "tests/lists/nameSpaces.h"
 #include "tests/support/heapCalls.h"
+#include "tests/support/indexableLists.h"
+#include "tests/support/nameSpaces.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/pattern/fxRegExp.h"
-#include "tests/pattern/compiled.h"
-#include "tests/pattern/regErrors.h"
+#include "tests/support/compiled.h"
+#include "tests/support/regErrors.h"
 
 TEST(fxRegCompErrors, aNullPatternIsAnError) {
     takeRegErrors();

@@ -8,8 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/pattern/fxRegExp.h"
-#include "tests/pattern/compiled.h"
-#include "tests/pattern/regErrors.h"
+#include "tests/support/compiled.h"
+#include "tests/support/regErrors.h"
 
 static_assert(offsetof(fxregexp, startp) == 0, "ten pointers");
 static_assert(offsetof(fxregexp, endp) == 40, "ten pointers");

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/examples/runProgram.h"
+#include "tests/support/runProgram.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/str/fxSearchList.h"
-#include "tests/examples/runProgram.h"
-#include "tests/pattern/regErrors.h"
+#include "tests/support/regErrors.h"
+#include "tests/support/runProgram.h"
 
 TEST(fxSearchList, theExpressionIsCompiledOnceForEachDirectoryThatOpens) {
     const TemporaryFolder folder;

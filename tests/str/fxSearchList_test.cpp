@@ -19,8 +19,8 @@
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/str/fxTempStr.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
-#include "tests/examples/runProgram.h"
 #include "tests/support/memoryStream.h"
+#include "tests/support/runProgram.h"
 #include "tests/support/vtable.h"
 
 struct fxSearchListLayout {

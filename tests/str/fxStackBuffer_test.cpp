@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/str/observe.h"
+#include "tests/support/observe.h"
 
 struct fxStackBufferLayout {
     static_assert(sizeof(fxStackBuffer) == 1016, "1000 bytes and four words");

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/str/fxStr.h"
-#include "tests/str/observe.h"
+#include "tests/support/observe.h"
 
 namespace {
 using namespace std::string_literals;

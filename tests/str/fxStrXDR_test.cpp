@@ -8,7 +8,7 @@
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
-#include "tests/str/observe.h"
+#include "tests/support/observe.h"
 
 namespace {
 using namespace std::string_literals;

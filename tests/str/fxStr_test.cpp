@@ -12,7 +12,7 @@
 
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/str/fxTempStr.h"
-#include "tests/str/observe.h"
+#include "tests/support/observe.h"
 
 struct fxStrLayout {
     static_assert(sizeof(fxStr) == 8, "string-keyed tables rely on two 32-bit words");

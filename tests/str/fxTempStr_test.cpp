@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/str/fxStr.h"
-#include "tests/str/observe.h"
+#include "tests/support/observe.h"
 
 struct fxTempStrLayout {
     static_assert(sizeof(fxTempStr) == 108, "an inline buffer and two words");

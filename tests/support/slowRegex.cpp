@@ -1,4 +1,4 @@
-#include "tests/pattern/slowRegex.h"
+#include "tests/support/slowRegex.h"
 
 #include <cctype>
 #include <cstdlib>

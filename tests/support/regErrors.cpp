@@ -1,4 +1,4 @@
-#include "tests/pattern/regErrors.h"
+#include "tests/support/regErrors.h"
 
 #include "kelvofxds/pattern/fxRegExp.h"
 

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/pattern/fxRegExp.h"
-#include "tests/pattern/regErrors.h"
+#include "tests/support/regErrors.h"
 
 struct FreeBlock {
     void operator()(fxregexp* block) const { std::free(block); }

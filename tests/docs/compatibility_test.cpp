@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/examples/runProgram.h"
+#include "tests/support/runProgram.h"
 
 namespace {
 

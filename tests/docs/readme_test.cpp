@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/examples/runProgram.h"
+#include "tests/support/runProgram.h"
 
 namespace {
 const std::string sourceFolder = KELVOFXDS_SOURCE_DIR "/";

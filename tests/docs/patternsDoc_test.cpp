@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/pattern/fxRegExp.h"
-#include "tests/pattern/compiled.h"
+#include "tests/support/compiled.h"
 
 namespace {
 
