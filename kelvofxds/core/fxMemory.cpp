@@ -1,13 +1,9 @@
-// fxMemory.cpp - what fxMemoryInternal.h keeps out of line.
+// fxMemory.cpp - whose malloc is in use; see fxMemoryInternal.h.
 
 #include <dlfcn.h>
 #include <link.h>
 
 #include "kelvofxds/core/fxMemoryInternal.h"
-
-void fxOutOfMemory() { fxFatal("out of memory"); }
-
-void fxSizeTooLarge(const char* owner) { fxFatal("%s: size too large", owner); }
 
 namespace {
 // The object that defines the function called `name` in this process; null when

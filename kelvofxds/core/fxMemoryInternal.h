@@ -17,11 +17,13 @@
 // malloc, calloc and fxTryNew instead, and a refusal fails the read.
 
 /// Ends the process: "out of memory".
-[[noreturn, gnu::cold]] void fxOutOfMemory();
+[[noreturn, gnu::cold, gnu::noinline]] inline void fxOutOfMemory() { fxFatal("out of memory"); }
 
 /// Ends the process: "%s: size too large", with the name of the class whose
 /// operation was asked for more than a size can say.
-[[noreturn, gnu::cold]] void fxSizeTooLarge(const char* owner);
+[[noreturn, gnu::cold, gnu::noinline]] inline void fxSizeTooLarge(const char* owner) {
+    fxFatal("%s: size too large", owner);
+}
 
 /// a + b for `owner`.
 inline unsigned int fxSum(const char* owner, unsigned int a, unsigned int b) {
