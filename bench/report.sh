@@ -42,6 +42,7 @@ tables() {
         r = peer / ours
         return sprintf(r < 0.095 ? "**%.1g**" : r < 1 / 1.2 ? "**%.2f**" : "%.2f", r)
     }
+    function classOf(name) { return substr(name, 1, index(name, "/") - 1) }
     # A case without its class, fit for a cell of a table.
     function label(name,   cell) {
         cell = substr(name, index(name, "/") + 1)
@@ -122,6 +123,29 @@ tables() {
                 mebibytes(memory[name, "kelvofxds", s[i]]), mebibytes(memory[name, peer, s[i]])
         }
     }
+    # The rows of one case, the peers in the order of the source.
+    function rows(name,   names, m, j, first) {
+        m = split(peers[name], names, "\t")
+        while (m-- > 0) {
+            first = ""
+            for (j in names) {
+                if (first == "" || order[name, names[j]] < order[name, names[first]]) first = j
+            }
+            row(name, names[first])
+            delete names[first]
+        }
+    }
+    # The table of the class of cases[first], which has no case before that one.
+    function classTable(first,   class, i) {
+        class = classOf(cases[first])
+        printf "\n### %s\n\n", class
+        print "| case | peer | n | ratio at each n | kelvofxds, last n | peer, last n |" \
+            " growth |"
+        print "|---|---|---|---|---|---|---|"
+        for (i = first; i <= caseCount; ++i) {
+            if (cases[i] !~ /\/large$/ && classOf(cases[i]) == class) rows(cases[i])
+        }
+    }
     /"date":/ && date == "" { date = text($0); sub(/T.*/, "", date) }
     /"compiler":/ { compiler = text($0) }
     /"num_cpus":/ { cpus = text($0) }
@@ -137,26 +161,11 @@ tables() {
         sort()
         printf "Measured on %s at commit %s with %s on %d cores at %.1f GHz.\n", date, commit,
             compiler, cpus, mhz / 1000
+        # One heading a class, where its first case stands.
         for (i = 1; i <= caseCount; ++i) {
-            if (cases[i] ~ /\/large$/) continue
-            split(cases[i], parts, "/")
-            if (parts[1] != class) {
-                class = parts[1]
-                printf "\n### %s\n\n", class
-                print "| case | peer | n | ratio at each n | kelvofxds, last n | peer, last n |" \
-                    " growth |"
-                print "|---|---|---|---|---|---|---|"
-            }
-            m = split(peers[cases[i]], names, "\t")
-            while (m-- > 0) {
-                first = ""
-                for (j in names) {
-                    if (first == "" || order[cases[i], names[j]] < order[cases[i], names[first]])
-                        first = j
-                }
-                row(cases[i], names[first])
-                delete names[first]
-            }
+            if (cases[i] ~ /\/large$/ || classOf(cases[i]) in headedClasses) continue
+            headedClasses[classOf(cases[i])] = 1
+            classTable(i)
         }
         for (i = 1; i <= caseCount; ++i) {
             if (cases[i] !~ /\/large$/) continue
