@@ -1,13 +1,13 @@
 #!/bin/sh
 # growth.sh - how the time to write and read a graph grows when the graph doubles.
 #
-#   ./dev build && bench/growth.sh [build/release/bench/kelvofxds_bench]
+#   ./dev build bench && bench/growth.sh [build/bench/bench/kelvofxds_bench]
 #
 # Every size is measured in a process of its own, so that all graphs lie in memory alike: in the
 # order in which they were made. A ratio of 2 is linear growth.
 set -eu
 
-bench=${1:-build/release/bench/kelvofxds_bench}
+bench=${1:-build/bench/bench/kelvofxds_bench}
 
 # medianOf NAME SIZE: milliseconds of CPU time, the median of 21 runs.
 medianOf() {
