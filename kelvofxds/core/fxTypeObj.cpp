@@ -42,5 +42,5 @@ fxTypeObj* fxTypeObj::findType(fxStr& name) {
     const auto* bucket = static_cast<const fxDictBucket*>(entry);
     if (*static_cast<const fxStr*>(bucket->kvmem) != name)
         return nullptr;
-    return *static_cast<fxTypeObj**>(value);
+    return static_cast<fxTypeObj*>(*static_cast<void**>(value));
 }

@@ -72,6 +72,9 @@ private:
     char* bytes;
 };
 
+// Bytes, since the member may be a pointer of any type.
+void setPointer(void* field, void* address) { std::memcpy(field, &address, sizeof address); }
+
 bool isBodyOfBlock(unsigned int tag) { return tag >= fxOT_Bytes && tag <= fxOT_Doubles; }
 
 }  // namespace
@@ -208,7 +211,7 @@ unsigned char fxBinaryReader::xdr(void* field, fxXDRObj*, fxTypeObj&, fxXDRObj*,
     item.number = arg1;
     switch (tag) {
         case fxOT_Null:
-            *item.field = nullptr;
+            setPointer(item.field, nullptr);
             return 1;
         case fxOT_ObjectPointer:
             return awaitTarget(item);
@@ -280,7 +283,7 @@ unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
         }
     }
     record->taken = true;
-    *item.field = record->address();
+    setPointer(item.field, record->address());
     return 1;
 }
 

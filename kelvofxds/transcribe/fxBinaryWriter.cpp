@@ -16,6 +16,14 @@ const unsigned int blockItem = 1;
 
 std::uint32_t wordOf(const void* address) { return reinterpret_cast<std::uint32_t>(address); }
 
+// The pointer in `field`, whose type may be another than the one it came as: an
+// int* comes as a long*.
+void* pointerAt(const void* field) {
+    void* address = nullptr;
+    std::memcpy(&address, field, sizeof address);
+    return address;
+}
+
 // The head of a record under construction: head byte, length, arguments.
 // Framing is little-endian on every host.
 class HeadBytes {
@@ -234,8 +242,7 @@ unsigned char fxBinaryWriter::writePrimPointer(void* address, unsigned int lengt
 // Objects.
 
 unsigned char fxBinaryWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxXDRObj*, void*) {
-    void* address;
-    std::memcpy(&address, field, sizeof address);
+    void* address = pointerAt(field);
     if (!address)
         return writeNullPointer();
     if (!object || !flush())
@@ -313,13 +320,14 @@ unsigned char writeElements(fxBinaryWriter& writer, Element* elements, unsigned 
 template <class Element>
 unsigned char writeBlock(fxBinaryWriter& writer, Element* const* block, unsigned int n,
                          fxBinaryOTTag blockTag) {
-    return writer.writePrimPointer(*block, n * static_cast<unsigned int>(sizeof(Element)),
+    return writer.writePrimPointer(pointerAt(block), n * static_cast<unsigned int>(sizeof(Element)),
                                    blockTag);
 }
 
-unsigned char writeText(fxBinaryWriter& writer, char* const* text) {
-    const std::size_t size = *text ? std::strlen(*text) + 1 : 0;
-    return writeBlock(writer, text, static_cast<unsigned int>(size), fxOT_Bytes);
+unsigned char writeText(fxBinaryWriter& writer, const void* field) {
+    void* text = pointerAt(field);
+    const std::size_t size = text ? std::strlen(static_cast<const char*>(text)) + 1 : 0;
+    return writer.writePrimPointer(text, static_cast<unsigned int>(size), fxOT_Bytes);
 }
 }  // namespace
 
@@ -399,6 +407,4 @@ unsigned char fxBinaryWriter::xdr(double** block, unsigned int n) {
 
 unsigned char fxBinaryWriter::xdr(char** text) { return writeText(*this, text); }
 
-unsigned char fxBinaryWriter::xdr(unsigned char** text) {
-    return writeText(*this, reinterpret_cast<char**>(text));
-}
+unsigned char fxBinaryWriter::xdr(unsigned char** text) { return writeText(*this, text); }
