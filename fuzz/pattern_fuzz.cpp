@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "kelvofxds/str/fxStr.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "kelvofxds/pattern/fxRegExpInternal.h"
+#include "kelvofxds/pattern/fxRegProgramInternal.h"
 
 /// The pairs of a choice node and a position from which the rest of a match has
 /// failed, or is being tried. Failure depends on nothing else, so it holds for

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "tests/support/compiled.h"
 
 namespace {

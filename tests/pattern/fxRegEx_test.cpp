@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "kelvofxds/str/fxStr.h"
 #include "tests/support/vtable.h"
 

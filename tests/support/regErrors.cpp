@@ -1,6 +1,6 @@
 #include "tests/support/regErrors.h"
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 
 namespace {
 Messages collected;

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 
 namespace {
 

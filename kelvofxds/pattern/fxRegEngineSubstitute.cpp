@@ -1,7 +1,9 @@
+// fxRegEngineSubstitute.cpp - writing what was matched; see fxRegEngine.h.
+
 #include <cstring>
 
-#include "kelvofxds/pattern/fxRegExp.h"
-#include "kelvofxds/pattern/fxRegExpInternal.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
+#include "kelvofxds/pattern/fxRegProgramInternal.h"
 
 void fxregsub(const fxregexp* prog, const char* source, char* dest) {
     if (!prog || !source || !dest)

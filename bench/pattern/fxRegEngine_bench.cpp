@@ -1,4 +1,4 @@
-// fxRegExp_bench.cpp - searching with regular expressions.
+// fxRegEngine_bench.cpp - searching with regular expressions.
 //
 // The realistic cases find one match at the end of a text that has none before.
 // The hostile ones fail after everything has been tried; they stand beside the
@@ -15,7 +15,7 @@
 
 #include "bench/support/beside.h"
 #include "bench/support/inputs.h"
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 
 namespace {
 
@@ -141,7 +141,7 @@ template <int which>
 void realisticCase() {
     using Input = Realistic<which>;
     beside<Input>(
-        std::string("fxRegExp/") + cases[which].name, Rate::bytes, realisticSizes,
+        std::string("fxRegEngine/") + cases[which].name, Rate::bytes, realisticSizes,
         [](const Input& in) { return in.patterns.findOwn(in.text); },
         Side{"regexec", [](const Input& in) { return in.patterns.findPosix(in.text); }},
         Side{"std::regex", [](const Input& in) { return in.patterns.findStandard(in.text); }},
@@ -186,7 +186,7 @@ template <int which>
 void hostileCase() {
     using Input = Failing<which>;
     beside<Input>(
-        std::string("fxRegExp/hostile ") + hostile[which].pattern, Rate::bytes, growing,
+        std::string("fxRegEngine/hostile ") + hostile[which].pattern, Rate::bytes, growing,
         [](const Input& in) { return in.patterns.findOwn(in.text); },
         Side{"RE2", [](const Input& in) { return in.patterns.findRE2(in.text); }});
 }
@@ -206,7 +206,7 @@ const char compiledPattern[] = "([A-Za-z0-9._]+)@([A-Za-z0-9]+\\.)+([a-z][a-z]+|
 
 void compiling() {
     beside<Source>(
-        "fxRegExp/compile", Rate::items, single,
+        "fxRegEngine/compile", Rate::items, single,
         [](const Source&) {
             fxregexp* const program = fxregcomp(compiledPattern);
             const bool done = program != nullptr;

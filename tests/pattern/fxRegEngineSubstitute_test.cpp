@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "tests/support/compiled.h"
 #include "tests/support/regErrors.h"
 
@@ -23,9 +23,9 @@ std::string substituted(const std::string& pattern, const std::string& subject,
 }
 
 // A match whose subject may be changed afterwards.
-class fxRegSubDamage : public testing::Test {
+class fxRegEngineSubstituteDamage : public testing::Test {
 protected:
-    fxRegSubDamage() : program(compiled("b(c*)(d)?")) {
+    fxRegEngineSubstituteDamage() : program(compiled("b(c*)(d)?")) {
         std::memset(dest, '#', sizeof dest);
         std::strcpy(subject, "abcccx");
         EXPECT_EQ(1, fxregexec(program.get(), subject));
@@ -40,18 +40,18 @@ protected:
 
 }  // namespace
 
-TEST(fxRegSub, aTemplateWithoutSpecialBytesIsCopied) {
+TEST(fxRegEngineSubstitute, aTemplateWithoutSpecialBytesIsCopied) {
     EXPECT_EQ("", substituted("a", "a", ""));
     EXPECT_EQ("plain text", substituted("a", "a", "plain text"));
     EXPECT_EQ("$1 %s (*) \xe9", substituted("a", "a", "$1 %s (*) \xe9"));
 }
 
-TEST(fxRegSub, anAmpersandIsTheWholeMatch) {
+TEST(fxRegEngineSubstitute, anAmpersandIsTheWholeMatch) {
     EXPECT_EQ("bc", substituted("b.", "abcd", "&"));
     EXPECT_EQ("<bc|bc>", substituted("b.", "abcd", "<&|&>"));
 }
 
-TEST(fxRegSub, aDigitBehindABackslashIsAGroup) {
+TEST(fxRegEngineSubstitute, aDigitBehindABackslashIsAGroup) {
     const std::string nine = "(a)(b)(c)(d)(e)(f)(g)(h)(i)";
     EXPECT_EQ("i-h-g-f-e-d-c-b-a-abcdefghi",
               substituted(nine, "xabcdefghix", "\\9-\\8-\\7-\\6-\\5-\\4-\\3-\\2-\\1-\\0"));
@@ -60,7 +60,7 @@ TEST(fxRegSub, aDigitBehindABackslashIsAGroup) {
     EXPECT_EQ("1a", substituted("(a)", "a", "1\\1"));
 }
 
-TEST(fxRegSub, anEscapedBackslashOrAmpersandIsItself) {
+TEST(fxRegEngineSubstitute, anEscapedBackslashOrAmpersandIsItself) {
     EXPECT_EQ("\\", substituted("a", "a", "\\\\"));
     EXPECT_EQ("&", substituted("a", "a", "\\&"));
     EXPECT_EQ("\\a", substituted("a", "a", "\\\\&"));
@@ -69,7 +69,7 @@ TEST(fxRegSub, anEscapedBackslashOrAmpersandIsItself) {
     EXPECT_EQ("[foo] f &", substituted("(f)oo", "a foo", "[&] \\1 \\&"));
 }
 
-TEST(fxRegSub, aBackslashBeforeAnyOtherByteStays) {
+TEST(fxRegEngineSubstitute, aBackslashBeforeAnyOtherByteStays) {
     EXPECT_EQ("\\n\\a\\ \\.", substituted("a", "a", "\\n\\a\\ \\."));
     EXPECT_EQ("\\x", substituted("a", "a", "\\x"));
     EXPECT_EQ("\\\na", substituted("a", "a", "\\\n&"));
@@ -77,19 +77,19 @@ TEST(fxRegSub, aBackslashBeforeAnyOtherByteStays) {
     EXPECT_EQ("\\\xb1", substituted("(a)", "a", "\\\xb1"));
 }
 
-TEST(fxRegSub, aBackslashAtTheEndStays) {
+TEST(fxRegEngineSubstitute, aBackslashAtTheEndStays) {
     EXPECT_EQ("\\", substituted("a", "a", "\\"));
     EXPECT_EQ("a\\", substituted("a", "a", "&\\"));
 }
 
-TEST(fxRegSub, unsetAndEmptyGroupsAreNothing) {
+TEST(fxRegEngineSubstitute, unsetAndEmptyGroupsAreNothing) {
     EXPECT_EQ("[]", substituted("(a)|b", "b", "[\\1]"));
     EXPECT_EQ("[]", substituted("a", "a", "[\\5]"));
     EXPECT_EQ("[]", substituted("a()b", "ab", "[\\1]"));
     EXPECT_EQ("[]", substituted("", "abc", "[&]"));
 }
 
-TEST(fxRegSub, aGroupIsCopiedOnlyWhenBothItsEndsAreSet) {
+TEST(fxRegEngineSubstitute, aGroupIsCopiedOnlyWhenBothItsEndsAreSet) {
     const Compiled program = compiled("(a)");
     char dest[16];
     const char subject[] = "a";
@@ -104,7 +104,7 @@ TEST(fxRegSub, aGroupIsCopiedOnlyWhenBothItsEndsAreSet) {
     EXPECT_EQ(Messages(), takeRegErrors());
 }
 
-TEST(fxRegSub, nothingIsWrittenBehindTheTerminator) {
+TEST(fxRegEngineSubstitute, nothingIsWrittenBehindTheTerminator) {
     const Compiled program = compiled("b+");
     char dest[16];
     std::memset(dest, '#', sizeof dest);
@@ -113,7 +113,7 @@ TEST(fxRegSub, nothingIsWrittenBehindTheTerminator) {
     EXPECT_EQ(std::string("<bb>\0###########", 16), std::string(dest, 16));
 }
 
-TEST_F(fxRegSubDamage, nullArgumentsAreErrors) {
+TEST_F(fxRegEngineSubstituteDamage, nullArgumentsAreErrors) {
     fxregsub(nullptr, "&", dest);
     EXPECT_EQ(Messages{"NULL parm to regsub"}, takeRegErrors());
     fxregsub(program.get(), nullptr, dest);
@@ -123,7 +123,7 @@ TEST_F(fxRegSubDamage, nullArgumentsAreErrors) {
     EXPECT_EQ(std::string(32, '#'), std::string(dest, 32));
 }
 
-TEST_F(fxRegSubDamage, aProgramWithoutTheMagicByteIsAnError) {
+TEST_F(fxRegEngineSubstituteDamage, aProgramWithoutTheMagicByteIsAnError) {
     for (const int magic : {0, 155, 157}) {
         program->program[0] = static_cast<char>(magic);
         fxregsub(program.get(), "&", dest);
@@ -132,7 +132,7 @@ TEST_F(fxRegSubDamage, aProgramWithoutTheMagicByteIsAnError) {
     }
 }
 
-TEST_F(fxRegSubDamage, deliberateAGroupThatEndsInNulStopsWithoutATerminator) {
+TEST_F(fxRegEngineSubstituteDamage, deliberateAGroupThatEndsInNulStopsWithoutATerminator) {
     subject[4] = '\0';  // the group's last byte
     fxregsub(program.get(), "<\\1>", dest);
     EXPECT_EQ(Messages{"damaged match string"}, takeRegErrors());
@@ -140,14 +140,14 @@ TEST_F(fxRegSubDamage, deliberateAGroupThatEndsInNulStopsWithoutATerminator) {
 }
 
 // strncpy fills up with NULs, so an earlier one is found at the end too.
-TEST_F(fxRegSubDamage, aNulAnywhereInAGroupIsFound) {
+TEST_F(fxRegEngineSubstituteDamage, aNulAnywhereInAGroupIsFound) {
     subject[2] = '\0';
     fxregsub(program.get(), "<&>", dest);
     EXPECT_EQ(Messages{"damaged match string"}, takeRegErrors());
     EXPECT_EQ(std::string("<b\0\0\0###", 8), std::string(dest, 8));
 }
 
-TEST_F(fxRegSubDamage, whatIsOutsideTheGroupsUsedDoesNotMatter) {
+TEST_F(fxRegEngineSubstituteDamage, whatIsOutsideTheGroupsUsedDoesNotMatter) {
     subject[5] = '\0';
     fxregsub(program.get(), "<&>", dest);
     EXPECT_STREQ("<bccc>", dest);

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "tests/support/compiled.h"
 #include "tests/support/regErrors.h"
 
@@ -102,7 +102,7 @@ std::string bytesFromTo(int first, int last) {
 
 // The program's bytes.
 
-TEST(fxRegComp, singleNodesAreOneBranchEach) {
+TEST(fxRegEngineCompile, singleNodesAreOneBranchEach) {
     expectPrograms({
         {"", branch(6) + nothing(3) + end()},
         {"a", branch(8) + exact(5, "a") + end()},
@@ -117,7 +117,7 @@ TEST(fxRegComp, singleNodesAreOneBranchEach) {
     });
 }
 
-TEST(fxRegComp, piecesFollowEachOther) {
+TEST(fxRegEngineCompile, piecesFollowEachOther) {
     expectPrograms({
         {"^a$", branch(14) + bol(3) + exact(5, "a") + eol(3) + end()},
         {"a^b", branch(16) + exact(5, "a") + bol(3) + exact(5, "b") + end()},
@@ -129,7 +129,7 @@ TEST(fxRegComp, piecesFollowEachOther) {
     });
 }
 
-TEST(fxRegComp, alternativesAreAChainOfBranches) {
+TEST(fxRegEngineCompile, alternativesAreAChainOfBranches) {
     expectPrograms({
         {"a|b", branch(8) + exact(13, "a") + branch(8) + exact(5, "b") + end()},
         {"a|b|c", branch(8) + exact(21, "a") + branch(8) + exact(13, "b") + branch(8) +
@@ -141,7 +141,7 @@ TEST(fxRegComp, alternativesAreAChainOfBranches) {
     });
 }
 
-TEST(fxRegComp, deliberateANewlineSeparatesAlternatives) {
+TEST(fxRegEngineCompile, deliberateANewlineSeparatesAlternatives) {
     expectPrograms({
         {"a\nb", branch(8) + exact(13, "a") + branch(8) + exact(5, "b") + end()},
         {"a|b\nc", branch(8) + exact(21, "a") + branch(8) + exact(13, "b") + branch(8) +
@@ -152,7 +152,7 @@ TEST(fxRegComp, deliberateANewlineSeparatesAlternatives) {
     });
 }
 
-TEST(fxRegComp, groupsAreNumberedByTheirOpeningParenthesis) {
+TEST(fxRegEngineCompile, groupsAreNumberedByTheirOpeningParenthesis) {
     expectPrograms({
         {"()", branch(15) + open(1, 3) + branch(6) + nothing(3) + close(1, 3) + end()},
         {"(a)", branch(17) + open(1, 3) + branch(8) + exact(5, "a") + close(1, 3) + end()},
@@ -165,7 +165,7 @@ TEST(fxRegComp, groupsAreNumberedByTheirOpeningParenthesis) {
     });
 }
 
-TEST(fxRegComp, nineGroupsCompile) {
+TEST(fxRegEngineCompile, nineGroupsCompile) {
     std::string pattern, nodes = branch(3 + 9 * 14);
     for (int group = 1; group <= 9; ++group) {
         const std::string letter(1, static_cast<char>('a' + group - 1));
@@ -175,7 +175,7 @@ TEST(fxRegComp, nineGroupsCompile) {
     expectPrograms({{pattern, nodes + end()}});
 }
 
-TEST(fxRegComp, simpleAtomsRepeatWithoutALoop) {
+TEST(fxRegEngineCompile, simpleAtomsRepeatWithoutALoop) {
     expectPrograms({
         {"a*", branch(11) + star(8) + exact(0, "a") + end()},
         {"a+", branch(11) + plus(8) + exact(0, "a") + end()},
@@ -190,7 +190,7 @@ TEST(fxRegComp, simpleAtomsRepeatWithoutALoop) {
     });
 }
 
-TEST(fxRegComp, aStarredGroupIsALoopThatLinksBack) {
+TEST(fxRegEngineCompile, aStarredGroupIsALoopThatLinksBack) {
     expectPrograms({
         {"(a)*", branch(29) + branch(20) + open(1, 3) + branch(8) + exact(5, "a") + close(1, 3) +
                      back(17) + branch(3) + nothing(3) + end()},
@@ -199,7 +199,7 @@ TEST(fxRegComp, aStarredGroupIsALoopThatLinksBack) {
     });
 }
 
-TEST(fxRegComp, aGroupOnceOrMoreIsALoopBehindIt) {
+TEST(fxRegEngineCompile, aGroupOnceOrMoreIsALoopBehindIt) {
     expectPrograms({
         {"(a)+", branch(29) + open(1, 3) + branch(8) + exact(5, "a") + close(1, 3) + branch(6) +
                      back(17) + branch(3) + nothing(3) + end()},
@@ -208,7 +208,7 @@ TEST(fxRegComp, aGroupOnceOrMoreIsALoopBehindIt) {
     });
 }
 
-TEST(fxRegComp, anOptionalAtomIsABranch) {
+TEST(fxRegEngineCompile, anOptionalAtomIsABranch) {
     expectPrograms({
         {"a?", branch(17) + branch(8) + exact(8, "a") + branch(3) + nothing(3) + end()},
         {"(a)?", branch(26) + branch(17) + open(1, 3) + branch(8) + exact(5, "a") + close(1, 6) +
@@ -219,7 +219,7 @@ TEST(fxRegComp, anOptionalAtomIsABranch) {
 }
 
 // The nodes of a group move up for the branch inserted before them.
-TEST(fxRegComp, nestedRepetitionsKeepTheirLinks) {
+TEST(fxRegEngineCompile, nestedRepetitionsKeepTheirLinks) {
     expectPrograms({
         {"(a*)?", branch(29) + branch(20) + open(1, 3) + branch(11) + star(8) + exact(0, "a") +
                       close(1, 6) + branch(3) + nothing(3) + end()},
@@ -232,7 +232,7 @@ TEST(fxRegComp, nestedRepetitionsKeepTheirLinks) {
 
 // Literal runs.
 
-TEST(fxRegComp, aRunBacksOffBeforeARepeatedByte) {
+TEST(fxRegEngineCompile, aRunBacksOffBeforeARepeatedByte) {
     expectPrograms({
         {"ab*", branch(16) + exact(5, "a") + star(8) + exact(0, "b") + end()},
         {"abc+", branch(17) + exact(6, "ab") + plus(8) + exact(0, "c") + end()},
@@ -243,7 +243,7 @@ TEST(fxRegComp, aRunBacksOffBeforeARepeatedByte) {
     });
 }
 
-TEST(fxRegComp, aRunEndsBeforeASpecialByte) {
+TEST(fxRegEngineCompile, aRunEndsBeforeASpecialByte) {
     expectPrograms({
         {"ab.", branch(12) + exact(6, "ab") + any(3) + end()},
         {"ab[c]", branch(14) + exact(6, "ab") + anyOf(5, "c") + end()},
@@ -255,7 +255,7 @@ TEST(fxRegComp, aRunEndsBeforeASpecialByte) {
     });
 }
 
-TEST(fxRegComp, aBackslashMakesTheNextByteLiteral) {
+TEST(fxRegEngineCompile, aBackslashMakesTheNextByteLiteral) {
     for (const char* pattern : {"\\*", "\\+", "\\?", "\\.", "\\^", "\\$", "\\(", "\\)", "\\[",
                                 "\\]", "\\|", "\\\n", "\\\\", "\\a", "\\0", "\\n", "\\{"})
         expectPrograms({{pattern, onlyExact(pattern + 1)}});
@@ -270,7 +270,7 @@ TEST(fxRegComp, aBackslashMakesTheNextByteLiteral) {
     });
 }
 
-TEST(fxRegComp, aRepeatedEscapedByteBacksOffToItsBackslash) {
+TEST(fxRegEngineCompile, aRepeatedEscapedByteBacksOffToItsBackslash) {
     expectPrograms({
         {"\\.*", branch(11) + star(8) + exact(0, ".") + end()},
         {"\\**", branch(11) + star(8) + exact(0, "*") + end()},
@@ -282,7 +282,7 @@ TEST(fxRegComp, aRepeatedEscapedByteBacksOffToItsBackslash) {
     });
 }
 
-TEST(fxRegComp, aWordNodeEndsARun) {
+TEST(fxRegEngineCompile, aWordNodeEndsARun) {
     expectPrograms({
         {"a\\<b", branch(16) + exact(5, "a") + wordStart(3) + exact(5, "b") + end()},
         {"ab\\>", branch(12) + exact(6, "ab") + wordEnd(3) + end()},
@@ -293,7 +293,7 @@ TEST(fxRegComp, aWordNodeEndsARun) {
     });
 }
 
-TEST(fxRegComp, everythingElseIsLiteral) {
+TEST(fxRegEngineCompile, everythingElseIsLiteral) {
     for (const char* text : {"a{2}", "{1,2}", "]", "a]", "a-b", "<a>", "a,b:c;d", "#%&'\"/!=@_~`",
                              "\t\r ", "\x01\x7f\x80\xff"})
         expectPrograms({{text, onlyExact(text)}});
@@ -301,7 +301,7 @@ TEST(fxRegComp, everythingElseIsLiteral) {
 
 // Classes.
 
-TEST(fxRegComp, aClassListsItsMembers) {
+TEST(fxRegEngineCompile, aClassListsItsMembers) {
     expectPrograms({
         {"[a]", onlyAnyOf("a")},
         {"[abc]", onlyAnyOf("abc")},
@@ -314,7 +314,7 @@ TEST(fxRegComp, aClassListsItsMembers) {
     });
 }
 
-TEST(fxRegComp, specialBytesAreMembersLikeOthers) {
+TEST(fxRegEngineCompile, specialBytesAreMembersLikeOthers) {
     expectPrograms({
         {"[.*+?$(){}|[]", onlyAnyOf(".*+?$(){}|[")},
         {"[a\nb]", onlyAnyOf("a\nb")},
@@ -324,7 +324,7 @@ TEST(fxRegComp, specialBytesAreMembersLikeOthers) {
     });
 }
 
-TEST(fxRegComp, bracketAndHyphenRightAfterTheOpeningAreMembers) {
+TEST(fxRegEngineCompile, bracketAndHyphenRightAfterTheOpeningAreMembers) {
     expectPrograms({
         {"[]]", onlyAnyOf("]")},
         {"[]a]", onlyAnyOf("]a")},
@@ -339,7 +339,7 @@ TEST(fxRegComp, bracketAndHyphenRightAfterTheOpeningAreMembers) {
     });
 }
 
-TEST(fxRegComp, aHyphenBeforeTheClosingIsAMember) {
+TEST(fxRegEngineCompile, aHyphenBeforeTheClosingIsAMember) {
     expectPrograms({
         {"[a-]", onlyAnyOf("a-")},
         {"[^a-]", onlyAnyBut("a-")},
@@ -348,7 +348,7 @@ TEST(fxRegComp, aHyphenBeforeTheClosingIsAMember) {
     });
 }
 
-TEST(fxRegComp, rangesAreExpanded) {
+TEST(fxRegEngineCompile, rangesAreExpanded) {
     expectPrograms({
         {"[a-a]", onlyAnyOf("a")},
         {"[a-b]", onlyAnyOf("ab")},
@@ -366,7 +366,7 @@ TEST(fxRegComp, rangesAreExpanded) {
     });
 }
 
-TEST(fxRegComp, rangesAreOfUnsignedBytes) {
+TEST(fxRegEngineCompile, rangesAreOfUnsignedBytes) {
     expectPrograms({
         {"[\x7e-\x81]", onlyAnyOf("\x7e\x7f\x80\x81")},
         {"[\xfd-\xff]", onlyAnyOf("\xfd\xfe\xff")},
@@ -376,7 +376,7 @@ TEST(fxRegComp, rangesAreOfUnsignedBytes) {
     });
 }
 
-TEST(fxRegComp, aChainedRangeStartsFromTheByteBeforeItsHyphen) {
+TEST(fxRegEngineCompile, aChainedRangeStartsFromTheByteBeforeItsHyphen) {
     expectPrograms({
         {"[a-c-e]", onlyAnyOf("abcde")},
         {"[a-c-e-g]", onlyAnyOf("abcdefg")},
@@ -386,7 +386,7 @@ TEST(fxRegComp, aChainedRangeStartsFromTheByteBeforeItsHyphen) {
     });
 }
 
-TEST(fxRegComp, deliberateARangeInvertedByOneHoldsItsFirstByte) {
+TEST(fxRegEngineCompile, deliberateARangeInvertedByOneHoldsItsFirstByte) {
     expectPrograms({
         {"[b-a]", onlyAnyOf("b")},
         {"[^b-a]", onlyAnyBut("b")},
@@ -399,7 +399,7 @@ TEST(fxRegComp, deliberateARangeInvertedByOneHoldsItsFirstByte) {
 
 // The hints.
 
-TEST(fxRegComp, hintsComeFromASingleAlternative) {
+TEST(fxRegEngineCompile, hintsComeFromASingleAlternative) {
     const struct {
         const char* pattern;
         char startchar;
@@ -442,7 +442,7 @@ TEST(fxRegComp, hintsComeFromASingleAlternative) {
     }
 }
 
-TEST(fxRegComp, theMustRunIsTheLongestOfAnAlternativeThatStartsWithARepetition) {
+TEST(fxRegEngineCompile, theMustRunIsTheLongestOfAnAlternativeThatStartsWithARepetition) {
     const struct {
         const char* pattern;
         int must;  // offset of its node behind the magic byte, or -1
@@ -489,7 +489,7 @@ TEST(fxRegComp, theMustRunIsTheLongestOfAnAlternativeThatStartsWithARepetition) 
 
 // The limit and the block.
 
-TEST(fxRegComp, aProgramHasAtMost32766Bytes) {
+TEST(fxRegEngineCompile, aProgramHasAtMost32766Bytes) {
     // Magic byte, branch, header and end of the run or class, end: 11 bytes.
     const std::string most(32755, 'a');
     expectPrograms({{most, onlyExact(most)}, {"[" + most + "]", onlyAnyOf(most)}});
@@ -498,7 +498,7 @@ TEST(fxRegComp, aProgramHasAtMost32766Bytes) {
     expectMessage(std::string(1 << 20, 'a'), "regexp too big");
 }
 
-TEST(fxRegComp, theLimitCountsNodes) {
+TEST(fxRegEngineCompile, theLimitCountsNodes) {
     // 7 bytes and 3 for each node; the last one here makes it 32767.
     EXPECT_TRUE(compiled(std::string(10919, '.')) != nullptr);
     expectMessage(std::string(10920, '.'), "regexp too big");
@@ -511,13 +511,13 @@ TEST(fxRegComp, theLimitCountsNodes) {
     expectMessage(stars + "bbbb", "regexp too big");
 }
 
-TEST(fxRegComp, aParseErrorComesBeforeTheLimit) {
+TEST(fxRegEngineCompile, aParseErrorComesBeforeTheLimit) {
     expectMessage(std::string(40000, 'a') + "(", "unmatched ()");
     expectMessage(std::string(40000, 'a') + "**", "nested *?+");
 }
 
 // A class of 255 bytes takes 259: so many are a little more than 2^32.
-TEST(fxRegComp, noPatternIsTooLongToCount) {
+TEST(fxRegEngineCompile, noPatternIsTooLongToCount) {
     const std::string one = "[\x01-\xff]";
     const unsigned int classes = 16582886;
     std::string pattern;
@@ -532,7 +532,7 @@ TEST(fxRegComp, noPatternIsTooLongToCount) {
     EXPECT_EQ(Messages{"unmatched ()"}, takeRegErrors());
 }
 
-TEST(fxRegComp, eachCallMakesABlockOfItsOwn) {
+TEST(fxRegEngineCompile, eachCallMakesABlockOfItsOwn) {
     const Compiled first = compiled("a*b"), second = compiled("a*b");
     ASSERT_TRUE(first && second);
     EXPECT_NE(first.get(), second.get());

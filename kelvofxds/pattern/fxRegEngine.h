@@ -1,4 +1,4 @@
-// fxRegExp.h - the regular-expression engine's functions.
+// fxRegEngine.h - the regular-expression engine's functions.
 #pragma once
 
 #include "kelvofxds/core/fxExport.h"

@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "tests/support/compiled.h"
 #include "tests/support/heapCalls.h"
 #include "tests/support/regErrors.h"
@@ -60,7 +60,7 @@ std::string span(unsigned int start, unsigned int end) {
 
 }  // namespace
 
-TEST(fxRegExecCost, aMebibyteIsMatchedOnASmallStack) {
+TEST(fxRegEngineCost, aMebibyteIsMatchedOnASmallStack) {
     const unsigned int n = mebibyte;
     const std::string subject = alternating(n);
     EXPECT_EQ("0:" + span(0, n + 1) + " 1:" + span(n - 1, n),
@@ -76,7 +76,7 @@ TEST(fxRegExecCost, aMebibyteIsMatchedOnASmallStack) {
     EXPECT_EQ("none", foundOnSmallStack("((a)|(b))+[c]", subject));
 }
 
-TEST(fxRegExecCost, longProgramsAreMatchedOnASmallStack) {
+TEST(fxRegEngineCost, longProgramsAreMatchedOnASmallStack) {
     const unsigned int n = 1900;
     std::string optional, alternatives, stars;
     for (unsigned int i = 0; i < n; ++i) {
@@ -90,7 +90,7 @@ TEST(fxRegExecCost, longProgramsAreMatchedOnASmallStack) {
     EXPECT_EQ("0:0-1", foundOnSmallStack(alternatives + "a", subject));
 }
 
-TEST(fxRegExecCost, optionalPiecesFollowedByTheSameDoNotExplode) {
+TEST(fxRegEngineCost, optionalPiecesFollowedByTheSameDoNotExplode) {
     const unsigned int n = 60;
     std::string pattern;
     for (unsigned int i = 0; i < n; ++i)
@@ -101,7 +101,7 @@ TEST(fxRegExecCost, optionalPiecesFollowedByTheSameDoNotExplode) {
 }
 
 // None of these comes to an end when everything is tried.
-TEST(fxRegExecCost, hostilePatternsFailSoon) {
+TEST(fxRegEngineCost, hostilePatternsFailSoon) {
     const std::string xs(100000, 'x'), as(100000, 'a');
     const std::string mixed = alternating(100000);
     EXPECT_EQ("none", found("(x+x+)+y", xs));
@@ -117,7 +117,7 @@ TEST(fxRegExecCost, hostilePatternsFailSoon) {
     EXPECT_EQ("none", found("(\\<.|.\\>|.)*[c]", mixed));
 }
 
-TEST(fxRegExecCost, simpleLoopsInARowFailSoon) {
+TEST(fxRegEngineCost, simpleLoopsInARowFailSoon) {
     const std::string as(100000, 'a');
     EXPECT_EQ("none", found(".*.*.*x", as));
     EXPECT_EQ("none", found(".*.*.*[x]", as));
@@ -129,7 +129,7 @@ TEST(fxRegExecCost, simpleLoopsInARowFailSoon) {
 
 // The registers of a match behind much that failed are those of the order of
 // attempts.
-TEST(fxRegExecCost, whatIsFoundAfterManyFailuresIsTheSame) {
+TEST(fxRegEngineCost, whatIsFoundAfterManyFailuresIsTheSame) {
     const unsigned int n = 100000;
     const std::string xs(n, 'x');
     EXPECT_EQ("0:" + span(0, n + 1) + " 1:" + span(0, n), found("(x+x+)+y", xs + "y"));
@@ -143,7 +143,7 @@ TEST(fxRegExecCost, whatIsFoundAfterManyFailuresIsTheSame) {
               found("((x)|z)*[y]", xs + "-xxzy"));
 }
 
-TEST(fxRegExecCost, cheapMatchesAllocateNothing) {
+TEST(fxRegEngineCost, cheapMatchesAllocateNothing) {
     if (!heapCallsAreCounted())
         GTEST_SKIP() << "allocations are not counted in this build or under this tool";
     const struct {
@@ -164,7 +164,7 @@ TEST(fxRegExecCost, cheapMatchesAllocateNothing) {
     }
 }
 
-TEST(fxRegExecCost, everyMatchReleasesWhatItTook) {
+TEST(fxRegEngineCost, everyMatchReleasesWhatItTook) {
     if (!heapCallsAreCounted())
         GTEST_SKIP() << "allocations are not counted in this build or under this tool";
     const std::string subject = alternating(10000);
@@ -228,7 +228,7 @@ void takeAllMemory(std::size_t kept) {
 }
 }  // namespace
 
-TEST(fxRegExecCostDeathTest, withoutMemoryForTheChoicesNothingIsFound) {
+TEST(fxRegEngineCostDeathTest, withoutMemoryForTheChoicesNothingIsFound) {
     EXPECT_EXIT(matchWithoutMemory(), testing::ExitedWithCode(0), "^none, out of space\n$");
 }
 #endif

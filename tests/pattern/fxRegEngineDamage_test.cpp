@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "tests/support/compiled.h"
 #include "tests/support/regErrors.h"
 
@@ -62,7 +62,7 @@ std::string lastByte() { return std::to_string(n - 1) + "-" + std::to_string(n);
 
 }  // namespace
 
-TEST(fxRegDamage, anUnknownOperationIsAFailureOfItsAlternativeAlone) {
+TEST(fxRegEngineDamage, anUnknownOperationIsAFailureOfItsAlternativeAlone) {
     for (const int opcode : {14, 20, 30, 40, 50, 255}) {
         SCOPED_TRACE(opcode);
         const Damage damages[] = {{"(z|a|aa)*[c]", OP_EXACT, opcode},
@@ -79,7 +79,7 @@ TEST(fxRegDamage, anUnknownOperationIsAFailureOfItsAlternativeAlone) {
     }
 }
 
-TEST(fxRegDamage, repeatingWhatIsNoByteCountsNothingHoweverOften) {
+TEST(fxRegEngineDamage, repeatingWhatIsNoByteCountsNothingHoweverOften) {
     for (const int opcode : {OP_BOL, OP_EOL, OP_NOTHING}) {
         SCOPED_TRACE(opcode);
         const Damage damages[] = {{"(a|[z]*a|aa)*[c]", OP_ANYOF, opcode},
@@ -96,7 +96,7 @@ TEST(fxRegDamage, repeatingWhatIsNoByteCountsNothingHoweverOften) {
 }
 
 // That of an OP_BACK would lead forward, past the end of the block.
-TEST(fxRegDamage, theLinkOfAnUnknownOperationIsNotFollowed) {
+TEST(fxRegEngineDamage, theLinkOfAnUnknownOperationIsNotFollowed) {
     const Compiled program = compiled("(" + std::string(200, 'b') + ")*d");
     for (const int opcode : {OP_EXACT, OP_BACK}) {
         char* const node = nodeOf(*program, opcode);
@@ -116,7 +116,7 @@ TEST(fxRegDamage, theLinkOfAnUnknownOperationIsNotFollowed) {
 
 // A star without a next node goes on from every count, at every place: four
 // messages from the first byte of three, and one less from each that follows.
-TEST(fxRegDamage, everyCountRunsOffAChainThatStopsBehindARepetition) {
+TEST(fxRegEngineDamage, everyCountRunsOffAChainThatStopsBehindARepetition) {
     const Compiled program = compiled("a*");
     char* const star = nodeOf(*program, OP_STAR);
     ASSERT_TRUE(star != nullptr);

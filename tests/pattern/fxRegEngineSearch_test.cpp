@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "tests/support/compiled.h"
 #include "tests/support/regErrors.h"
 
@@ -37,11 +37,11 @@ std::string repeated(const std::string& text, unsigned int n) {
 
 // One node each.
 
-TEST(fxRegExec, anEmptyPatternMatchesAtTheStart) {
+TEST(fxRegEngineSearch, anEmptyPatternMatchesAtTheStart) {
     expectFound({{"", "", "0:0-0"}, {"", "abc", "0:0-0"}, {"()", "abc", "0:0-0 1:0-0"}});
 }
 
-TEST(fxRegExec, aRunMatchesItself) {
+TEST(fxRegEngineSearch, aRunMatchesItself) {
     expectFound({{"a", "a", "0:0-1"},
                  {"a", "", "none"},
                  {"a", "b", "none"},
@@ -55,7 +55,7 @@ TEST(fxRegExec, aRunMatchesItself) {
                  {"a\\.b", "axba.b", "0:3-6"}});
 }
 
-TEST(fxRegExec, aDotMatchesAnyByte) {
+TEST(fxRegEngineSearch, aDotMatchesAnyByte) {
     expectFound({{".", "", "none"},
                  {".", "x", "0:0-1"},
                  {".", "\n", "0:0-1"},
@@ -65,7 +65,7 @@ TEST(fxRegExec, aDotMatchesAnyByte) {
                  {"...", "ab", "none"}});
 }
 
-TEST(fxRegExec, theAnchorsMatchAtTheEndsOfTheSubject) {
+TEST(fxRegEngineSearch, theAnchorsMatchAtTheEndsOfTheSubject) {
     expectFound({{"^", "abc", "0:0-0"},
                  {"$", "abc", "0:3-3"},
                  {"$", "", "0:0-0"},
@@ -81,14 +81,14 @@ TEST(fxRegExec, theAnchorsMatchAtTheEndsOfTheSubject) {
                  {"(a$|b)", "ab", "0:1-2 1:1-2"}});
 }
 
-TEST(fxRegExec, deliberateNewlinesInTheSubjectAreNotLineEnds) {
+TEST(fxRegEngineSearch, deliberateNewlinesInTheSubjectAreNotLineEnds) {
     expectFound({{"^b", "a\nb", "none"},
                  {"a$", "a\nb", "none"},
                  {"a.b$", "a\nb", "0:0-3"},
                  {"a[^x]b", "a\nb", "0:0-3"}});
 }
 
-TEST(fxRegExec, deliberateTheAnchorsAreSpecialInTheMiddleToo) {
+TEST(fxRegEngineSearch, deliberateTheAnchorsAreSpecialInTheMiddleToo) {
     expectFound({{"a^b", "a^b", "none"},
                  {"a$b", "a$b", "none"},
                  {"a*^b", "b", "0:0-1"},
@@ -98,7 +98,7 @@ TEST(fxRegExec, deliberateTheAnchorsAreSpecialInTheMiddleToo) {
                  {"^^a$$", "a", "0:0-1"}});
 }
 
-TEST(fxRegExec, aClassMatchesOneMember) {
+TEST(fxRegEngineSearch, aClassMatchesOneMember) {
     expectFound({{"[abc]", "xxc", "0:2-3"},
                  {"[abc]", "xyz", "none"},
                  {"[abc]", "", "none"},
@@ -112,7 +112,7 @@ TEST(fxRegExec, aClassMatchesOneMember) {
                  {"[a\nb]", "x\n", "0:1-2"}});
 }
 
-TEST(fxRegExec, aNegatedClassMatchesOneOtherByteButNoNul) {
+TEST(fxRegEngineSearch, aNegatedClassMatchesOneOtherByteButNoNul) {
     expectFound({{"[^abc]", "abcx", "0:3-4"},
                  {"[^abc]", "abc", "none"},
                  {"[^a]", "", "none"},
@@ -123,7 +123,7 @@ TEST(fxRegExec, aNegatedClassMatchesOneOtherByteButNoNul) {
                  {"[^\x01-\xff]", "abc", "none"}});
 }
 
-TEST(fxRegExec, bytesAbove127AreBytesLikeOthers) {
+TEST(fxRegEngineSearch, bytesAbove127AreBytesLikeOthers) {
     expectFound({{"\xe9", "t\xe9", "0:1-2"},
                  {"t\xe9", "tt\xe9", "0:1-3"},
                  {"\xe9*t", "\xe9\xe9t", "0:0-3"},
@@ -139,7 +139,7 @@ TEST(fxRegExec, bytesAbove127AreBytesLikeOthers) {
 
 // Words.
 
-TEST(fxRegExec, aWordStartsBehindWhatIsNoWordByte) {
+TEST(fxRegEngineSearch, aWordStartsBehindWhatIsNoWordByte) {
     expectFound({{"\\<foo", "foo", "0:0-3"},
                  {"\\<foo", " foo", "0:1-4"},
                  {"\\<foo", "-foo", "0:1-4"},
@@ -160,7 +160,7 @@ TEST(fxRegExec, aWordStartsBehindWhatIsNoWordByte) {
                  {"a \\<b", "a b", "0:0-3"}});
 }
 
-TEST(fxRegExec, aWordEndsBeforeWhatIsNoWordByte) {
+TEST(fxRegEngineSearch, aWordEndsBeforeWhatIsNoWordByte) {
     expectFound({{"foo\\>", "foo", "0:0-3"},
                  {"foo\\>", "foo bar", "0:0-3"},
                  {"foo\\>", "foo.", "0:0-3"},
@@ -172,7 +172,7 @@ TEST(fxRegExec, aWordEndsBeforeWhatIsNoWordByte) {
                  {"\\<b\\>", "ab b", "0:3-4"}});
 }
 
-TEST(fxRegExec, deliberateAWordEndDoesNotLookAtTheByteBefore) {
+TEST(fxRegEngineSearch, deliberateAWordEndDoesNotLookAtTheByteBefore) {
     expectFound({{"\\>", "", "0:0-0"},
                  {"\\>", " ", "0:0-0"},
                  {"\\>", "ab", "0:2-2"},
@@ -181,7 +181,7 @@ TEST(fxRegExec, deliberateAWordEndDoesNotLookAtTheByteBefore) {
                  {"- \\>", "- a", "none"}});
 }
 
-TEST(fxRegExec, wordBytesAreLettersDigitsAndTheUnderscore) {
+TEST(fxRegEngineSearch, wordBytesAreLettersDigitsAndTheUnderscore) {
     for (int byte = 1; byte < 256; ++byte) {
         const bool isWord = (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
                             (byte >= 'a' && byte <= 'z') || byte == '_';
@@ -193,7 +193,7 @@ TEST(fxRegExec, wordBytesAreLettersDigitsAndTheUnderscore) {
 
 // The order of attempts.
 
-TEST(fxRegExec, alternativesAreTriedInOrder) {
+TEST(fxRegEngineSearch, alternativesAreTriedInOrder) {
     expectFound({{"a|b", "b", "0:0-1"},
                  {"a|ab", "ab", "0:0-1"},
                  {"ab|a", "ab", "0:0-2"},
@@ -206,7 +206,7 @@ TEST(fxRegExec, alternativesAreTriedInOrder) {
                  {"(|a)$", "a", "0:0-1 1:0-1"}});
 }
 
-TEST(fxRegExec, deliberateANewlineInThePatternSeparatesAlternatives) {
+TEST(fxRegEngineSearch, deliberateANewlineInThePatternSeparatesAlternatives) {
     expectFound({{"a|b\nc", "c", "0:0-1"},
                  {"a|b\nc", "b\nc", "0:0-1"},
                  {"a\nb", "xb", "0:1-2"},
@@ -215,7 +215,7 @@ TEST(fxRegExec, deliberateANewlineInThePatternSeparatesAlternatives) {
                  {"a\\\nb", "a\nb", "0:0-3"}});
 }
 
-TEST(fxRegExec, theFirstPlaceWins) {
+TEST(fxRegEngineSearch, theFirstPlaceWins) {
     expectFound({{"b|ab", "ab", "0:0-2"},
                  {"c|b", "abc", "0:1-2"},
                  {"[bc]", "abc", "0:1-2"},
@@ -226,7 +226,7 @@ TEST(fxRegExec, theFirstPlaceWins) {
                  {"$|a", "ba", "0:1-2"}});
 }
 
-TEST(fxRegExec, repetitionsAreGreedy) {
+TEST(fxRegEngineSearch, repetitionsAreGreedy) {
     expectFound({{"a*", "aaab", "0:0-3"},
                  {"a+", "aaab", "0:0-3"},
                  {"a+", "b", "none"},
@@ -242,7 +242,7 @@ TEST(fxRegExec, repetitionsAreGreedy) {
                  {"(ab)?", "abab", "0:0-2 1:0-2"}});
 }
 
-TEST(fxRegExec, repetitionsGiveBackFromTheEnd) {
+TEST(fxRegEngineSearch, repetitionsGiveBackFromTheEnd) {
     expectFound({{"a*a", "aaa", "0:0-3"},
                  {"a+a", "a", "none"},
                  {"a+aa", "aaa", "0:0-3"},
@@ -259,7 +259,7 @@ TEST(fxRegExec, repetitionsGiveBackFromTheEnd) {
                  {"(a+)+a", "aaaa", "0:0-4 1:0-3"}});
 }
 
-TEST(fxRegExec, repeatedPiecesDivideFromTheLeft) {
+TEST(fxRegEngineSearch, repeatedPiecesDivideFromTheLeft) {
     expectFound({{"(a*)(ab)*(b*)", "abb", "0:0-3 1:0-1 3:1-3"},
                  {"(a*)(a*)", "aa", "0:0-2 1:0-2 2:2-2"},
                  {"(a+)(a+)", "aaa", "0:0-3 1:0-2 2:2-3"},
@@ -270,7 +270,7 @@ TEST(fxRegExec, repeatedPiecesDivideFromTheLeft) {
 
 // Groups.
 
-TEST(fxRegExec, groupsRecordWhatTheyMatched) {
+TEST(fxRegEngineSearch, groupsRecordWhatTheyMatched) {
     expectFound({{"(a)(b)(c)(d)(e)(f)(g)(h)(i)", "-abcdefghi-",
                   "0:1-10 1:1-2 2:2-3 3:3-4 4:4-5 5:5-6 6:6-7 7:7-8 8:8-9 9:9-10"},
                  {"(((((((((a)))))))))", "ba",
@@ -280,7 +280,7 @@ TEST(fxRegExec, groupsRecordWhatTheyMatched) {
                  {"([a-z]+)@([a-z]+)", "to: me@home", "0:4-11 1:4-6 2:7-11"}});
 }
 
-TEST(fxRegExec, aGroupThatTookNoPartIsNull) {
+TEST(fxRegEngineSearch, aGroupThatTookNoPartIsNull) {
     expectFound({{"(a)|b", "b", "0:0-1"},
                  {"(a)|(b)", "b", "0:0-1 2:0-1"},
                  {"(a)*", "", "0:0-0"},
@@ -291,14 +291,14 @@ TEST(fxRegExec, aGroupThatTookNoPartIsNull) {
 }
 
 // What was tried in vain leaves no trace.
-TEST(fxRegExec, aGroupOfAFailedAttemptIsNull) {
+TEST(fxRegEngineSearch, aGroupOfAFailedAttemptIsNull) {
     expectFound({{"(a)x|(a)b", "ab", "0:0-2 2:0-1"},
                  {"((a)x|ab)", "ab", "0:0-2 1:0-2"},
                  {"(a)(b)?$|a", "abc", "0:0-1"},
                  {"(a(b)c|a(b)d)", "abd", "0:0-3 1:0-3 3:1-2"}});
 }
 
-TEST(fxRegExec, aRepeatedGroupRecordsItsLastIteration) {
+TEST(fxRegEngineSearch, aRepeatedGroupRecordsItsLastIteration) {
     expectFound({{"(a|b)*c", "abc", "0:0-3 1:1-2"},
                  {"(a|b)+", "aab", "0:0-3 1:2-3"},
                  {"(a+b)*", "abaab", "0:0-5 1:2-5"},
@@ -307,13 +307,13 @@ TEST(fxRegExec, aRepeatedGroupRecordsItsLastIteration) {
 }
 
 // The last iteration that had it, as the inner group is set only once.
-TEST(fxRegExec, deliberateAnInnerGroupKeepsAnEarlierIterationThanItsOuterGroup) {
+TEST(fxRegEngineSearch, deliberateAnInnerGroupKeepsAnEarlierIterationThanItsOuterGroup) {
     expectFound({{"((a)|b)*", "ab", "0:0-2 1:1-2 2:0-1"},
                  {"((a)|(b))*", "aba", "0:0-3 1:2-3 2:2-3 3:1-2"},
                  {"((a)?b)*", "abb", "0:0-3 1:2-3 2:0-1"}});
 }
 
-TEST(fxRegExec, theRegistersPointIntoTheSubject) {
+TEST(fxRegEngineSearch, theRegistersPointIntoTheSubject) {
     const Compiled program = compiled("b(c)");
     ASSERT_TRUE(program != nullptr);
     const char subject[] = "abcd";
@@ -328,7 +328,7 @@ TEST(fxRegExec, theRegistersPointIntoTheSubject) {
     }
 }
 
-TEST(fxRegExec, everyMatchClearsTheRegistersOfTheLast) {
+TEST(fxRegEngineSearch, everyMatchClearsTheRegistersOfTheLast) {
     const Compiled program = compiled("(a)|(b)");
     ASSERT_TRUE(program != nullptr);
     for (unsigned int i = 0; i < fxregexp::groupCount; ++i)
@@ -341,7 +341,7 @@ TEST(fxRegExec, everyMatchClearsTheRegistersOfTheLast) {
     EXPECT_EQ("0:1-2 2:1-2", groupsOf(*program, second));
 }
 
-TEST(fxRegExec, aMatchLeavesTheProgramAlone) {
+TEST(fxRegEngineSearch, aMatchLeavesTheProgramAlone) {
     const Compiled program = compiled("(a|b)*c");
     ASSERT_TRUE(program != nullptr);
     const std::string before(program->program, 46);
@@ -351,7 +351,7 @@ TEST(fxRegExec, aMatchLeavesTheProgramAlone) {
 
 // The hints, as they stand in the block.
 
-TEST(fxRegExec, withoutTheMustRunThereIsNoAttempt) {
+TEST(fxRegEngineSearch, withoutTheMustRunThereIsNoAttempt) {
     const Compiled program = compiled("a*b");
     ASSERT_TRUE(program != nullptr);
     ASSERT_STREQ("b", program->must);
@@ -364,7 +364,7 @@ TEST(fxRegExec, withoutTheMustRunThereIsNoAttempt) {
     EXPECT_EQ(1, fxregexec(program.get(), "zaabzyzz"));
 }
 
-TEST(fxRegExec, aStartCharacterLimitsThePlaces) {
+TEST(fxRegEngineSearch, aStartCharacterLimitsThePlaces) {
     const Compiled program = compiled("[abc]");
     ASSERT_TRUE(program != nullptr);
     program->startchar = 'b';
@@ -374,7 +374,7 @@ TEST(fxRegExec, aStartCharacterLimitsThePlaces) {
     EXPECT_EQ(0, fxregexec(program.get(), "acac"));
 }
 
-TEST(fxRegExec, anAnchoredExpressionIsTriedAtTheStartOnly) {
+TEST(fxRegEngineSearch, anAnchoredExpressionIsTriedAtTheStartOnly) {
     const Compiled program = compiled("b");
     ASSERT_TRUE(program != nullptr);
     program->anchored = 1;
@@ -384,7 +384,7 @@ TEST(fxRegExec, anAnchoredExpressionIsTriedAtTheStartOnly) {
 
 // What is wrong with the arguments.
 
-TEST(fxRegExec, nullArgumentsAreErrors) {
+TEST(fxRegEngineSearch, nullArgumentsAreErrors) {
     const Compiled program = compiled("a");
     takeRegErrors();
     EXPECT_EQ(0, fxregexec(nullptr, "a"));
@@ -393,7 +393,7 @@ TEST(fxRegExec, nullArgumentsAreErrors) {
     EXPECT_EQ((Messages{"NULL parameter", "NULL parameter", "NULL parameter"}), takeRegErrors());
 }
 
-TEST(fxRegExec, aProgramWithoutTheMagicByteIsAnError) {
+TEST(fxRegEngineSearch, aProgramWithoutTheMagicByteIsAnError) {
     const Compiled program = compiled("a");
     takeRegErrors();
     for (const int magic : {0, 1, 155, 157, 255}) {
@@ -422,13 +422,13 @@ std::string node(int opcode, int next) {
 }
 }  // namespace
 
-TEST(fxRegExec, aProgramMadeByHandRuns) {
+TEST(fxRegEngineSearch, aProgramMadeByHandRuns) {
     EXPECT_EQ(1, resultOf(node(6, 6) + node(3, 3) + node(0, 0), "x"));
     EXPECT_EQ(0, resultOf(node(6, 6) + node(3, 3) + node(0, 0), ""));
     EXPECT_EQ(Messages(), takeRegErrors());
 }
 
-TEST(fxRegExec, anUnknownOperationIsAFailureAndAMessage) {
+TEST(fxRegEngineSearch, anUnknownOperationIsAFailureAndAMessage) {
     for (const int opcode : {14, 15, 19, 20, 30, 40, 41, 128, 255}) {
         EXPECT_EQ(0, resultOf(node(opcode, 3) + node(0, 0), "")) << opcode;
         EXPECT_EQ(Messages{"memory corruption"}, takeRegErrors()) << opcode;
@@ -437,7 +437,7 @@ TEST(fxRegExec, anUnknownOperationIsAFailureAndAMessage) {
     }
 }
 
-TEST(fxRegExec, aChainThatStopsIsAFailureAndAMessage) {
+TEST(fxRegEngineSearch, aChainThatStopsIsAFailureAndAMessage) {
     for (const int opcode : {1, 2, 7, 9, 13}) {
         EXPECT_EQ(0, resultOf(node(opcode, 0), "")) << opcode;
         EXPECT_EQ(Messages{"corrupted pointers"}, takeRegErrors()) << opcode;
@@ -451,7 +451,7 @@ TEST(fxRegExec, aChainThatStopsIsAFailureAndAMessage) {
 }
 
 // Errors while matching are failures like others, so every place is tried.
-TEST(fxRegExec, aMessageCanComeOncePerPlace) {
+TEST(fxRegEngineSearch, aMessageCanComeOncePerPlace) {
     EXPECT_EQ(0, resultOf(node(40, 3), "ab"));
     EXPECT_EQ((Messages{"memory corruption", "memory corruption", "memory corruption"}),
               takeRegErrors());
@@ -459,13 +459,13 @@ TEST(fxRegExec, aMessageCanComeOncePerPlace) {
     EXPECT_EQ((Messages{"corrupted pointers", "corrupted pointers"}), takeRegErrors());
 }
 
-TEST(fxRegExec, afterAnErrorTheNextAlternativeIsTried) {
+TEST(fxRegEngineSearch, afterAnErrorTheNextAlternativeIsTried) {
     const std::string first = node(6, 6) + node(40, 3), second = node(6, 6) + node(3, 3);
     EXPECT_EQ(1, resultOf(first + second + node(0, 0), "x"));
     EXPECT_EQ(Messages{"memory corruption"}, takeRegErrors());
 }
 
-TEST(fxRegExec, repeatingWhatIsNoByteCountsNothing) {
+TEST(fxRegEngineSearch, repeatingWhatIsNoByteCountsNothing) {
     EXPECT_EQ(1, resultOf(node(10, 6) + node(1, 0) + node(0, 0), ""));
     EXPECT_EQ(Messages{"internal foulup"}, takeRegErrors());
     EXPECT_EQ(0, resultOf(node(11, 6) + node(1, 0) + node(0, 0), ""));
@@ -476,7 +476,7 @@ TEST(fxRegExec, repeatingWhatIsNoByteCountsNothing) {
 }
 
 // Only the first byte of a run is repeated.
-TEST(fxRegExec, repeatingALongerRunRepeatsItsFirstByte) {
+TEST(fxRegEngineSearch, repeatingALongerRunRepeatsItsFirstByte) {
     const std::string run = node(8, 0) + "ab" + '\0';
     EXPECT_EQ(1, resultOf(node(1, 3) + node(10, 9) + run + node(2, 3) + node(0, 0), "aaa"));
     EXPECT_EQ(0, resultOf(node(1, 3) + node(10, 9) + run + node(2, 3) + node(0, 0), "abab"));

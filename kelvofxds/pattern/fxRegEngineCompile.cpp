@@ -1,9 +1,11 @@
+// fxRegEngineCompile.cpp - from a pattern to a program; see fxRegEngine.h.
+
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
-#include "kelvofxds/pattern/fxRegExp.h"
-#include "kelvofxds/pattern/fxRegExpInternal.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
+#include "kelvofxds/pattern/fxRegProgramInternal.h"
 
 namespace {
 

@@ -9,17 +9,17 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "tests/support/compiled.h"
 #include "tests/support/regErrors.h"
 
-TEST(fxRegCompErrors, aNullPatternIsAnError) {
+TEST(fxRegEngineErrors, aNullPatternIsAnError) {
     takeRegErrors();
     EXPECT_TRUE(fxregcomp(nullptr) == nullptr);
     EXPECT_EQ(Messages{"NULL argument"}, takeRegErrors());
 }
 
-TEST(fxRegCompErrors, aTenthGroupIsAnError) {
+TEST(fxRegEngineErrors, aTenthGroupIsAnError) {
     const std::string nine = "(a)(b)(c)(d)(e)(f)(g)(h)(i)";
     EXPECT_TRUE(compiled(nine) != nullptr);
     EXPECT_TRUE(compiled("(((((((((a)))))))))") != nullptr);
@@ -30,48 +30,48 @@ TEST(fxRegCompErrors, aTenthGroupIsAnError) {
     expectMessage(nine + "|(j)", "too many ()");
 }
 
-TEST(fxRegCompErrors, unbalancedParenthesesAreAnError) {
+TEST(fxRegEngineErrors, unbalancedParenthesesAreAnError) {
     for (const char* pattern :
          {"(", ")", "a)", "(a", "(a|b", "(a\nb", "((a)", "(a))", "())", "a|)", "(()", "(a*", "a*)"})
         expectMessage(pattern, "unmatched ()");
 }
 
-TEST(fxRegCompErrors, repeatingWhatCouldBeEmptyIsAnError) {
+TEST(fxRegEngineErrors, repeatingWhatCouldBeEmptyIsAnError) {
     for (const char* pattern : {"^*", "$*", "$+", "\\<*", "\\>+", "()*", "()+", "(a*)*", "(a*)+",
                                 "(a?)*", "(a|)*", "(|a)+", "(a|b*)*", "(^)*", "((a*))*", "a^+"})
         expectMessage(pattern, "*+ operand could be empty");
 }
 
-TEST(fxRegCompErrors, repeatingWhatHasWidthInEveryAlternativeIsNot) {
+TEST(fxRegEngineErrors, repeatingWhatHasWidthInEveryAlternativeIsNot) {
     for (const char* pattern : {"(a+)*", "(a*b)*", "(ba*)+", "(a|b)*", "((a))+", "(^a)*", "(a$)+",
                                 "(\\<a)*", "(a*)?", "()?", "^?", "\\<?", "(a|)?"})
         EXPECT_TRUE(compiled(pattern) != nullptr) << pattern;
 }
 
-TEST(fxRegCompErrors, twoRepetitionsInARowAreAnError) {
+TEST(fxRegEngineErrors, twoRepetitionsInARowAreAnError) {
     for (const char* pattern : {"x**", "a*+", "a*?", "a+*", "a++", "a+?", "a?*", "a?+", "a??",
                                 "(a)*?", "(a)+*", "(a)?+", ".**", "[a]+*", "ab*+", "\\.**"})
         expectMessage(pattern, "nested *?+");
 }
 
-TEST(fxRegCompErrors, repeatingNothingIsAnError) {
+TEST(fxRegEngineErrors, repeatingNothingIsAnError) {
     for (const char* pattern : {"*a", "+", "?a", "a|*", "a\n+", "(*a)", "(?)", "(a|+)"})
         expectMessage(pattern, "?+* follows nothing");
 }
 
-TEST(fxRegCompErrors, anOpenClassIsAnError) {
+TEST(fxRegEngineErrors, anOpenClassIsAnError) {
     for (const char* pattern : {"[", "[^", "[a", "[]", "[^]", "[]a", "[-", "[^-", "[a-", "[a-b",
                                 "a[b", "[a-c-", "[b-a", "([a", "[a*"})
         expectMessage(pattern, "unmatched []");
 }
 
-TEST(fxRegCompErrors, anInvertedRangeIsAnError) {
+TEST(fxRegEngineErrors, anInvertedRangeIsAnError) {
     for (const char* pattern : {"[z-a]", "[c-a]", "[^c-a]", "[a-c-a]", "[z-a", "[a--]", "[x\xff-a]",
                                 "[\x80-\x7e]", "[\xff-\x01]", "x[9-0]*"})
         expectMessage(pattern, "invalid [] range");
 }
 
-TEST(fxRegCompErrors, aTrailingBackslashIsAnError) {
+TEST(fxRegEngineErrors, aTrailingBackslashIsAnError) {
     for (const char* pattern : {"\\", "a\\", "ab\\", "a*\\", "(\\", "a|\\", "\\\\\\", "[a]\\"})
         expectMessage(pattern, "trailing \\");
     EXPECT_TRUE(compiled("\\\\") != nullptr);
@@ -80,7 +80,7 @@ TEST(fxRegCompErrors, aTrailingBackslashIsAnError) {
 // The text promises two more messages, "internal urp" and "junk on end". No
 // pattern gets there: an alternative goes on up to the bytes that the first is
 // about, and nothing but they and ')' can be left over for the second.
-TEST(fxRegCompErrors, alternativesEndOnlyWhereTheyMay) {
+TEST(fxRegEngineErrors, alternativesEndOnlyWhereTheyMay) {
     for (int byte = 1; byte < 256; ++byte) {
         for (const char* prefix : {"", "a", "a|", "(a)", "(", "(a|", "a*"}) {
             const std::string pattern = prefix + std::string(1, static_cast<char>(byte));
@@ -97,7 +97,7 @@ TEST(fxRegCompErrors, alternativesEndOnlyWhereTheyMay) {
 }
 
 // The library's own function, of which this program's takes the place.
-TEST(fxRegCompErrors, deliberateTheErrorSinkDoesNothing) {
+TEST(fxRegEngineErrors, deliberateTheErrorSinkDoesNothing) {
     using Sink = void (*)(const char*);
     const auto sink = reinterpret_cast<Sink>(::dlsym(RTLD_NEXT, "_Z10fxregerrorPKc"));
     ASSERT_TRUE(sink != nullptr);
@@ -132,7 +132,7 @@ namespace {
 }
 }  // namespace
 
-TEST(fxRegCompErrorsDeathTest, withoutMemoryTheResultIsNull) {
+TEST(fxRegEngineErrorsDeathTest, withoutMemoryTheResultIsNull) {
     EXPECT_EXIT(compileWithoutMemory(), testing::ExitedWithCode(0), "^null, out of space\n$");
 }
 #endif

@@ -1,8 +1,10 @@
+// fxRegEngineSearch.cpp - where a program is tried; see fxRegEngine.h.
+
 #include <cstring>
 
-#include "kelvofxds/pattern/fxRegExp.h"
-#include "kelvofxds/pattern/fxRegExpInternal.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "kelvofxds/pattern/fxRegMatcherInternal.h"
+#include "kelvofxds/pattern/fxRegProgramInternal.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-// fxRegExpInternal.h - how nodes of a program are read.
+// fxRegProgramInternal.h - how nodes of a program are read.
 #pragma once
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 
 const unsigned int fxRegNodeSize = 3;  // bytes of a node without its operand
 

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegExp.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "tests/support/compiled.h"
 #include "tests/support/regErrors.h"
 #include "tests/support/slowRegex.h"
@@ -246,7 +246,7 @@ void print(const char* what, const Comparison& comparison) {
 
 }  // namespace
 
-TEST(fxRegExhaustive, allSmallPatternsAndSubjectsGiveTheSame) {
+TEST(fxRegEngineExhaustive, allSmallPatternsAndSubjectsGiveTheSame) {
     takeRegErrors();
     Comparison comparison;
     if (isFullRun()) {
@@ -266,7 +266,7 @@ TEST(fxRegExhaustive, allSmallPatternsAndSubjectsGiveTheSame) {
     EXPECT_LE(isFullRun() ? 5000000U : 200000U, comparison.pairs);
 }
 
-TEST(fxRegExhaustive, expensiveMatchesGiveTheSame) {
+TEST(fxRegEngineExhaustive, expensiveMatchesGiveTheSame) {
     const unsigned int seed = 20240611;
     std::printf("seed %u\n", seed);
     Random random(seed);
