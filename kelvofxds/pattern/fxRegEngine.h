@@ -50,10 +50,13 @@ enum fxRegOpcode : unsigned char {
 FX_EXPORT fxregexp* fxregcomp(const char* pattern);
 
 /// Finds the leftmost match in the NUL-terminated `subject`: returns 1 and sets
-/// startp and endp, which point into it, or returns 0 and leaves nothing useful
-/// in them. Of the matches at one place it is the one found first, taking
-/// alternatives in order and repetitions as often as possible. Returns 0 too
+/// startp and endp, which point into it. Of the matches at one place it is the
+/// one found first, taking alternatives in order and repetitions as often as
+/// possible. Otherwise returns 0 with all of startp and endp null. Returns 0 too
 /// if an argument is null or the program is damaged.
+/// Deliberate: a search that gives up before its first try, because `must` or
+/// `startchar` is nowhere in the subject or something is wrong with the
+/// arguments, leaves startp and endp as they were.
 ///
 /// Time is O(program size * length of the subject) at worst. The stack used
 /// does not depend on the subject; choices in waiting are kept on the heap, and

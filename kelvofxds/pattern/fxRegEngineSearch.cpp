@@ -12,13 +12,18 @@ bool contains(const char* subject, const char* text, int length) {
     return memmem(subject, std::strlen(subject), text, static_cast<std::size_t>(length)) != nullptr;
 }
 
-// Tries every occurrence of the byte with which all matches begin. It is that
-// of the literal run that they begin with.
-bool matchFromStartChar(fxRegMatcher& matcher, const fxregexp& prog, const char* subject) {
+void clearRegisters(fxregexp& prog) {
+    for (unsigned int i = 0; i < fxregexp::groupCount; ++i)
+        prog.startp[i] = prog.endp[i] = nullptr;
+}
+
+// Tries every occurrence of the byte with which all matches begin, from `at` on.
+// It is that of the literal run that they begin with.
+bool matchFromStartChar(fxRegMatcher& matcher, const fxregexp& prog, const char* at) {
     const char* node = fxRegOperand(prog.program + 1);
     const char* run = fxRegOp(node) == OP_EXACT ? fxRegOperand(node) : "";
     const bool isRun = *run == prog.startchar && run[1] != '\0';
-    for (const char* at = subject;; ++at) {
+    for (;; ++at) {
         at = isRun ? std::strstr(at, run) : std::strchr(at, prog.startchar);
         if (!at)
             return false;
@@ -62,10 +67,17 @@ int fxregexec(fxregexp* prog, const char* subject) {
     }
     if (prog->must && !contains(subject, prog->must, prog->mustlen))
         return 0;
+    const bool hasStartChar = !prog->anchored && prog->startchar;
+    const char* first = hasStartChar ? std::strchr(subject, prog->startchar) : subject;
+    if (!first)
+        return 0;
+    // The first try does this, also one that is left out because it must fail.
+    // Those that follow find nothing to clear.
+    clearRegisters(*prog);
     fxRegMatcher matcher(*prog, subject);
     if (prog->anchored)
         return matcher.regtry(subject);
-    if (prog->startchar)
-        return matchFromStartChar(matcher, *prog, subject);
+    if (hasStartChar)
+        return matchFromStartChar(matcher, *prog, first);
     return matchAnywhere(matcher, subject);
 }

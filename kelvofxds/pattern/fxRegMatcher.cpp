@@ -81,8 +81,6 @@ bool fxRegMatcher::regtry(const char* position) {
 // A group that was passed more than once is where it was passed last, which is
 // what lies highest on the stack.
 void fxRegMatcher::setRegisters() {
-    for (unsigned int i = 0; i < fxregexp::groupCount; ++i)
-        prog.startp[i] = prog.endp[i] = nullptr;
     for (std::size_t i = top; i-- > 0;) {
         const Frame& frame = frames[i];
         if (frame.kind != Frame::mark)

@@ -28,6 +28,7 @@ public:
     ~fxRegMatcher();
 
     /// Whether the program matches at `position`; if so, the registers are set.
+    /// Requires: they are null.
     bool regtry(const char* position);
 
     /// After a failure, the next position at which a match can begin.

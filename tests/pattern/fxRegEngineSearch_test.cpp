@@ -341,6 +341,52 @@ TEST(fxRegEngineSearch, everyMatchClearsTheRegistersOfTheLast) {
     EXPECT_EQ("0:1-2 2:1-2", groupsOf(*program, second));
 }
 
+namespace {
+// Whether a search that finds nothing leaves all registers, which were set, as
+// they were, or all of them null.
+std::string registersAfter(const char* pattern, const char* subject, char magic = '\234') {
+    const Compiled program = compiled(pattern);
+    char* const earlier = const_cast<char*>(pattern);
+    for (unsigned int i = 0; i < fxregexp::groupCount; ++i)
+        program->startp[i] = program->endp[i] = earlier;
+    program->program[0] = magic;
+    if (fxregexec(program.get(), subject) != 0)
+        return "found";
+    unsigned int kept = 0, cleared = 0;
+    for (unsigned int i = 0; i < fxregexp::groupCount; ++i) {
+        kept += (program->startp[i] == earlier) + (program->endp[i] == earlier);
+        cleared += (program->startp[i] == nullptr) + (program->endp[i] == nullptr);
+    }
+    return kept == 20 ? "kept" : cleared == 20 ? "cleared" : "mixed";
+}
+}  // namespace
+
+TEST(fxRegEngineSearch, theFirstTryOfAFailedSearchClearsTheRegisters) {
+    const struct {
+        const char *pattern, *subject, *why;
+    } rows[] = {{"[ab]", "xyz", "every place is tried"},
+                {"[ab]", "", "the end is tried, too"},
+                {"(a)|(b)", "xyz", "every place is tried"},
+                {"^a", "b", "the start is tried"},
+                {"^(a)b", "", "the start is tried"},
+                {"abc", "xxab", "where the first byte is"},
+                {"abc", "a", "where the first byte is, though the text ends"},
+                {"a[b]", "xa", "where the first byte is"},
+                {"x*b$", "ba", "the text that must be there is"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.pattern << " in " << row.subject << ": " << row.why);
+        EXPECT_EQ("cleared", registersAfter(row.pattern, row.subject));
+    }
+}
+
+TEST(fxRegEngineSearch, deliberateASearchThatGivesUpBeforeItsFirstTryKeepsTheRegisters) {
+    EXPECT_EQ("kept", registersAfter("abc", nullptr));
+    EXPECT_EQ("kept", registersAfter("abc", "abc", '\0'));
+    EXPECT_EQ("kept", registersAfter("a*b", "aaa"));   // without the text that must be there
+    EXPECT_EQ("kept", registersAfter("abc", "xbcx"));  // without the first byte
+    EXPECT_EQ("kept", registersAfter("abc", ""));
+}
+
 TEST(fxRegEngineSearch, aMatchLeavesTheProgramAlone) {
     const Compiled program = compiled("(a|b)*c");
     ASSERT_TRUE(program != nullptr);
