@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kelvofxds/core/fxDebug.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxOrderedGlobal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/core/fxXDRObj.h"
@@ -28,9 +29,9 @@ fxGlobalOrder::fxGlobalOrder() : sorted(false) { globals.setMaxLength(initialEnt
 
 void fxGlobalOrder::createOrderings() {
     if (!fx_toolkitGlobalOrder)
-        fx_toolkitGlobalOrder = new fxGlobalOrder;
+        fx_toolkitGlobalOrder = fxNew<fxGlobalOrder>();
     if (!fx_applicationGlobalOrder)
-        fx_applicationGlobalOrder = new fxGlobalOrder;
+        fx_applicationGlobalOrder = fxNew<fxGlobalOrder>();
 }
 
 int fxGlobalOrder::add(fxOrderedGlobal* global, int which) {
@@ -81,26 +82,40 @@ void fxGlobalOrder::destroy() {
 
 namespace {
 bool firstInitialization = true;  // shared by the two names of the operation
-bool initializing = false;        // a construct function called us again
 bool firstCleanup = true;
+
+// True while it lives. The host's functions may throw.
+class Within {
+public:
+    explicit Within(bool& itsFlag) : flag(itsFlag) { flag = true; }
+    Within(const Within&) = delete;
+    Within& operator=(const Within&) = delete;
+    ~Within() { flag = false; }
+
+private:
+    bool& flag;
+};
+
+bool initializing = false;  // a construct function called us again
+bool cleaningUp = false;    // a destroy function did
 }  // namespace
 
 void fxInitGlobalOrderings() {
     if (!firstInitialization || initializing)
         return;
-    initializing = true;
+    const Within within(initializing);
     fxGlobalOrder::createOrderings();
     fx_toolkitGlobalOrder->create();
     fx_applicationGlobalOrder->create();
     firstInitialization = false;
-    initializing = false;
 }
 
 void fxInitializeToolkit() { fxInitGlobalOrderings(); }
 
 void fxCleanupGlobalOrderings() {
-    if (!firstCleanup)
+    if (!firstCleanup || cleaningUp)
         return;
+    const Within within(cleaningUp);
     fxGlobalOrder::createOrderings();
     fx_applicationGlobalOrder->destroy();
     fx_toolkitGlobalOrder->destroy();
@@ -116,7 +131,7 @@ fxTypeObj fxStr_type("fxStr", 1, fxStr::newInstance, fxStr::deleteInstance, fxSt
 
 namespace {
 void drawDataTypes() {
-    fx_nextDataType = new fxSequencer;
+    fx_nextDataType = fxNew<fxSequencer>();
     unsigned short* const codes[] = {&fxDT_void,    &fxDT_fxBool, &fxDT_int,     &fxDT_long,
                                      &fxDT_float,   &fxDT_double, &fxDT_CharPtr, &fxDT_fxStr,
                                      &fxDT_VoidPtr, &fxDT_ObjPtr, &fxDT_DataPtr, &fxDT_fxStrArray};
@@ -125,7 +140,7 @@ void drawDataTypes() {
 }
 
 void drawEventTypes() {
-    fx_nextEventType = new fxSequencer;
+    fx_nextEventType = fxNew<fxSequencer>();
     fxET_Unknown = (*fx_nextEventType)();
     fxET_MessageEvent = (*fx_nextEventType)();
 }
@@ -137,13 +152,13 @@ static void fxOG_Init_cons() {
         drawDataTypes();
     fxConverter::createStandardConverters();
     if (!fx_theExecutive)
-        fx_theExecutive = new fxExec;
+        fx_theExecutive = fxNew<fxExec>();
     if (!fx_theEventHandler)
-        fx_theEventHandler = new fxEventHandler;
+        fx_theEventHandler = fxNew<fxEventHandler>();
     if (!fx_nextEventType)
         drawEventTypes();
     if (!fx_theDebugger)
-        fx_theDebugger = new fxDebug(1);
+        fx_theDebugger = fxNew<fxDebug>(static_cast<unsigned char>(1));
 }
 
 // The singletons live until the process exits.

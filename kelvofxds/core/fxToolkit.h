@@ -59,14 +59,18 @@ extern FX_EXPORT fxGlobalOrder* fx_applicationGlobalOrder;
 
 /// Constructs the toolkit's globals, then the application's. Call it once
 /// before using the library; later calls, and calls made from within a
-/// construct function, do nothing.
+/// construct function, do nothing. A construct function may register further
+/// globals: those of an ordering that is being constructed come behind, as
+/// they were registered. One that throws leaves the call undone: the next one
+/// calls every construct function again.
 FX_EXPORT void fxInitializeToolkit();
 
 /// The same operation under its other name; both share one "done" flag.
 FX_EXPORT void fxInitGlobalOrderings();
 
 /// Destroys the application's globals, then the toolkit's, each in reverse.
-/// Later calls do nothing.
+/// Later calls, and calls made from within a destroy function, do nothing. A
+/// destroy function that throws leaves the call undone, as above.
 /// Deliberate: calling it without fxInitializeToolkit runs the destroy
 /// functions of globals that were never constructed.
 FX_EXPORT void fxCleanupGlobalOrderings();

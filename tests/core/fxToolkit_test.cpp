@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -410,6 +411,91 @@ void initializeAgain() {
     std::_Exit(0);
 }
 
+// Announce their name, and throw when they are called for the first time.
+template <char name>
+void announceOrThrow() {
+    static bool first = true;
+    std::fputc(name, stderr);
+    if (std::exchange(first, false))
+        throw name;
+}
+
+// Calls `operation` until nothing is thrown any more, and once again.
+void repeat(void (*operation)()) {
+    for (bool thrown = true; thrown;) {
+        try {
+            operation();
+            thrown = false;
+        } catch (char) {
+            std::fputc('|', stderr);
+        }
+    }
+    std::fputc('.', stderr);
+    operation();
+    std::_Exit(0);
+}
+
+[[noreturn]] void initializeWithFunctionsThatThrow() {
+    static fxOrderedGlobal toolkit(announceOrThrow<'T'>, nullptr, 1);
+    static fxOrderedGlobal second(announce<'U'>, nullptr, 1);
+    static fxOrderedGlobal application(announceOrThrow<'A'>, nullptr, 0);
+    repeat(fxInitializeToolkit);
+    std::_Exit(1);
+}
+
+[[noreturn]] void cleanUpWithFunctionsThatThrow() {
+    static fxOrderedGlobal toolkit(nullptr, announceOrThrow<'t'>, nullptr, 1);
+    static fxOrderedGlobal application(nullptr, announceOrThrow<'a'>, nullptr, 0);
+    static fxOrderedGlobal second(nullptr, announce<'b'>, nullptr, 0);
+    repeat(fxCleanupGlobalOrderings);
+    std::_Exit(1);
+}
+
+template <char name>
+void announceAndCleanUp() {
+    std::fputc(name, stderr);
+    fxCleanupGlobalOrderings();
+}
+
+[[noreturn]] void cleanUpFromDestroyFunctions() {
+    static fxOrderedGlobal toolkit(nullptr, announceAndCleanUp<'t'>, nullptr, 1);
+    static fxOrderedGlobal application(nullptr, announceAndCleanUp<'a'>, nullptr, 0);
+    fxInitializeToolkit();
+    fxCleanupGlobalOrderings();
+    std::fputc('|', stderr);
+    fxCleanupGlobalOrderings();
+    std::_Exit(0);
+}
+
+[[noreturn]] void cleanUpFromAConstructFunction() {
+    static fxOrderedGlobal toolkit(announceAndCleanUp<'T'>, announce<'t'>, nullptr, 1);
+    static fxOrderedGlobal application(announce<'A'>, announce<'a'>, nullptr, 0);
+    fxInitializeToolkit();
+    std::fputc('|', stderr);
+    fxCleanupGlobalOrderings();
+    std::_Exit(0);
+}
+
+template <char name, int which>
+void registerMore() {
+    std::fputc(name, stderr);
+    static fxOrderedGlobal* onLast[2];
+    static fxOrderedGlobal first(announce<name + 1>, announce<name - 'A' + 'b'>, onLast, which);
+    static fxOrderedGlobal last(announce<name + 2>, announce<name - 'A' + 'c'>, nullptr, which);
+    onLast[0] = &last;
+}
+
+// What is registered depends on what is registered behind it.
+template <int ownWhich, int otherWhich>
+[[noreturn]] void registerFromAConstructFunction() {
+    static fxOrderedGlobal own(registerMore<'A', otherWhich>, announce<'a'>, nullptr, ownWhich);
+    static fxOrderedGlobal behind(announce<'X'>, announce<'x'>, nullptr, ownWhich);
+    fxInitializeToolkit();
+    std::fputc('|', stderr);
+    fxCleanupGlobalOrderings();
+    std::_Exit(0);
+}
+
 // The orderings are the process's, so the child starts from the beginning.
 class fxToolkitDeathTest : public testing::Test {
 protected:
@@ -441,6 +527,38 @@ TEST_F(fxToolkitDeathTest, initializationSortsAndCleanupReverses) {
 
 TEST_F(fxToolkitDeathTest, initializationFromAConstructFunctionDoesNothing) {
     EXPECT_EXIT(initializeFromAConstructFunction(), testing::ExitedWithCode(0), "^RA$");
+}
+
+// Both names: the flag is cleared when both orderings have been created, and
+// not when one of the functions throws.
+TEST_F(fxToolkitDeathTest, initializationIsDoneOnlyOnceEveryConstructFunctionHasReturned) {
+    EXPECT_EXIT(initializeWithFunctionsThatThrow(), testing::ExitedWithCode(0),
+                "^T\\|TUA\\|TUA\\.$");
+}
+
+TEST_F(fxToolkitDeathTest, cleanupIsDoneOnlyOnceEveryDestroyFunctionHasReturned) {
+    EXPECT_EXIT(cleanUpWithFunctionsThatThrow(), testing::ExitedWithCode(0), "^ba\\|bat\\|bat\\.$");
+}
+
+TEST_F(fxToolkitDeathTest, cleanupFromADestroyFunctionDoesNothing) {
+    EXPECT_EXIT(cleanUpFromDestroyFunctions(), testing::ExitedWithCode(0), "^at\\|$");
+}
+
+TEST_F(fxToolkitDeathTest, cleanupFromAConstructFunctionIsTheOne) {
+    EXPECT_EXIT(cleanUpFromAConstructFunction(), testing::ExitedWithCode(0), "^TatA\\|$");
+}
+
+// Its own ordering is being walked: the new ones come behind, unsorted. The
+// application's comes later and is sorted before. The toolkit's is over.
+TEST_F(fxToolkitDeathTest, constructFunctionMayRegisterOtherGlobals) {
+    EXPECT_EXIT((registerFromAConstructFunction<1, 1>()), testing::ExitedWithCode(0),
+                "^AXBC\\|cbxa$");
+    EXPECT_EXIT((registerFromAConstructFunction<0, 0>()), testing::ExitedWithCode(0),
+                "^AXBC\\|cbxa$");
+    EXPECT_EXIT((registerFromAConstructFunction<1, 0>()), testing::ExitedWithCode(0),
+                "^AXCB\\|bcxa$");
+    EXPECT_EXIT((registerFromAConstructFunction<0, 1>()), testing::ExitedWithCode(0),
+                "^AX\\|xacb$");
 }
 
 TEST_F(fxToolkitDeathTest, lateRegistrationsAreNotConstructedButDestroyed) {
