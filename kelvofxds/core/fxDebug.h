@@ -1,12 +1,13 @@
-// fxDebug.h - a hook for hosts that want debugging options.
+// fxDebug.h - a place for a host's debugging options.
 #pragma once
 
 #include "kelvofxds/core/fxExport.h"
 
 class fxStr;
 
-/// Does nothing itself. The toolkit makes one, fx_theDebugger; a host may
-/// install its own before it starts the toolkit.
+/// Does nothing: the toolkit makes one, fx_theDebugger, and nothing in the
+/// library calls it. A host may install its own before it starts the toolkit
+/// and pass that its options.
 class FX_EXPORT fxDebug {
 public:
     /// Ignores `enabled`.

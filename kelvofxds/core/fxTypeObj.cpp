@@ -1,6 +1,7 @@
 #include "kelvofxds/core/fxTypeObj.h"
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 
 // Constant-initialised: records of other files register before this file's
@@ -20,7 +21,7 @@ fxTypeObj::fxTypeObj(const char* typeName, unsigned int typeVersion,
 
 void fxTypeObj::registerType(fxTypeObj* type) {
     if (!knownTypes)
-        knownTypes = new fxVoidPtrDict(0);
+        knownTypes = fxNew<fxVoidPtrDict>(0U);
     const fxStr key(type->name);
     *static_cast<void**>(knownTypes->findCreate(&key)) = type;
 }

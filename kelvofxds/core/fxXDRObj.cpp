@@ -1,5 +1,7 @@
 #include "kelvofxds/core/fxXDRObj.h"
 
+#include "kelvofxds/core/fxMemoryInternal.h"
+
 fxXDRObj::fxXDRObj(fxTypeObj&) {}
 
 fxXDRObj::~fxXDRObj() {}
@@ -14,7 +16,7 @@ unsigned char fxXDRObj::xdrFail(fxTranscriber&, void*) { return 0; }
 
 void fxXDRObj::xdrSuccess(fxTranscriber&) {}
 
-void* fxXDRObj::newInstance(fxTypeObj& type) { return new fxXDRObj(type); }
+void* fxXDRObj::newInstance(fxTypeObj& type) { return fxTryNew<fxXDRObj>(type); }
 
 void fxXDRObj::deleteInstance(void* object) { delete static_cast<fxXDRObj*>(object); }
 

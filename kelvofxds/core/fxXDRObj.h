@@ -35,13 +35,15 @@ public:
     /// here. Records live for the whole process.
     virtual fxTypeObj& getTypeObj() const;
 
-    /// A hook for subclasses; returns 0 here.
+    /// For a host's own transcribers and subclasses: nothing in the library
+    /// calls it. Returns 0 here.
     virtual unsigned char xdrFail(fxTranscriber& t, void* where);
 
-    /// A hook for subclasses; does nothing here.
+    /// The same; does nothing here.
     virtual void xdrSuccess(fxTranscriber& t);
 
-    /// A new default object with count 0, owned by the caller.
+    /// A new default object with count 0, owned by the caller; null if there is
+    /// no memory.
     static void* newInstance(fxTypeObj& type);
 
     /// Deletes an object made by newInstance; null is ignored.
