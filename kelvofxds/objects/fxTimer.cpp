@@ -1,31 +1,26 @@
 #include "kelvofxds/objects/fxTimer.h"
 
+#include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/values/fxData.h"
 
 fxTimer* fxTimer::activeTimers = nullptr;
 
 // An alarm in progress. Ticks may delete and start timers, so it is told.
-struct fxTimer::Alarm {
-    Alarm() : ticking(nullptr), restart(nullptr), restartEnd(&restart), outer(innermost) {
-        innermost = this;
-    }
-    Alarm(const Alarm&) = delete;
-    Alarm& operator=(const Alarm&) = delete;
-    ~Alarm() { innermost = outer; }
+struct __attribute__((visibility("hidden"))) fxTimer::Alarm : public fxInProgress<fxTimer::Alarm> {
+    Alarm() : ticking(nullptr), restart(nullptr), restartEnd(&restart) {}
 
     // `timer` is going: it must not be touched after its tick, nor restarted.
     static void forget(fxTimer* timer) {
-        for (Alarm* alarm = innermost; alarm; alarm = alarm->outer) {
-            if (alarm->ticking == timer)
-                alarm->ticking = nullptr;
-            alarm->cancelRestart(timer);
-        }
+        forEach([timer](Alarm& alarm) {
+            if (alarm.ticking == timer)
+                alarm.ticking = nullptr;
+            alarm.cancelRestart(timer);
+        });
     }
 
     // `timer` waits for no alarm to start it anew.
     static void cancelRestarts(fxTimer* timer) {
-        for (Alarm* alarm = innermost; alarm; alarm = alarm->outer)
-            alarm->cancelRestart(timer);
+        forEach([timer](Alarm& alarm) { alarm.cancelRestart(timer); });
     }
 
     void restartLater(fxTimer* timer) {
@@ -56,12 +51,7 @@ private:
         if (restartEnd == &timer->next)
             restartEnd = link;
     }
-
-    static Alarm* innermost;  // the alarms in progress, newest first
-    Alarm* outer;
 };
-
-fxTimer::Alarm* fxTimer::Alarm::innermost = nullptr;
 
 fxTimer::fxTimer(unsigned char repeating)
     : interval(0), delta(0), active(0), repeat(repeating), tickOut(nullptr), next(nullptr) {

@@ -1,0 +1,33 @@
+// fxInProgressInternal.h - walks that are told what happens to what they walk over.
+#pragma once
+
+/// The base of a walk over something that the walk's own calls may change: the
+/// walks of one kind that are in progress know of each other, so that whoever
+/// changes the thing can tell them. `class Walk : public fxInProgress<Walk>`.
+///
+/// Walks are local variables, so they end in the reverse order of their
+/// beginnings, also when a host's exception passes through. Nothing is
+/// allocated.
+template <class Walk>
+class __attribute__((visibility("hidden"))) fxInProgress {
+public:
+    fxInProgress(const fxInProgress&) = delete;
+    fxInProgress& operator=(const fxInProgress&) = delete;
+
+    /// Calls tell(walk) with each walk in progress, the newest first. `tell`
+    /// begins and ends none.
+    template <class Function>
+    static void forEach(Function tell) {
+        for (fxInProgress* walk = innermost; walk; walk = walk->outer)
+            tell(static_cast<Walk&>(*walk));
+    }
+
+protected:
+    fxInProgress() : outer(innermost) { innermost = this; }
+    ~fxInProgress() { innermost = outer; }
+
+private:
+    inline static fxInProgress* innermost = nullptr;  // the newest
+
+    fxInProgress* outer;  // the one around this one
+};
