@@ -18,7 +18,7 @@ struct fxBinaryReaderItem {
     void** field;                 ///< The member.
     unsigned int number;          ///< Record number of the target.
     Target target = anyTarget;    ///< Checked against what the number turns out to be.
-    unsigned int wantedSize = 0;  ///< Bytes that the member's owner expects of a block.
+    unsigned int wantedSize = 0;  ///< Bytes asked for: a string's size, and else only a wish.
 };
 
 /// Parses what fxBinaryWriter writes and re-creates the objects by their type
@@ -94,7 +94,10 @@ public:
     unsigned char readBytes(char* data, unsigned int n);
     /// Appends a name and its NUL to `name`.
     unsigned char readName(fxStackBuffer& name);
-    /// Reads a pointer to a block of which `length` bytes are expected.
+    /// Reads a pointer to a block. The block will have the size that the stream
+    /// gives. Where `length` is larger, zero bytes follow, as far as the limits
+    /// in docs/stream-format.md go; it may be any number, also one that is about
+    /// to be read. Only a string's length has to be met.
     /// Fatal: "format error" when the record is none, a null pointer included.
     unsigned char readPrimPointer(void* field, unsigned int length);
     /// Makes the block or object of the current record. Fatal: "XXX version

@@ -29,5 +29,11 @@ struct fxBinaryReader::Record : fxBinaryOTEntry {
 
 /// Writers count up.
 struct fxBinaryReader::Index : fxWordIndex<fxBinaryReader::Record, 0> {
-    unsigned int paddingLeft = 1U << 20;  // bytes by which blocks may still be completed
+    /// Whether a string's block may be completed by `padding` bytes.
+    bool padString(unsigned int padding);
+    /// Reduces `padding` to the bytes by which an array's block may be completed.
+    void padArray(unsigned int& padding);
+
+    unsigned int stringPadding = 1U << 20;  // bytes that strings may still be given
+    unsigned int arrayPadding = 1U << 20;   // bytes that arrays may still be given
 };

@@ -1,5 +1,6 @@
 // fxBinaryReaderObjects.cpp - making objects and blocks, and pointing to them.
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -11,9 +12,10 @@
 
 namespace {
 
-// A body that is shorter than a pointer's owner expects is completed with zero
+// A body that is shorter than a pointer's owner expects is followed by zero
 // bytes, but not by more than this: memory has to be paid for in bytes read.
-// What exceeds a little is limited for all blocks together.
+// All of them together are limited as well; of strings' only those that exceed
+// a little.
 const unsigned int longestPadding = 4096;
 const unsigned int smallPadding = 32;
 
@@ -79,6 +81,23 @@ bool isBodyOfBlock(unsigned int tag) { return tag >= fxOT_Bytes && tag <= fxOT_D
 
 }  // namespace
 
+// A string has the length that it says, or it cannot be read.
+bool fxBinaryReader::Index::padString(unsigned int padding) {
+    if (padding <= smallPadding)
+        return true;
+    if (padding > longestPadding || padding > stringPadding)
+        return false;
+    stringPadding -= padding;
+    return true;
+}
+
+// What an array's owner asked for may be garbage: it is often read after the
+// pointer. So the block is never refused for it.
+void fxBinaryReader::Index::padArray(unsigned int& padding) {
+    padding = std::min({padding, longestPadding, arrayPadding});
+    arrayPadding -= padding;
+}
+
 // The table and its index.
 
 fxBinaryReader::Record& fxBinaryReader::enter(unsigned int number, void* address) {
@@ -138,15 +157,14 @@ unsigned char fxBinaryReader::readBlock(void** instance) {
 
     const Record* awaited = index->find(number);
     const bool forString = awaited && awaited->awaitedByString;
-    const unsigned int wanted = awaited && !awaited->address() ? awaited->wanted : 0;
-    const unsigned int size = wanted > length ? wanted : length;
-    if (size - length > longestPadding)
+    unsigned int padding = awaited && awaited->wanted > length ? awaited->wanted - length : 0;
+    if (!forString)
+        index->padArray(padding);
+    else if (!index->padString(padding))
         return 0;
-    if (size - length > smallPadding) {
-        if (size - length > index->paddingLeft)
-            return 0;
-        index->paddingLeft -= size - length;
-    }
+    unsigned int size = 0;
+    if (__builtin_add_overflow(length, padding, &size))
+        return 0;
 
     BlockMemory memory(forString);
     unsigned int done = 0;
@@ -262,13 +280,16 @@ unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
     if (!record->address() && item.target == fxBinaryReaderItem::stringTarget)
         return 0;  // a string has no null buffer
     if (record->address()) {
+        // Whoever else waits gets this one, too; a later body is nobody's yet.
+        record->awaitedByString = false;
+        record->wanted = 0;
         switch (item.target) {
             case fxBinaryReaderItem::objectTarget:
                 if (record->kind != Record::object)
                     return 0;
                 break;
             case fxBinaryReaderItem::blockTarget:
-                if (record->kind != Record::arrayBlock || record->size < item.wantedSize)
+                if (record->kind != Record::arrayBlock)
                     return 0;
                 break;
             case fxBinaryReaderItem::stringTarget:
@@ -278,7 +299,7 @@ unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
                     return 0;
                 static_cast<char*>(record->address())[item.wantedSize - 1] = '\0';
                 break;
-            default:
+            case fxBinaryReaderItem::anyTarget:
                 break;
         }
     }

@@ -1,56 +1,11 @@
+#include <malloc.h>
+
 #include <cstdint>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/transcribe/fxBinaryReader.h"
-#include "tests/support/memoryStream.h"
-#include "tests/support/scriptedObject.h"
-#include "tests/support/streamBytes.h"
-
-namespace {
-using Script = ScriptedObject::Script;
-
-struct Reading {
-    explicit Reading(const std::string& bytes, short shortMark = 0x1122, long longMark = 0x33445566)
-        : stream(bytes), reader(&stream, shortMark, longMark, "ieee") {}
-
-    ScriptedObject* root() { return static_cast<ScriptedObject*>(reader.readObject(objType)); }
-    char* block(unsigned int number) { return static_cast<char*>(reader.alreadyRead(number)); }
-
-    MemoryStream stream;
-    fxBinaryReader reader;
-};
-
-std::string objAndHead() { return hex("02 02000000 'Obj' 00 | 0a 01000000 02000000 01000000"); }
-
-// The body of a block of bytes whose record says `length` and has `bytes`.
-std::string bytesBody(unsigned int number, unsigned int length, const std::string& bytes) {
-    return hex("c5") + word(static_cast<unsigned int>(bytes.size())) + word(number) + word(length) +
-           bytes;
-}
-
-std::string pointerTo(unsigned int number) { return hex("03") + word(number) + word(4); }
-
-// An object that is one string, whose block has number 3.
-unsigned char xdrText(ScriptedObject& self, fxTranscriber& t) { return self.text.xdr(t); }
-
-std::string textOf(unsigned int size) {
-    return hex("02 02000000 'Obj' 00 | 4a 04 01000000 02000000 01000000") + host(size) +
-           pointerTo(3);
-}
-
-// An object with `n` pointers to blocks of `length` bytes.
-Script xdrBlocks(unsigned int n, unsigned int length) {
-    return [n, length](ScriptedObject& self, fxTranscriber& t) {
-        for (unsigned int i = 0; i < n; ++i) {
-            if (!t.xdr(&self.blocks[i], length))
-                return static_cast<unsigned char>(0);
-        }
-        return static_cast<unsigned char>(1);
-    };
-}
-}  // namespace
+#include "tests/support/binaryReading.h"
 
 // Pointers.
 
@@ -360,27 +315,115 @@ TEST(fxBinaryReaderBlocks, numberUsedTwiceNamesTheLaterBlock) {
     delete[] second;
 }
 
-// Blocks that are not as long as their pointers want them.
+// Blocks that are not as long as their pointers want them. A pointer's length
+// may be anything: classes often read it behind the pointer.
 
 TEST(fxBinaryReaderBlocks, shortBlockIsCompletedWithUpTo4096Zeros) {
-    for (const unsigned int missing : {1u, 100u, 4095u, 4096u}) {
-        SCOPED_TRACE(missing);
-        const ReadScript script(xdrBlocks(1, 3 + missing));
+    const struct {
+        std::uint32_t wanted, zeros;
+    } cases[] = {{3 + 1, 1},
+                 {3 + 100, 100},
+                 {3 + 4095, 4095},
+                 {3 + 4096, 4096},
+                 {3 + 4097, 4096},
+                 {100000, 4096},
+                 {0x7FFFFFFF, 4096},
+                 {0xA5A5A5A5, 4096},
+                 {0xFFFFFFFE, 4096},
+                 {0xFFFFFFFF, 4096},
+                 {3, 0},
+                 {2, 0},
+                 {0, 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.wanted);
+        const ReadScript script(xdrBlocks(1, c.wanted));
         Reading r(objAndHead() + pointerTo(3) + bytesBody(3, 3, "abc"));
         const ScriptedObject* root = r.root();
         ASSERT_NE(nullptr, root);
-        EXPECT_EQ("abc" + std::string(missing, '\0'), std::string(root->blocks[0], 3 + missing));
+        EXPECT_EQ("abc" + std::string(c.zeros, '\0'), std::string(root->blocks[0], 3 + c.zeros));
+        EXPECT_LT(malloc_usable_size(root->blocks[0]), 3 + c.zeros + 64);
         delete[] root->blocks[0];
     }
 }
 
-TEST(fxBinaryReaderBlocks, blockThatIsStillShorterGivesNull) {
-    for (const std::uint32_t wanted : {3 + 4097U, 100000U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
-        SCOPED_TRACE(wanted);
-        const ReadScript script(xdrBlocks(1, wanted));
-        Reading r(objAndHead() + pointerTo(3) + bytesBody(3, 3, "abc"));
-        EXPECT_EQ(nullptr, r.root());
+TEST(fxBinaryReaderBlocks, lengthMayBeReadBehindItsPointer) {
+    const ReadScript script([](ScriptedObject& self, fxTranscriber& t) {
+        self.numbers[0] = 0x55AA55AA;  // what memory happened to hold
+        return static_cast<unsigned char>(
+            t.xdr(&self.blocks[0], static_cast<unsigned int>(self.numbers[0])) &&
+            t.xdr(self.numbers, 1));
+    });
+    Reading r(objAndHead() + hex("43 04 03000000 03000000") + host(3) + bytesBody(3, 3, "abc"));
+    const ScriptedObject* root = r.root();
+    ASSERT_NE(nullptr, root);
+    EXPECT_EQ(3, root->numbers[0]);
+    EXPECT_EQ("abc", std::string(root->blocks[0], 3));
+    delete[] root->blocks[0];
+}
+
+// The number of elements that is asked for may not fit a word in bytes.
+TEST(fxBinaryReaderBlocks, numberOfElementsThatOverflowsIsALengthLikeAnyOther) {
+    const auto readInto = [](auto** member, unsigned int n) {
+        const ReadScript script(
+            [member, n](ScriptedObject&, fxTranscriber& t) { return t.xdr(member, n); });
+        Reading r(objAndHead() + pointerTo(3) + bytesBody(3, 8, "abcdefgh"));
+        EXPECT_NE(nullptr, r.root());
+        ASSERT_EQ(static_cast<void*>(r.block(3)), *member);
+        EXPECT_EQ("abcdefgh" + std::string(4096, '\0'), std::string(r.block(3), 8 + 4096));
+        delete[] * member;
+    };
+    long* longs = nullptr;
+    readInto(&longs, 0x40000001);
+    short* shorts = nullptr;
+    readInto(&shorts, 0x80000002);
+    double* doubles = nullptr;
+    readInto(&doubles, 0x20000000);
+}
+
+namespace {
+// Reads `n` blocks of one byte for which 5000 are wanted, and frees them. Says
+// how many of them got 4096 zeros; the others get `rest`.
+unsigned int blocksOf4097(fxBinaryReader& reader, MemoryStream& stream, unsigned int n,
+                          unsigned int rest) {
+    unsigned int completed = 0;
+    for (unsigned int i = 0; i < n; ++i) {
+        char* block = nullptr;
+        stream.input += pointerTo(100 + i) + bytesBody(100 + i, 1, "x");
+        EXPECT_EQ(1, reader.xdr(&block, 5000));
+        EXPECT_NE(nullptr, reader.readObject(objType));
+        if (!block)
+            return 0;
+        const bool full = malloc_usable_size(block) >= 4097;
+        completed += full;
+        EXPECT_EQ("x" + std::string(full ? 4096 : rest, '\0'),
+                  std::string(block, full ? 4097 : 1 + rest));
+        delete[] block;
     }
+    return completed;
+}
+}  // namespace
+
+TEST(fxBinaryReaderBlocks, noZerosFollowOnceTheyComeToAMegabyteInAStream) {
+    Reading r("");
+    EXPECT_EQ(256u, blocksOf4097(r.reader, r.stream, 256, 0));
+    EXPECT_EQ(0u, blocksOf4097(r.reader, r.stream, 40, 0));
+    Reading odd(pointerTo(3) + bytesBody(3, 3, "abc"));
+    char* block = nullptr;
+    EXPECT_EQ(1, odd.reader.xdr(&block, 3 + 4000));
+    EXPECT_NE(nullptr, odd.root());
+    delete[] block;
+    EXPECT_EQ(255u, blocksOf4097(odd.reader, odd.stream, 256, 96)) << "the last few";
+}
+
+TEST(fxBinaryReaderBlocks, stringsAreCompletedWhateverBlocksGot) {
+    Reading r("");
+    EXPECT_EQ(256u, blocksOf4097(r.reader, r.stream, 257, 0));
+    fxStr text;
+    r.stream.input += hex("40 04") + host(4097) + pointerTo(3) + bytesBody(3, 1, "a");
+    EXPECT_TRUE(text.xdr(r.reader));
+    EXPECT_NE(nullptr, r.root());
+    EXPECT_EQ(4096u, text.length());
+    EXPECT_STREQ("a", text.c_str());
 }
 
 TEST(fxBinaryReaderBlocks, blockIsAsLongAsTheMostDemandingPointerWants) {
@@ -397,185 +440,15 @@ TEST(fxBinaryReaderBlocks, blockIsAsLongAsTheMostDemandingPointerWants) {
     delete[] root->blocks[0];
 }
 
-TEST(fxBinaryReaderBlocks, referenceThatWantsMoreThanTheBlockHasFails) {
-    Reading r(hex("45 03 03000000 03000000 'abc'") + hex("04 03000000 00000000") +
-              hex("04 03000000 00000000"));
+TEST(fxBinaryReaderBlocks, referenceIsSetWhateverTheLengthAskedFor) {
+    Reading r(hex("45 03 03000000 03000000 'abc'"));
     char* block = reinterpret_cast<char*>(r.root());
-    char* member = nullptr;
-    EXPECT_EQ(0, r.reader.xdr(&member, 4));
-    EXPECT_EQ(nullptr, member);
-    EXPECT_EQ(1, r.reader.xdr(&member, 3));
-    delete[] block;
-}
-
-// The number of elements comes from a stream as well; in bytes it may not fit
-// a word.
-TEST(fxBinaryReaderBlocks, numberOfElementsThatOverflowsGivesNull) {
-    long* longs = nullptr;
-    short* shorts = nullptr;
-    double* doubles = nullptr;
-    const Script scripts[] = {
-        [&longs](ScriptedObject&, fxTranscriber& t) { return t.xdr(&longs, 0x40000001); },
-        [&shorts](ScriptedObject&, fxTranscriber& t) { return t.xdr(&shorts, 0x80000002); },
-        [&doubles](ScriptedObject&, fxTranscriber& t) { return t.xdr(&doubles, 0x20000000); }};
-    for (const Script& s : scripts) {
-        const ReadScript script(s);
-        Reading r(objAndHead() + pointerTo(3) + bytesBody(3, 8, "abcdefgh"));
-        EXPECT_EQ(nullptr, r.root());
-        delete[] r.block(3);
+    for (const unsigned int wanted : {0u, 2u, 3u, 4u, 100000u, 0xFFFFFFFFu}) {
+        r.stream.input += hex("04 03000000 00000000");
+        char* member = nullptr;
+        EXPECT_EQ(1, r.reader.xdr(&member, wanted)) << wanted;
+        EXPECT_EQ(block, member);
     }
-}
-
-// Strings.
-
-TEST(fxBinaryReaderBlocks, stringTakesItsBlockAsItsBuffer) {
-    const ReadScript script(xdrText);
-    Reading r(textOf(4) + bytesBody(3, 4, hex("'abc' 00")));
-    ScriptedObject* root = r.root();
-    ASSERT_NE(nullptr, root);
-    EXPECT_TRUE(root->text == "abc");
-    EXPECT_EQ(root->text.c_str(), r.block(3));
-    root->text.append("def");  // in the allocator's own terms
-    EXPECT_TRUE(root->text == "abcdef");
-}
-
-TEST(fxBinaryReaderBlocks, emptyStringIsItsSizeAlone) {
-    const ReadScript script([](ScriptedObject& self, fxTranscriber& t) {
-        return static_cast<unsigned char>(self.text.xdr(t) && t.xdr(self.numbers, 1));
-    });
-    Reading r(hex("02 02000000 'Obj' 00 | 4a 08 01000000 02000000 01000000") + host(1) + host(5));
-    const ScriptedObject* root = r.root();
-    ASSERT_NE(nullptr, root);
-    EXPECT_TRUE(root->text == "");
-    EXPECT_EQ(&fxStr::emptyString, root->text.c_str());
-    EXPECT_EQ(5, root->numbers[0]);
-}
-
-TEST(fxBinaryReaderBlocks, stringsOfAnArrayAreReadInTurn) {
-    fxStr strings[4];
-    const ReadScript script(
-        [&strings](ScriptedObject&, fxTranscriber& t) { return t.xdr(strings, 4); });
-    Reading r(hex("02 02000000 'Obj' 00 | 4a 04 01000000 02000000 01000000") + host(2) +
-              hex("43 08 03000000 02000000") + host(1) + host(3) + hex("43 04 04000000 03000000") +
-              host(1) + bytesBody(4, 3, hex("'bc' 00")) + bytesBody(3, 2, hex("'a' 00")));
-    ASSERT_NE(nullptr, r.root());
-    EXPECT_TRUE(strings[0] == "a" && strings[1] == "" && strings[2] == "bc" && strings[3] == "");
-}
-
-TEST(fxBinaryReaderBlocks, stringArrayStopsAtTheFirstFailure) {
-    fxStr strings[3] = {"", "", "z"};
-    Reading r(hex("40 08") + host(1) + host(0));
-    EXPECT_EQ(0, r.reader.xdr(strings, 3));
-    EXPECT_TRUE(strings[2] == "z");
-}
-
-TEST(fxBinaryReaderBlocks, stringOfSizeZeroFailsAndIsEmpty) {
-    Reading r(hex("40 04") + host(0));
-    fxStr text;
-    EXPECT_FALSE(text.xdr(r.reader));
-    EXPECT_TRUE(text == "");
-}
-
-TEST(fxBinaryReaderBlocks, stringThatFailsIsEmpty) {
-    const std::string tails[] = {"", hex("03 0300"), hex("04 03000000 00000000")};
-    for (const std::string& tail : tails) {
-        Reading r(hex("40 04") + host(7) + tail);
-        fxStr text;
-        EXPECT_FALSE(text.xdr(r.reader)) << dump(tail);
-        EXPECT_TRUE(text == "");
-    }
-}
-
-TEST(fxBinaryReaderBlocks, stringThatWaitsCanBeDestroyed) {
-    Reading r(hex("40 04") + host(7) + pointerTo(3));
-    {
-        fxStr text;
-        EXPECT_TRUE(text.xdr(r.reader));
-    }
-    r.reader.reset();
-}
-
-TEST(fxBinaryReaderBlocks, stringEndsWhereItsSizeSaysWhateverTheBlock) {
-    const struct {
-        unsigned int size;
-        std::string block;
-        std::string text;
-    } cases[] = {
-        {4, hex("'abc' 00"), "abc"},
-        {4, "abcd", "abc"},                            // not NUL-terminated
-        {4, "abcdefgh", "abc"},                        // longer
-        {4, hex("'a' 00 'c' 00"), hex("'a' 00 'c'")},  // a NUL inside
-        {6, "abc", hex("'abc' 00 00")},                // shorter
-        {4, "", hex("00 00 00")},                      // nothing at all
-        {4097, "a", "a" + std::string(4095, '\0')},    // as short as it may be
-        {600, run(599) + '\0', run(599)},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.size << " from " << c.block.size());
-        const ReadScript script(xdrText);
-        Reading r(textOf(c.size) +
-                  bytesBody(3, static_cast<unsigned int>(c.block.size()), c.block));
-        ScriptedObject* root = r.root();
-        ASSERT_NE(nullptr, root);
-        EXPECT_EQ(c.size - 1, root->text.length());
-        EXPECT_EQ(dump(c.text), dump(std::string(root->text.c_str(), root->text.length())));
-        EXPECT_EQ('\0', root->text.c_str()[c.size - 1]);
-        root->text.append("more");
-        EXPECT_EQ(c.size + 3, root->text.length());
-    }
-}
-
-TEST(fxBinaryReaderBlocks, stringFarLongerThanItsBlockGivesNull) {
-    for (const unsigned int size : {4098u, 100000u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
-        SCOPED_TRACE(size);
-        const ReadScript script(xdrText);
-        Reading r(textOf(size) + bytesBody(3, 1, "a"));
-        EXPECT_EQ(nullptr, r.root());
-        EXPECT_EQ(nullptr, r.reader.alreadyRead(3));
-    }
-}
-
-TEST(fxBinaryReaderBlocks, blockBecomesOneStringOnly) {
-    fxStr second;
-    const ReadScript script([&second](ScriptedObject& self, fxTranscriber& t) {
-        return static_cast<unsigned char>(self.text.xdr(t) && second.xdr(t));
-    });
-    Reading r(hex("02 02000000 'Obj' 00 | 4a 04 01000000 02000000 01000000") + host(4) +
-              hex("43 04 03000000 04000000") + host(4) + pointerTo(3) +
-              bytesBody(3, 4, hex("'abc' 00")));
-    EXPECT_EQ(nullptr, r.root());
-    EXPECT_TRUE(second == "abc") << "the one that was awaited first";
-}
-
-TEST(fxBinaryReaderBlocks, takenBlockIsNoStringAgain) {
-    const ReadScript script(xdrText);
-    Reading r(textOf(4) + bytesBody(3, 4, hex("'abc' 00")) + hex("40 04") + host(4) +
-              hex("04 03000000 00000000"));
-    ScriptedObject* root = r.root();
-    ASSERT_NE(nullptr, root);
-    fxStr second;
-    EXPECT_FALSE(second.xdr(r.reader));
-    EXPECT_TRUE(second == "");
-    EXPECT_TRUE(root->text == "abc");
-}
-
-TEST(fxBinaryReaderBlocks, blockIsNotSharedBetweenAStringAndAnArray) {
-    const ReadScript script([](ScriptedObject& self, fxTranscriber& t) {
-        return static_cast<unsigned char>(t.xdr(&self.blocks[0], 4) && self.text.xdr(t));
-    });
-    Reading r(objAndHead() + hex("43 04 03000000 04000000") + host(4) + pointerTo(3) +
-              bytesBody(3, 4, hex("'abc' 00")));
-    EXPECT_EQ(nullptr, r.root());
-    ASSERT_EQ(1u, ReadScript::made().size());
-    EXPECT_EQ(nullptr, ReadScript::made()[0]->blocks[0]);
-}
-
-TEST(fxBinaryReaderBlocks, arraysBlockIsNoString) {
-    Reading r(bytesBody(3, 4, hex("'abc' 00")) + hex("40 04") + host(4) +
-              hex("04 03000000 00000000"));
-    char* block = reinterpret_cast<char*>(r.root());
-    fxStr text;
-    EXPECT_FALSE(text.xdr(r.reader));
-    EXPECT_TRUE(text == "");
+    EXPECT_EQ("abc", std::string(block, 3));
     delete[] block;
 }
