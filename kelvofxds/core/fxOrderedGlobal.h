@@ -31,3 +31,6 @@ public:
 /// The toolkit's own entry, which makes the library's singletons. A subsystem
 /// that needs them lists it in its `deps`.
 extern FX_EXPORT fxOrderedGlobal fxOG_Init;
+/// The entry of transcription, which registers the binary reader. A subsystem
+/// that reads streams while it is constructed lists it in its `deps`.
+extern FX_EXPORT fxOrderedGlobal fxOG_Transcriber;

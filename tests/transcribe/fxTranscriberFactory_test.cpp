@@ -328,25 +328,40 @@ TEST_F(fxTranscriberFactory, toolkitRegistersTheBinaryReader) {
     EXPECT_EQ(reinterpret_cast<void*>(makeBinaryReader), *factory);
 }
 
-TEST_F(fxTranscriberFactory, anOrderedGlobalThatDependsOnTheToolkitsRegistersIt) {
-    const fxVoidPtrArray& globals = fx_toolkitGlobalOrder->getGlobals();
+TEST_F(fxTranscriberFactory, orderedGlobalThatDependsOnTheToolkitsRegistersIt) {
+    ASSERT_NE(nullptr, fxOG_Transcriber.cons);
+    EXPECT_EQ(nullptr, fxOG_Transcriber.dest);
+    ASSERT_NE(nullptr, fxOG_Transcriber.deps);
+    EXPECT_EQ(&fxOG_Init, fxOG_Transcriber.deps[0]);
+    EXPECT_EQ(nullptr, fxOG_Transcriber.deps[1]);
     fxTranscriber::readers = nullptr;
-    unsigned int found = 0;
-    for (unsigned int i = 0; i < globals.length(); ++i) {
-        const auto* global = static_cast<const fxOrderedGlobal*>(globals[i]);
-        if (global == &fxOG_Init || !global->dependsOn(fxOG_Init) || !global->cons)
-            continue;
-        global->cons();
-        if (!fxTranscriber::readers)
-            continue;
-        ++found;
-        EXPECT_EQ(nullptr, global->dest);
-        EXPECT_EQ(&fxOG_Init, global->deps[0]);
-        EXPECT_EQ(nullptr, global->deps[1]);
-        EXPECT_NE(nullptr, fxTranscriber::readers->find("fxBinaryWriter"));
-        break;
-    }
-    EXPECT_EQ(1u, found);
+    fxOG_Transcriber.cons();
+    ASSERT_NE(nullptr, fxTranscriber::readers);
+    EXPECT_NE(nullptr, fxTranscriber::readers->find("fxBinaryWriter"));
+}
+
+namespace {
+// A subsystem of the host's that needs the readers, registered before main.
+bool readerWasThere = false;
+
+void constructHosts() {
+    readerWasThere =
+        fxTranscriber::readers && fxTranscriber::readers->find("fxBinaryWriter") != nullptr;
+}
+
+fxOrderedGlobal* hostsDeps[] = {&fxOG_Transcriber, nullptr};
+fxOrderedGlobal hostsGlobal(constructHosts, hostsDeps, 1);
+}  // namespace
+
+TEST_F(fxTranscriberFactory, hostsGlobalsMayDependOnIt) {
+    EXPECT_TRUE(hostsGlobal.dependsOn(fxOG_Transcriber));
+    const fxVoidPtrArray& globals = fx_toolkitGlobalOrder->getGlobals();
+    void* const entries[] = {&fxOG_Init, &fxOG_Transcriber, &hostsGlobal};
+    unsigned int next = 0;
+    for (unsigned int i = 0; i < globals.length(); ++i)
+        next += next < 3 && globals[i] == entries[next];
+    EXPECT_EQ(3u, next) << "each once, in this order";
+    EXPECT_TRUE(readerWasThere);
 }
 
 // readNullTerminatedString.
