@@ -1,11 +1,12 @@
 // fxStrXDR.cpp - writing strings to a transcriber and reading them back.
 
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 
 fxStr::fxStr(fxTypeObj&) : fxStr() {}
 
-void* fxStr::newInstance(fxTypeObj& type) { return new fxStr(type); }
+void* fxStr::newInstance(fxTypeObj& type) { return fxTryNew<fxStr>(type); }
 
 void fxStr::deleteInstance(void* string) { delete static_cast<fxStr*>(string); }
 
@@ -15,9 +16,30 @@ unsigned char fxStr::xdr(void* string, fxTranscriber& t) {
 
 fxTypeObj& fxStr::getTypeObj() const { return fxStr_type; }
 
+namespace {
+// Tells a transcriber that the pointer it gets is a string's, also when a
+// host's own transcriber throws.
+class BufferMark {
+public:
+    explicit BufferMark(fxTranscriber& t) : marked(t) { t.markStringBuffer(true); }
+    BufferMark(const BufferMark&) = delete;
+    BufferMark& operator=(const BufferMark&) = delete;
+    ~BufferMark() { marked.markStringBuffer(false); }
+
+private:
+    fxTranscriber& marked;
+};
+}  // namespace
+
 bool fxStr::xdr(fxTranscriber& t) {
-    if (!t.isReading())
-        return t.xdr(&slength, 1) && (slength == 1 || t.xdr(&data, slength));
+    if (!t.isReading()) {
+        if (!t.xdr(&slength, 1))
+            return false;
+        if (slength == 1)
+            return true;
+        const BufferMark mark(t);
+        return t.xdr(&data, slength) != 0;
+    }
 
     // Dictionaries read into fresh memory, so what stood here before is neither
     // looked at nor freed.
@@ -30,11 +52,9 @@ bool fxStr::xdr(fxTranscriber& t) {
         return true;
     // The block becomes our buffer once the reader has it, so it has to come
     // from the strings' allocator and hold `size` bytes.
+    const BufferMark mark(t);
+    if (!t.xdr(&data, size))
+        return false;
     slength = size;
-    t.stringBuffer = true;
-    const bool read = t.xdr(&data, size) != 0;
-    t.stringBuffer = false;
-    if (!read)
-        slength = 1;
-    return read;
+    return true;
 }

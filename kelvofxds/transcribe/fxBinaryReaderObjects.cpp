@@ -206,9 +206,10 @@ unsigned char fxBinaryReader::readObjectBody(void** instance) {
 unsigned char fxBinaryReader::readPrimPointer(void* field, unsigned int length) {
     fxBinaryReaderItem item;
     item.field = static_cast<void**>(field);
-    item.target = stringBuffer ? fxBinaryReaderItem::stringTarget : fxBinaryReaderItem::blockTarget;
+    item.target =
+        isStringBuffer() ? fxBinaryReaderItem::stringTarget : fxBinaryReaderItem::blockTarget;
     item.wantedSize = length;
-    stringBuffer = 0;
+    markStringBuffer(false);
     if (!fill())
         return 0;
     item.number = arg1;

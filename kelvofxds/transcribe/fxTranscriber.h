@@ -59,14 +59,23 @@ public:
     virtual unsigned char xdr(unsigned char** text) = 0;
 
     /// A pointer member to an object. `field` is the member's address, and
-    /// `object` what it points to, from which the writer takes the type; the
-    /// rest is for readers. While reading, the member is set as for blocks.
+    /// `object` what it points to, from which a writer takes the type. While
+    /// reading, the member is set as for blocks.
+    ///
+    /// The rest is for readers that need more than their stream says, such as
+    /// one of the host's whose streams have no types: `type` is what the member
+    /// is declared to point to, `hint` an object that helps to find or make the
+    /// target, usually the one that has the member, and `extra` whatever class
+    /// and reader have agreed upon. The library's own transcribers look at none
+    /// of the three; null will do for the last two.
     virtual unsigned char xdr(void* field, fxXDRObj* object, fxTypeObj& type, fxXDRObj* hint,
                               void* extra) = 0;
 
     /// An object of type `type` embedded in another at `address`, or a base
-    /// class's part of it. Nothing is transcribed when `previous` equals
-    /// `address`.
+    /// class's part of it. `previous` is the address of what the caller has
+    /// transcribed already and need not see again: where that is `address`
+    /// itself, as for a base whose part is empty, nothing is transcribed. A
+    /// part that is to be transcribed has null here.
     virtual unsigned char xdr(fxTypeObj& type, void* previous, void* address) = 0;
 
     /// Reads an object and all that it leads to; null on failure.
@@ -78,6 +87,17 @@ public:
 
     /// The class's name, written into the stream by getWriter.
     virtual const char* className() const = 0;
+
+    /// Says whether the pointer that is handed over next, by xdr(char**, n), is
+    /// a string's to its own buffer; fxStr says so, reading and writing. What a
+    /// reader stores there has to come from malloc, with n bytes, and is that
+    /// string's alone, whereas other blocks come from new[]. A transcriber that
+    /// forwards to another one passes it on before each such call:
+    /// inner.markStringBuffer(isStringBuffer()).
+    void markStringBuffer(bool isOne) { stringBuffer = isOne; }
+    /// Whether the pointer that is being handed over is a string's to its own
+    /// buffer. Ask inside xdr(char**, n).
+    bool isStringBuffer() const { return stringBuffer != 0; }
 
     /// int is transcribed as long, which has the same size.
     virtual unsigned char xdr(int* elements, unsigned int n);
@@ -131,9 +151,6 @@ protected:
     unsigned char reading;  // 1 while reading
 
 private:
-    friend class fxBinaryReader;
-    friend class fxStr;
-
     unsigned char stringBuffer;  // 1 while a string hands over its own buffer pointer
 
 protected:
