@@ -1,6 +1,7 @@
 // testDictionary.h - a dictionary that tells what was done to keys and values.
 #pragma once
 
+#include <cstring>
 #include <string>
 
 #include "kelvofxds/containers/fxDictionary.h"
@@ -151,4 +152,27 @@ private:
     }
 
     mutable std::string trace;
+};
+
+/// Keys are plain bytes of any number, hashed by the default body; values are
+/// ints.
+class ByteKeyDictionary : public fxDictionary {
+public:
+    explicit ByteKeyDictionary(unsigned int keyBytes) : fxDictionary(keyBytes, sizeof(int), 0) {}
+    ~ByteKeyDictionary() override { cleanup(); }
+    const char* className() const override { return "ByteKeyDictionary"; }
+    unsigned int hashKey(const void* key) const override { return fxDictionary::hashKey(key); }
+    int compareKeys(const void* a, const void* b) const override {
+        return std::memcmp(a, b, keySize);
+    }
+    void copyKey(const void* from, void* to) const override { std::memcpy(to, from, keySize); }
+    void copyValue(const void* from, void* to) const override {
+        std::memcpy(to, from, sizeof(int));
+    }
+    void createValue(void* value) const override { std::memset(value, 0, sizeof(int)); }
+    unsigned char xdrKey(fxTranscriber&, void*) override { return 0; }
+    unsigned char xdrValue(fxTranscriber&, void*) override { return 0; }
+    using fxDictionary::operator=;
+
+    void add(const void* key, int value) { addInternal(key, &value); }
 };

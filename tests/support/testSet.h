@@ -123,3 +123,14 @@ private:
 
     mutable std::string trace;
 };
+
+/// Plain records of any size: all that a set of them has to bring.
+class RecordSet : public fxSet {
+public:
+    explicit RecordSet(unsigned int keyBytes, unsigned int numBuckets = 0)
+        : fxSet(keyBytes, numBuckets) {}
+    ~RecordSet() override { cleanup(); }
+    unsigned char xdrKey(fxTranscriber& t, void* key) override {
+        return t.xdr(static_cast<char*>(key), keySize);
+    }
+};
