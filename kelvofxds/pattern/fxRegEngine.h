@@ -4,7 +4,8 @@
 #include "kelvofxds/core/fxExport.h"
 
 /// A compiled regular expression: one block from malloc, which the owner
-/// releases with free. docs/patterns.md describes the language and the program.
+/// releases with free. It is not to be kept anywhere else: malloc is asked where
+/// the block ends. docs/patterns.md describes the language and the program.
 ///
 /// fxRegEx wraps it in a class; these functions are for hosts that want the
 /// groups of a match or substitution.
@@ -53,7 +54,8 @@ FX_EXPORT fxregexp* fxregcomp(const char* pattern);
 /// startp and endp, which point into it. Of the matches at one place it is the
 /// one found first, taking alternatives in order and repetitions as often as
 /// possible. Otherwise returns 0 with all of startp and endp null. Returns 0 too
-/// if an argument is null or the program is damaged.
+/// if an argument is null or the program is damaged: that is looked for first, in
+/// O(program size).
 /// Deliberate: a search that gives up before its first try, because `must` or
 /// `startchar` is nowhere in the subject or something is wrong with the
 /// arguments, leaves startp and endp as they were.

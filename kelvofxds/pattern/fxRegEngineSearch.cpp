@@ -20,7 +20,8 @@ void clearRegisters(fxregexp& prog) {
 // Tries every occurrence of the byte with which all matches begin, from `at` on.
 // It is that of the literal run that they begin with.
 bool matchFromStartChar(fxRegMatcher& matcher, const fxregexp& prog, const char* at) {
-    const char* node = fxRegOperand(prog.program + 1);
+    const char* branch = prog.program + 1;
+    const char* node = fxRegIsBranch(branch) ? fxRegOperand(branch) : branch;
     const char* run = fxRegOp(node) == OP_EXACT ? fxRegOperand(node) : "";
     const bool isRun = *run == prog.startchar && run[1] != '\0';
     for (;; ++at) {
@@ -61,7 +62,7 @@ int fxregexec(fxregexp* prog, const char* subject) {
         fxregerror("NULL parameter");
         return 0;
     }
-    if (!fxRegIsMagic(*prog)) {
+    if (!fxRegIsMagic(*prog) || !fxRegIsSound(*prog)) {
         fxregerror("corrupted program");
         return 0;
     }

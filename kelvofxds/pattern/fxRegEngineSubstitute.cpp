@@ -23,7 +23,7 @@ void fxregsub(const fxregexp* prog, const char* source, char* dest) {
         }
         const char* start = prog->startp[group];
         const char* end = prog->endp[group];
-        if (!start || !end)
+        if (!start || !end || end < start)
             continue;
         const std::size_t length = static_cast<std::size_t>(end - start);
         std::strncpy(dest, start, length);

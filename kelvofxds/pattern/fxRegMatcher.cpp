@@ -7,14 +7,10 @@
 namespace {
 bool isWordByte(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
 
-bool isOpen(unsigned char op) { return op > OP_OPEN && op < OP_OPEN + fxregexp::groupCount; }
-
-bool isClose(unsigned char op) { return op > OP_CLOSE && op < OP_CLOSE + fxregexp::groupCount; }
-
 // The literal byte that has to come next for the chain from `node` on to match;
 // NUL if it is not as simple as that.
 char lookaheadOf(const char* node) {
-    while (node && (isOpen(fxRegOp(node)) || isClose(fxRegOp(node))))
+    while (node && (fxRegIsOpen(fxRegOp(node)) || fxRegIsClose(fxRegOp(node))))
         node = regnext(node);
     return node && fxRegOp(node) == OP_EXACT ? *fxRegOperand(node) : '\0';
 }
@@ -25,7 +21,7 @@ const char* leadingRepetition(const char* program) {
     for (;;) {
         if (fxRegOp(node) == OP_BRANCH && !fxRegIsBranch(regnext(node)))
             node = fxRegOperand(node);
-        else if (isOpen(fxRegOp(node)) && regnext(node))
+        else if (fxRegIsOpen(fxRegOp(node)) && regnext(node))
             node = regnext(node);
         else
             return fxRegOp(node) == OP_STAR || fxRegOp(node) == OP_PLUS ? node : nullptr;
@@ -86,7 +82,7 @@ void fxRegMatcher::setRegisters() {
         if (frame.kind != Frame::mark)
             continue;
         const unsigned char op = fxRegOp(program + frame.node);
-        char*& place = isOpen(op) ? prog.startp[op - OP_OPEN] : prog.endp[op - OP_CLOSE];
+        char*& place = fxRegIsOpen(op) ? prog.startp[op - OP_OPEN] : prog.endp[op - OP_CLOSE];
         if (!place)
             place = const_cast<char*>(frame.position);
     }
@@ -136,6 +132,8 @@ bool fxRegMatcher::passes(const char* node) {
         case OP_EXACT: {
             const char* run = fxRegOperand(node);
             const char* at = reginput;
+            if (*run != *at)
+                return false;
             for (; *run == *at && *run != '\0'; ++run)
                 ++at;
             reginput = at;
@@ -150,11 +148,11 @@ bool fxRegMatcher::passes(const char* node) {
         case OP_BACK:
             return true;
         default:
-            if (!isOpen(op) && !isClose(op)) {
+            if (!fxRegIsOpen(op) && !fxRegIsClose(op)) {
                 fxregerror("memory corruption");
                 return false;
             }
-            if (isClose(op) && isKnown(node))
+            if (fxRegIsClose(op) && isKnown(node))
                 return false;
             note(node);
             return true;
@@ -194,7 +192,7 @@ bool fxRegMatcher::canBegin(const char* node, char c) {
                 node = regnext(node);
                 break;
             default:
-                if (!isOpen(fxRegOp(node)))
+                if (!fxRegIsOpen(fxRegOp(node)))
                     return true;
                 node = regnext(node);
         }
@@ -286,7 +284,7 @@ const char* fxRegMatcher::regrepeat(const char* simple) {
         case OP_ANY:
             return at + std::strlen(at);
         case OP_EXACT:
-            while (*at == *fxRegOperand(simple))
+            while (*at == *fxRegOperand(simple) && *at != '\0')
                 ++at;
             return at;
         case OP_ANYOF:
@@ -322,7 +320,7 @@ bool fxRegMatcher::matchesOne(const char* node, const char* at) {
         case OP_ANY:
             return *at != '\0';
         case OP_EXACT:
-            return *at == *fxRegOperand(node);
+            return *at == *fxRegOperand(node) && *at != '\0';
         case OP_ANYOF:
         case OP_ANYBUT:
             if (const fxRegByteSet* set = setOf(node))
@@ -461,7 +459,7 @@ bool fxRegMatcher::addFirst(const char* node, unsigned int& patience) {
                 break;
             default:
                 // The end, or damage, whose link may lead anywhere.
-                if (!isOpen(fxRegOp(node)) && !isClose(fxRegOp(node)))
+                if (!fxRegIsOpen(fxRegOp(node)) && !fxRegIsClose(fxRegOp(node)))
                     return false;
                 node = regnext(node);
         }

@@ -1,5 +1,6 @@
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -111,6 +112,14 @@ TEST(fxRegEngineSubstitute, nothingIsWrittenBehindTheTerminator) {
     ASSERT_EQ(1, fxregexec(program.get(), "abbc"));
     fxregsub(program.get(), "<&>", dest);
     EXPECT_EQ(std::string("<bb>\0###########", 16), std::string(dest, 16));
+}
+
+// As a damaged program can set it.
+TEST_F(fxRegEngineSubstituteDamage, aGroupThatEndsBeforeItStartsIsEmpty) {
+    std::swap(program->startp[1], program->endp[1]);
+    fxregsub(program.get(), "<\\1>", dest);
+    EXPECT_STREQ("<>", dest);
+    EXPECT_EQ(Messages(), takeRegErrors());
 }
 
 TEST_F(fxRegEngineSubstituteDamage, nullArgumentsAreErrors) {
