@@ -2,6 +2,7 @@
 
 #include <sys/resource.h>
 
+#include <climits>
 #include <csignal>
 #include <cstddef>
 #include <cstdio>
@@ -233,6 +234,17 @@ TEST(NameSpaceDeathTest, creatingInTheWrongModeAbortsWithoutAMessage) {
         EXPECT_EXIT(explicitly.makeAtom("a", 1, 1), testing::KilledBySignal(SIGABRT), "^$");
         EXPECT_EXIT(explicitly.makeAtom("known", 1), testing::KilledBySignal(SIGABRT), "^$");
         EXPECT_EXIT(explicitly.makeAtom("known", 5, 1), testing::KilledBySignal(SIGABRT), "^$");
+    }
+}
+
+TEST(NameSpaceDeathTest, anyCreateThatIsNotZeroAbortsInTheWrongMode) {
+    for (int any : {2, 256, -1, INT_MAX, INT_MIN}) {
+        SCOPED_TRACE(any);
+        Names automatic, explicitly(callerNumbers);
+        EXPECT_EXIT(automatic.makeAtom(5, "a", 1, any), testing::KilledBySignal(SIGABRT), "^$");
+        EXPECT_EXIT(explicitly.makeAtom("a", any), testing::KilledBySignal(SIGABRT), "^$");
+        EXPECT_EXIT(explicitly.makeAtom("a", 1, any), testing::KilledBySignal(SIGABRT), "^$");
+        EXPECT_EXIT(explicitly.internAtom(0, "a", 1, any), testing::KilledBySignal(SIGABRT), "^$");
     }
 }
 

@@ -128,6 +128,23 @@ TEST(fxIndexableList, deliberateAppendListAtTheLastPositionLeavesTheTail) {
     EXPECT_EQ(numbers.link(1), numbers->findLink(3));
 }
 
+TEST(fxIndexableList, deliberateAppendListBehindATailThatStayedCutsOffWhatWasSplicedIn) {
+    for (long i : {5L, 6L, LONG_MAX}) {
+        SCOPED_TRACE(i);
+        Numbers numbers(3), others(2, 50), more(2, 60);
+        numbers->appendListAt(2, &others.list);
+        if (i == 5)
+            numbers->appendList(&more.list);
+        else
+            numbers->appendListAt(i, &more.list);
+        EXPECT_EQ((Ints{0, 1, 2, 60, 61}), numbersFrom(numbers->first()));
+        EXPECT_EQ(more.link(1), numbers->last());
+        EXPECT_EQ(7, numbers->length());
+        EXPECT_EQ(numbers.link(2), others.link(0)->prev);
+        EXPECT_EQ(others.link(1), others.link(0)->next);
+    }
+}
+
 TEST(fxIndexableList, aWalkThatLeavesTheListEndsInNull) {
     Numbers numbers(2), others(8, 50);
     numbers->appendListAt(1, &others.list);    // the tail stays at position 1 of 10

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -141,6 +142,41 @@ TEST(fxRegEngineCost, whatIsFoundAfterManyFailuresIsTheSame) {
               found("(x+x*)+[y]", xs + "-xy"));
     EXPECT_EQ("0:" + span(n + 1, n + 5) + " 1:" + span(n + 3, n + 4) + " 2:" + span(n + 2, n + 3),
               found("((x)|z)*[y]", xs + "-xxzy"));
+}
+
+namespace {
+// How often the search gets to the node behind many ways to one node, which has
+// the operation given: the node behind it is unknown, and each time a message.
+std::size_t arrivalsBehind(int op, unsigned int ways, unsigned int length) {
+    std::string pattern = "(a";
+    for (unsigned int i = 1; i < ways; ++i)
+        pattern += "|a";
+    const Compiled program = compiled(pattern + ")z");
+    char* const text = static_cast<char*>(std::memchr(program->program, 'z', 1000));
+    char* const behind = text - 3;
+    char* const node = behind - 3;
+    EXPECT_EQ(OP_EXACT, *behind);
+    EXPECT_EQ(OP_CLOSE + 1, *node);
+    *behind = 50;
+    *node = static_cast<char>(op);
+    takeRegErrors();
+    EXPECT_EQ(0, fxregexec(program.get(), std::string(length, 'a').c_str()));
+    const Messages messages = takeRegErrors();
+    EXPECT_EQ(Messages(messages.size(), "memory corruption"), messages);
+    return messages.size();
+}
+}  // namespace
+
+// Once a search remembers, which of these does within its first third, it passes
+// the end of a group, or an empty node, once at each position, on whichever way.
+TEST(fxRegEngineCost, waysThatMeetGoOnTogether) {
+    for (const int op : {OP_CLOSE + 1, static_cast<int>(OP_NOTHING)}) {
+        for (const unsigned int length : {1000U, 4000U}) {
+            SCOPED_TRACE(testing::Message() << op << ", " << length << " bytes");
+            const unsigned int ways = 16;
+            EXPECT_LT(arrivalsBehind(op, ways, length), length * ways / 3 + length);
+        }
+    }
 }
 
 TEST(fxRegEngineCost, cheapMatchesAllocateNothing) {
