@@ -23,13 +23,53 @@ void putFirst(HashEntry*& chain, HashEntry* entry) {
         chain->prev = entry;
     chain = entry;
 }
+
+// A mapcar under way. The innermost one knows the others, so that removing an
+// entry takes it from the way of all of them.
+class Walk {
+public:
+    explicit Walk(const HashTable* t) : table(t), next(nullptr), outer(innermost) {
+        innermost = this;
+    }
+    Walk(const Walk&) = delete;
+    Walk& operator=(const Walk&) = delete;
+    ~Walk() { innermost = outer; }
+
+    static void leave(const HashEntry* entry) {
+        for (Walk* walk = innermost; walk; walk = walk->outer) {
+            if (walk->next == entry)
+                walk->next = entry->next;
+        }
+    }
+    static void leave(const HashTable* table) {
+        for (Walk* walk = innermost; walk; walk = walk->outer) {
+            if (walk->table == table)
+                walk->table = nullptr;
+        }
+    }
+
+    const HashTable* table;  // null once it is destroyed
+    HashEntry* next;         // the entry to go on with, or null
+
+private:
+    static Walk* innermost;
+    Walk* outer;
+};
+
+Walk* Walk::innermost = nullptr;
 }  // namespace
 
 HashTable::HashTable()
     : buckets(newBuckets(firstSize)), count(0), size(firstSize), sizeLog2(firstSizeLog2) {}
 
 HashTable::~HashTable() {
-    mapcar([](HashEntry* entry) { delete entry; });
+    Walk::leave(this);
+    for (int i = 0; i < size; ++i) {
+        while (HashEntry* entry = buckets[i]) {
+            buckets[i] = entry->next;
+            delete entry;
+        }
+    }
     std::free(buckets);
 }
 
@@ -64,6 +104,7 @@ void HashTable::remove(unsigned long key) {
         chain = entry->next;
     if (entry->next)
         entry->next->prev = entry->prev;
+    Walk::leave(entry);
     delete entry;
 }
 
@@ -79,12 +120,13 @@ HashEntry* HashTable::searchBucketFor(HashEntry* chain, unsigned long key) {
 }
 
 void HashTable::mapcar(void (*fn)(HashEntry*)) {
-    for (int i = 0; i < size; ++i) {
-        HashEntry* entry = buckets[i];
-        while (entry) {
-            HashEntry* next = entry->next;
+    Walk walk(this);
+    for (int i = 0; walk.table && i < size; ++i) {
+        walk.next = buckets[i];
+        while (walk.table && walk.next) {
+            HashEntry* entry = walk.next;
+            walk.next = entry->next;
             fn(entry);
-            entry = next;
         }
     }
 }

@@ -54,9 +54,12 @@ public:
     void* lookup(unsigned long key);
     /// The first entry of `chain` and behind it that has `key`, or null.
     HashEntry* searchBucketFor(HashEntry* chain, unsigned long key);
-    /// Calls `fn` for every entry, bucket by bucket, each from its head.
-    /// Requires: `fn` is not null, and changes nothing in the table but values;
-    /// it may remove the entry it is called for.
+    /// Calls `fn` for every entry, bucket by bucket, each from its head. `fn` may
+    /// remove entries, which are then not visited any more, and destroy the
+    /// table, which ends the walk. It may add entries too, but those may be
+    /// visited or not, and where they double the table others may be visited
+    /// twice or not at all.
+    /// Requires: `fn` is not null.
     void mapcar(void (*fn)(HashEntry*));
 
     /// The bucket of `key`, 0 to the number of buckets less 1.
