@@ -3,7 +3,6 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -11,6 +10,7 @@
 #include <emmintrin.h>
 #endif
 
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 
 namespace {
@@ -143,7 +143,7 @@ void fxSLinearPattern::constructor(const char* s, unsigned int n) {
     // Called as a function, since a new expression checks the size by throwing.
     pattern = static_cast<char*>(::operator new[](n, std::nothrow));
     if (!pattern)
-        std::abort();
+        fxOutOfMemory();
     patternLength = n;
     if (n != 0)
         std::memcpy(pattern, s, n);

@@ -15,7 +15,7 @@ class fxStr;
 class FX_EXPORT fxSLinearPattern : public fxTextPattern {
 public:
     /// A copy of the `n` bytes at `s`; 0 means strlen(s). A null `s` is an empty
-    /// pattern. Running out of memory ends the process.
+    /// pattern. Running out of memory is fatal: "out of memory".
     explicit fxSLinearPattern(const char* s, unsigned int n = 0);
     /// The whole string, NULs included.
     explicit fxSLinearPattern(const fxStr& s);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -429,4 +430,13 @@ TEST(fxSLinearPattern, onlyTheFirstIntMaxBytesAreSearched) {
     EXPECT_EQ(INT_MAX - 2, pattern.findBuffer(text, length));
     EXPECT_EQ(INT_MAX, pattern.findEndBuffer(text, length));
     ::munmap(text, beyond);
+}
+
+// No block is that large. A sanitizer's allocator says something of its own, too.
+TEST(fxSLinearPatternDeathTest, runningOutOfMemoryIsFatal) {
+    for (const unsigned int n : {0x80000000U, 0xFFFFFFF0U, 0xFFFFFFFFU}) {
+        SCOPED_TRACE(n);
+        EXPECT_EXIT(fxSLinearPattern("abc", n), testing::KilledBySignal(SIGABRT),
+                    "out of memory\n$");
+    }
 }
