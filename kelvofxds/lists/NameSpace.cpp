@@ -36,8 +36,19 @@ NameSpace::NameSpace(int (*init)(NameSpace*), int mode)
       table(emptySlots(firstTableSize)),
       numberingMode(0),
       firstDynamicAtom(0) {
+    // What the callback throws passes through and leaves nothing behind.
+    struct Undo {
+        ~Undo() {
+            if (names) {
+                names->freeAllAtoms();
+                std::free(names->table);
+            }
+        }
+        NameSpace* names;
+    } undo = {this};
     if (init && init(this) != 0)
         std::exit(-1);
+    undo.names = nullptr;
     numberingMode = mode;
     firstDynamicAtom = lastAtom + 1;
 }
@@ -48,7 +59,7 @@ NameSpace::~NameSpace() {
 }
 
 unsigned long NameSpace::makeAtom(const char* name, int create) {
-    return makeAtom(name, static_cast<unsigned int>(std::strlen(name)), create);
+    return makeAtom(name, name ? static_cast<unsigned int>(std::strlen(name)) : 0, create);
 }
 
 unsigned long NameSpace::makeAtom(const char* name, unsigned int length, int create) {
@@ -83,6 +94,12 @@ NameSpace_Node** NameSpace::search(std::uint32_t hash, const char* name, unsigne
 
 unsigned long NameSpace::internAtom(unsigned long atom, const char* name, unsigned int length,
                                     int create) {
+    if (!name) {
+        name = "";
+        length = 0;
+    }
+    if (length == UINT_MAX)
+        atomError();  // with its NUL it would have no size
     const std::uint32_t hash = hashOf(name, length);
     NameSpace_Node** place = search(hash, name, length);
     if (*place)

@@ -35,13 +35,14 @@ struct NameSpace_Node {
 /// NUL, whatever length it was made with. A predefined name that goes on behind
 /// its length, and a name with a NUL in it, is never found again: asking for it
 /// gives noAtom, creating it creates another atom.
-/// Misuse and running out of memory call abort(), without a message.
+/// A null name is the empty one. Misuse and running out of memory call abort(),
+/// without a message.
 class FX_EXPORT NameSpace {
 public:
     /// Calls `init`, unless it is null, with the new name space, to create the
     /// predefined names: in mode 0, and with the given text itself stored. If it
-    /// returns anything but 0, the process ends with exit(-1). Then the name
-    /// space numbers as `mode` says.
+    /// returns anything but 0, the process ends with exit(-1); what it throws
+    /// passes through. Then the name space numbers as `mode` says.
     /// Requires: predefined names outlive the name space.
     NameSpace(int (*init)(NameSpace*), int mode);
     NameSpace(const NameSpace&) = delete;

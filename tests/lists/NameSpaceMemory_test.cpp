@@ -259,6 +259,13 @@ TEST(NameSpaceDeathTest, creatingTheAtomZeroAborts) {
     EXPECT_EXIT(NameSpace(createsAtomZero, 0), testing::KilledBySignal(SIGABRT), "^$");
 }
 
+// A copy would be one byte longer.
+TEST(NameSpaceDeathTest, aNameOfTheGreatestLengthAborts) {
+    Names names;
+    EXPECT_EXIT(names.makeAtom("a", UINT_MAX, 1), testing::KilledBySignal(SIGABRT), "^$");
+    EXPECT_EXIT(names.internAtom(1, "a", UINT_MAX, 1), testing::KilledBySignal(SIGABRT), "^$");
+}
+
 TEST(NameSpaceDeathTest, atomErrorAborts) {
     Names names;
     EXPECT_EXIT(names.atomError(), testing::KilledBySignal(SIGABRT), "^$");

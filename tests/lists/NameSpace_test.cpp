@@ -172,6 +172,16 @@ TEST(NameSpace, askingIsAllowedInBothModes) {
     EXPECT_EQ(0U, explicitly.makeAtom("b", 1, 0));
 }
 
+TEST(NameSpace, aNullNameIsTheEmptyOne) {
+    Names names;
+    EXPECT_EQ(0U, names.makeAtom(nullptr, 0));
+    EXPECT_EQ(1U, names.makeAtom(nullptr, 1));
+    EXPECT_EQ(1U, names.makeAtom("", 0));
+    EXPECT_EQ(1U, names.makeAtom(nullptr, 5U, 0));
+    EXPECT_EQ(1U, names.internAtom(7, nullptr, 0, 1));
+    EXPECT_STREQ("", names.nameForAtom(1));
+}
+
 TEST(NameSpace, internAtomCreatesInAnyMode) {
     for (int mode : {numbersItself, callerNumbers}) {
         Names names(mode);

@@ -129,3 +129,18 @@ TEST_F(listsMemory, aNameSpaceHasItsTableANodeForEachAtomAndTheCopiesOfNames) {
     }
     EXPECT_EQ(0, blocks());
 }
+
+TEST_F(listsMemory, aNameSpaceWhoseCallbackThrowsHasNothingLeft) {
+    const NewBlocks blocks;
+    const auto throwing = [](NameSpace* names) -> int {
+        names->makeAtom(text, 1);
+        names->internAtom(1000, "far", 3, 1);
+        throw 1;
+    };
+    try {
+        NameSpace names(throwing, 0);
+        ADD_FAILURE() << "it did not throw";
+    } catch (int) {
+    }
+    EXPECT_EQ(0, blocks());
+}
