@@ -4,8 +4,10 @@
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxOrderedGlobal.h"
 #include "kelvofxds/str/fxStackBuffer.h"
+#include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxBinaryWriter.h"
 #include "kelvofxds/transcribe/fxStream.h"
@@ -17,19 +19,16 @@ fxVoidPtrDict* fxTranscriber::readers = nullptr;
 fxTranscriber* (*fxTranscriber::makeWriter)(fxStream*) = fxTranscriber::makeDefaultWriter;
 
 namespace {
-const char floatFormat[] = "ieee";
-const short hostShortMark = 0x1122;
-const long hostLongMark = 0x33445566;
-
 unsigned char writeHeader(fxStream* stream, const char* name) {
     return stream->putBytes(name, static_cast<unsigned int>(std::strlen(name)) + 1) &&
-           stream->putBytes(floatFormat, sizeof floatFormat) &&
-           stream->putShorts(&hostShortMark, 1) && stream->putLongs(&hostLongMark, 1);
+           stream->putBytes(fxBinaryFormat::floatFormat, sizeof fxBinaryFormat::floatFormat) &&
+           stream->putShorts(&fxBinaryFormat::shortMark, 1) &&
+           stream->putLongs(&fxBinaryFormat::longMark, 1);
 }
 }  // namespace
 
 fxTranscriber* fxTranscriber::makeDefaultWriter(fxStream* stream) {
-    return new fxBinaryWriter(stream);
+    return fxNew<fxBinaryWriter>(stream);
 }
 
 void fxTranscriber::changeDefaultWriter(fxTranscriber* (*factory)(fxStream*)) {
@@ -42,7 +41,7 @@ void fxTranscriber::resetToDefaultWriter() { makeWriter = makeDefaultWriter; }
 void fxTranscriber::addTranscriber(const char* name,
                                    fxTranscriber* (*factory)(fxStream*, short, long, const char*)) {
     if (!readers)
-        readers = new fxVoidPtrDict(0);
+        readers = fxNew<fxVoidPtrDict>(0);
     readers->add(name, reinterpret_cast<void*>(factory));
 }
 
@@ -76,12 +75,12 @@ fxTranscriber* fxTranscriber::getReader(fxStream* stream) {
 
 fxTranscriber* makeBinaryReader(fxStream* stream, short shortMark, long longMark,
                                 const char* format) {
-    return new fxBinaryReader(stream, shortMark, longMark, format);
+    return fxTryNew<fxBinaryReader>(stream, shortMark, longMark, format);
 }
 
 // Start-up.
 
-static void cons() { fxTranscriber::addTranscriber("fxBinaryWriter", makeBinaryReader); }
+static void cons() { fxTranscriber::addTranscriber(fxBinaryFormat::writerName, makeBinaryReader); }
 
 static fxOrderedGlobal* deps[] = {&fxOG_Init, nullptr};
 

@@ -1,0 +1,149 @@
+// fxBinaryFormatInternal.h - the binary stream format: every fact about its bytes.
+#pragma once
+
+#include <cstdint>
+
+#include "kelvofxds/transcribe/fxBinaryTranscriber.h"
+
+// What writes, reads or shows streams takes from here what stands where.
+// docs/stream-format.md tells it to strangers; a test holds it to this table.
+namespace fxBinaryFormat {
+
+// The header: two texts with their NULs, then two marks in the writer's order.
+
+constexpr char writerName[] = "fxBinaryWriter";
+constexpr char floatFormat[] = "ieee";
+constexpr short shortMark = 0x1122;
+constexpr long longMark = 0x33445566;
+
+/// Where the bytes 0 1 2 3 of a writer's numbers lie, seen from here.
+enum class Order : unsigned char {
+    same,
+    bytesSwapped,   ///< 1 0 3 2
+    halvesSwapped,  ///< 2 3 0 1
+    reversed,       ///< 3 2 1 0
+    unknown
+};
+
+/// What a mark is read as, and the order that this shows.
+struct Mark {
+    std::uint32_t readAs;
+    Order order;
+};
+
+constexpr Mark shortMarks[] = {{shortMark, Order::same}, {0x2211, Order::bytesSwapped}};
+
+constexpr Mark longMarks[] = {{longMark, Order::same},
+                              {0x44336655, Order::bytesSwapped},
+                              {0x55663344, Order::halvesSwapped},
+                              {0x66554433, Order::reversed}};
+
+template <unsigned int N>
+constexpr Order orderOf(std::uint32_t mark, const Mark (&marks)[N]) {
+    for (const Mark& known : marks) {
+        if (known.readAs == mark)
+            return known.order;
+    }
+    return Order::unknown;
+}
+
+// Records: a head byte, the length of the payload, words, for some a text, and
+// the payload. All but the payload is little-endian on every host.
+
+constexpr unsigned int tagBits = 6;  // of the head byte; the others are the length class
+constexpr unsigned int wordBytes = 4;
+constexpr unsigned int mostWords = 3;
+constexpr unsigned char lengthBytes[] = {0, 1, 2, 4};  // size of the length, by its class
+
+/// What a word is. The values are the places of the transcribers' arguments:
+/// arg1 is the number, and so on.
+enum class Word : unsigned char { ignored, number, typeNumber, version, size };
+
+/// A kind of record.
+struct Record {
+    fxBinaryOTTag tag;
+    const char* name;
+    Word words[mostWords];
+    unsigned char wordsWritten;
+    unsigned char wordsRead;  ///< Deliberate: not what is written, for five of them.
+    bool hasText;             ///< Behind the words, with its NUL.
+};
+
+/// All kinds, by tag. Each side takes the column that is its own.
+constexpr Record records[] = {
+    {fxOT_Data, "data", {}, 0, 0, false},
+    {fxOT_Null, "null pointer", {}, 0, 0, false},
+    {fxOT_Type, "type", {Word::typeNumber}, 1, 1, true},
+    {fxOT_Block, "pointer to a block", {Word::number, Word::size}, 2, 2, false},
+    {fxOT_OldBlock, "pointer to a known block", {Word::number}, 1, 2, false},
+    {fxOT_Bytes, "block of bytes", {Word::number, Word::size}, 2, 2, false},
+    {fxOT_Shorts, "block of shorts", {Word::number, Word::size}, 2, 2, false},
+    {fxOT_Longs, "block of longs", {Word::number, Word::size}, 2, 2, false},
+    {fxOT_Floats, "block of floats", {Word::number, Word::size}, 2, 2, false},
+    {fxOT_Doubles, "block of doubles", {Word::number, Word::size}, 2, 2, false},
+    {fxOT_Object, "object", {Word::number, Word::typeNumber, Word::version}, 3, 3, false},
+    {fxOT_ObjectPointer, "pointer to an object", {Word::number}, 1, 2, false},
+    {fxOT_OldObject, "pointer to a known object", {Word::number}, 1, 2, false},
+    {fxOT_Embedded, "embedded object", {Word::number}, 1, 2, false},
+    {fxOT_OldEmbedded, "known embedded object", {Word::number}, 1, 2, false},
+};
+constexpr unsigned int recordCount = sizeof records / sizeof records[0];
+
+constexpr bool recordsAreByTag() {
+    for (unsigned int i = 0; i < recordCount; ++i) {
+        if (records[i].tag != i)
+            return false;
+    }
+    return true;
+}
+static_assert(recordsAreByTag(), "a tag is the place of its record");
+
+/// The kind with that tag; null if there is none.
+inline const Record* recordOf(unsigned int tag) {
+    return tag < recordCount ? records + tag : nullptr;
+}
+
+constexpr unsigned int tagOf(unsigned char head) { return head & ((1U << tagBits) - 1); }
+constexpr unsigned int lengthClassOf(unsigned char head) { return head >> tagBits; }
+
+/// The class with the shortest length that can say `payload` bytes.
+constexpr unsigned int shortestClassFor(std::uint32_t payload) {
+    return payload == 0 ? 0 : payload <= 0xFF ? 1 : payload <= 0xFFFF ? 2 : 3;
+}
+
+/// Puts the `n` low bytes of `value` at `at`; returns where the next one goes.
+inline char* putLittle(char* at, std::uint32_t value, unsigned int n) {
+    for (unsigned int i = 0; i < n; ++i)
+        at[i] = static_cast<char>(value >> 8 * i);
+    return at + n;
+}
+
+/// The value of the `n` bytes at `at`, at most four.
+inline std::uint32_t getLittle(const char* at, unsigned int n) {
+    std::uint32_t value = 0;
+    for (unsigned int i = 0; i < n; ++i)
+        value |= static_cast<std::uint32_t>(static_cast<unsigned char>(at[i])) << 8 * i;
+    return value;
+}
+
+/// The bytes of a record up to its words, being put together.
+class Head {
+public:
+    Head(unsigned int tag, std::uint32_t payload) {
+        const unsigned int lengthClass = shortestClassFor(payload);
+        bytes[0] = static_cast<char>(tag | lengthClass << tagBits);
+        end = putLittle(bytes + 1, payload, lengthBytes[lengthClass]);
+    }
+
+    /// At most mostWords of them.
+    void addWord(std::uint32_t value) { end = putLittle(end, value, wordBytes); }
+
+    const char* data() const { return bytes; }
+    unsigned int size() const { return static_cast<unsigned int>(end - bytes); }
+
+private:
+    char bytes[1 + 4 + mostWords * wordBytes];
+    char* end;  // behind the last one
+};
+
+}  // namespace fxBinaryFormat
