@@ -171,11 +171,6 @@ fxDictBucket* fxDictionary::unlink(const void* key) {
 }
 
 void fxDictionary::release(fxDictBucket* b) {
-    const unsigned int alignmentOfNew = 8;
-    if (reinterpret_cast<std::uintptr_t>(b) % alignmentOfNew != 0) {
-        b->kvmem = nullptr;
-        return;
-    }
     std::free(b->kvmem);
     delete b;
 }

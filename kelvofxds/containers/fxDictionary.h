@@ -131,9 +131,7 @@ protected:
     void* valueOf(const fxDictBucket* b) const { return static_cast<char*>(b->kvmem) + keySize; }
     /// Adds an entry whose block is `kvmem` at the front of a bucket.
     fxDictBucket* pushEntry(unsigned int bucketIndex, void* kvmem);
-    /// Frees an entry that has been unlinked, and its block. An entry that does
-    /// not lie on a multiple of 8, as those from new do, is somebody else's and
-    /// only loses the block.
+    /// Frees an entry that has been unlinked, and its block.
     void release(fxDictBucket* b);
 
     unsigned int numItems;   // entries

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kelvofxds/core/fxMemoryInternal.h"
+
 namespace {
 const unsigned int wordSize = sizeof(std::uint32_t);
 
@@ -11,19 +13,19 @@ std::uint32_t wordAt(const void* p) {
     std::memcpy(&word, p, wordSize);
     return word;
 }
+
+// Addresses are multiples of 4.
+unsigned int hashOf(std::uint32_t word) { return word >> 2; }
 }  // namespace
 
 fxBinaryOTDict::fxBinaryOTDict(unsigned int numBuckets)
     : fxDictionary(wordSize, wordSize, numBuckets) {}
 
-fxBinaryOTDict::~fxBinaryOTDict() {
-    releaseAll();
-    cleanup();
-}
+fxBinaryOTDict::~fxBinaryOTDict() { cleanup(); }
 
 const char* fxBinaryOTDict::className() const { return "DICT"; }
 
-unsigned int fxBinaryOTDict::hashKey(const void* key) const { return wordAt(key) >> 2; }
+unsigned int fxBinaryOTDict::hashKey(const void* key) const { return hashOf(wordAt(key)); }
 
 int fxBinaryOTDict::compareKeys(const void* a, const void* b) const {
     return static_cast<int>(wordAt(a) - wordAt(b));
@@ -45,40 +47,17 @@ unsigned char fxBinaryOTDict::xdrKey(fxTranscriber&, void*) { return 0; }
 
 unsigned char fxBinaryOTDict::xdrValue(fxTranscriber&, void*) { return 0; }
 
-void fxBinaryOTDict::link(fxBinaryOTEntry& entry) {
-    entry.bucket.kvmem = &entry.key;
-    fxDictBucket*& head = buckets[hashKey(&entry.key) % bucketCount()];
-    entry.bucket.next = head;
-    head = &entry.bucket;
+void fxBinaryOTDict::addNew(unsigned int key, unsigned int value) {
+    char* block = static_cast<char*>(fxAllocate(wordSize + wordSize));
+    std::memcpy(block, &key, wordSize);
+    std::memcpy(block + wordSize, &value, wordSize);
+    pushEntry(hashOf(key) % bucketCount(), block);
     ++numItems;
 }
 
 void fxBinaryOTDict::removeAll() {
-    releaseAll();
     cleanup();
     numItems = 0;
-}
-
-// Unlinks the entries, of each bucket one in turn, the newest first. That is
-// about the reverse of the order in which they were made, so that millions of
-// them are visited without jumping about in memory. Words need no destroying.
-// With many buckets the chains are short, and cleanup does as well.
-void fxBinaryOTDict::releaseAll() {
-    const unsigned int usualBuckets = 31;
-    const unsigned int n = bucketCount();
-    if (n > usualBuckets)
-        return;
-    for (bool more = true; more;) {
-        more = false;
-        for (unsigned int i = 0; i < n; ++i) {
-            fxDictBucket* b = buckets[i];
-            if (!b)
-                continue;
-            buckets[i] = b->next;
-            release(b);
-            more = true;
-        }
-    }
 }
 
 fxBinaryOTDictIter::fxBinaryOTDictIter() {}

@@ -3,16 +3,6 @@
 
 #include "kelvofxds/containers/fxDictionary.h"
 
-/// An entry of an fxBinaryOTDict and its block in one.
-struct fxBinaryOTEntry {
-    fxDictBucket bucket;  ///< Its kvmem is the address of `key` while it is in the table.
-    unsigned int key;     ///< An address, or a record number.
-    unsigned int value;   ///< The other of the two.
-
-    /// Whether the entry is in a table.
-    bool isLinked() const { return bucket.kvmem != nullptr; }
-};
-
 /// Maps 32-bit words to 32-bit words: addresses to record numbers while
 /// writing, record numbers to addresses while reading.
 class FX_EXPORT fxBinaryOTDict : public fxDictionary {
@@ -37,17 +27,11 @@ public:
 
     using fxDictionary::operator=;
 
-    /// Adds `entry`, whose key is known to have none, in front of its bucket;
-    /// O(1). It stays the caller's and must stay where it is as long as it is
-    /// in the table.
-    /// Requires: its address is an odd multiple of 4, which that of nothing
-    /// from new is; the table tells it from its own entries by that.
-    void link(fxBinaryOTEntry& entry);
+    /// Adds an entry for a key that is known to have none, in front of its
+    /// bucket; O(1).
+    void addNew(unsigned int key, unsigned int value);
     /// Removes every entry; iterators come to their end.
     void removeAll();
-
-private:
-    void releaseAll();
 };
 
 /// Walks an fxBinaryOTDict.

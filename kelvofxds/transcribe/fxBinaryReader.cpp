@@ -3,18 +3,13 @@
 #include <cstring>
 
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/str/fxStackBuffer.h"
 #include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 #include "kelvofxds/transcribe/fxBinaryReaderInternal.h"
 #include "kelvofxds/transcribe/fxStream.h"
-
-namespace {
-unsigned int wordAt(const unsigned char* s) {
-    return static_cast<unsigned int>(s[0]) | static_cast<unsigned int>(s[1]) << 8 |
-           static_cast<unsigned int>(s[2]) << 16 | static_cast<unsigned int>(s[3]) << 24;
-}
-}  // namespace
 
 fxBinaryReader::fxBinaryReader(fxStream* s, short shortMark, long longMark, const char* floatFormat)
     : shortsConv(nullptr),
@@ -22,55 +17,67 @@ fxBinaryReader::fxBinaryReader(fxStream* s, short shortMark, long longMark, cons
       floatsConv(nullptr),
       doublesConv(nullptr),
       unreadPayload(0),
-      index(new Index) {
+      index(fxNew<Index>(table)) {
     reading = 1;
     holdStream(s);
     selectConverters(shortMark, longMark, floatFormat);
 }
 
-fxBinaryReader::~fxBinaryReader() {
-    table.removeAll();  // its entries are the index's
-    delete index;
-}
+fxBinaryReader::~fxBinaryReader() { delete index; }
 
 const char* fxBinaryReader::className() const { return "fxBinaryReader"; }
 
+namespace {
+// The converters for an order of bytes; null where there is none.
+
+fxBinaryConverter converterOfShorts(fxBinaryFormat::Order order) {
+    switch (order) {
+        case fxBinaryFormat::Order::same:
+            return fxBinaryReader_shorts;
+        case fxBinaryFormat::Order::bytesSwapped:
+            return fxBinaryReader_BS;
+        case fxBinaryFormat::Order::halvesSwapped:
+        case fxBinaryFormat::Order::reversed:
+        case fxBinaryFormat::Order::unknown:
+            break;
+    }
+    return nullptr;
+}
+
+fxBinaryConverter converterOfLongs(fxBinaryFormat::Order order) {
+    switch (order) {
+        case fxBinaryFormat::Order::same:
+            return fxBinaryReader_longs;
+        case fxBinaryFormat::Order::bytesSwapped:
+            return fxBinaryReader_BS;
+        case fxBinaryFormat::Order::halvesSwapped:
+            return fxBinaryReader_longsSS;
+        case fxBinaryFormat::Order::reversed:
+            return fxBinaryReader_longsBSSS;
+        case fxBinaryFormat::Order::unknown:
+            break;
+    }
+    return nullptr;
+}
+}  // namespace
+
 void fxBinaryReader::selectConverters(short shortMark, long longMark, const char* floatFormat) {
     const unsigned int mark = static_cast<unsigned int>(longMark);
-    switch (static_cast<unsigned short>(shortMark)) {
-        case 0x1122:
-            shortsConv = fxBinaryReader_shorts;
-            break;
-        case 0x2211:
-            shortsConv = fxBinaryReader_BS;
-            break;
-        default:
-            fxFatal("fxBinaryReader: unknown short ordering %x", mark);
-    }
-    switch (mark) {
-        case 0x33445566:
-            longsConv = fxBinaryReader_longs;
-            break;
-        case 0x44336655:
-            longsConv = fxBinaryReader_BS;
-            break;
-        case 0x55663344:
-            longsConv = fxBinaryReader_longsSS;
-            break;
-        case 0x66554433:
-            longsConv = fxBinaryReader_longsBSSS;
-            break;
-        default:
-            fxFatal("fxBinaryReader: unknown long ordering %x", mark);
-    }
-    if (std::strcmp(floatFormat, "ieee") != 0)
+    shortsConv = converterOfShorts(fxBinaryFormat::orderOf(static_cast<unsigned short>(shortMark),
+                                                           fxBinaryFormat::shortMarks));
+    if (!shortsConv)
+        fxFatal("fxBinaryReader: unknown short ordering %x", mark);
+    longsConv = converterOfLongs(fxBinaryFormat::orderOf(mark, fxBinaryFormat::longMarks));
+    if (!longsConv)
+        fxFatal("fxBinaryReader: unknown long ordering %x", mark);
+    if (std::strcmp(floatFormat, fxBinaryFormat::floatFormat) != 0)
         fxFatal("fxBinaryReader: unsupported floating point format %s", floatFormat);
     floatsConv = fxBinaryReader_floats;
     doublesConv = fxBinaryReader_doubles;
 }
 
 void fxBinaryReader::reset() {
-    table.removeAll();
+    index->removeAll();
     index->clear();
     freeItems();
 }
@@ -87,8 +94,9 @@ unsigned char fxBinaryReader::fillHead() {
     char head;
     if (!stream->getBytes(&head, 1))
         return 0;
-    tag = static_cast<unsigned char>(head) & tagMask;
-    if (!readLength(static_cast<unsigned char>(head) >> lengthShift) || !readArguments()) {
+    tag = fxBinaryFormat::tagOf(static_cast<unsigned char>(head));
+    if (!readLength(fxBinaryFormat::lengthClassOf(static_cast<unsigned char>(head))) ||
+        !readArguments()) {
         unreadPayload = 0;
         return 0;
     }
@@ -121,74 +129,41 @@ unsigned char fxBinaryReader::readPayload() {
 }
 
 unsigned char fxBinaryReader::readLength(unsigned int lengthClass) {
-    static const unsigned int lengthBytes[] = {0, 1, 2, 4};
-    unsigned char bytes[4] = {};
-    const unsigned int n = lengthBytes[lengthClass];
-    if (n != 0 && !stream->getBytes(reinterpret_cast<char*>(bytes), n))
+    char bytes[4];
+    const unsigned int n = fxBinaryFormat::lengthBytes[lengthClass];
+    if (n != 0 && !stream->getBytes(bytes, n))
         return 0;
-    unreadPayload = wordAt(bytes);
-    return 1;
-}
-
-// Reads `n` words, at most three. Framing is little-endian on every host.
-unsigned char fxBinaryReader::readWords(unsigned int* words, unsigned int n) {
-    unsigned char bytes[3 * 4];
-    if (!stream->getBytes(reinterpret_cast<char*>(bytes), n * 4))
-        return 0;
-    for (unsigned int i = 0; i < n; ++i)
-        words[i] = wordAt(bytes + i * 4);
+    unreadPayload = fxBinaryFormat::getLittle(bytes, n);
     return 1;
 }
 
 unsigned char fxBinaryReader::readArguments() {
-    unsigned int words[3];
-    switch (tag) {
-        case fxOT_Data:
-        case fxOT_Null:
-            return 1;
-        case fxOT_Type:
-            return readType();
-        case fxOT_Block:
-        case fxOT_Bytes:
-        case fxOT_Shorts:
-        case fxOT_Longs:
-        case fxOT_Floats:
-        case fxOT_Doubles:
-            if (!readWords(words, 2))
-                return 0;
-            arg1 = words[0];
-            arg4 = words[1];
-            return 1;
-        case fxOT_OldBlock:
-        case fxOT_ObjectPointer:
-        case fxOT_OldObject:
-        case fxOT_Embedded:
-        case fxOT_OldEmbedded:
-            if (!readWords(words, 2))
-                return 0;
-            arg1 = words[0];
-            return 1;
-        case fxOT_Object:
-            if (!readWords(words, 3))
-                return 0;
-            arg1 = words[0];
-            arg2 = words[1];
-            arg3 = words[2];
-            return 1;
-        default:
-            fxFatal("Whoops!");
+    const fxBinaryFormat::Record* record = fxBinaryFormat::recordOf(tag);
+    if (!record)
+        fxFatal("Whoops!");
+    char bytes[fxBinaryFormat::mostWords * fxBinaryFormat::wordBytes];
+    const unsigned int n = record->wordsRead;
+    if (n != 0 && !stream->getBytes(bytes, n * fxBinaryFormat::wordBytes))
+        return 0;
+    unsigned int ignored = 0;
+    unsigned int* const arguments[] = {&ignored, &arg1, &arg2, &arg3, &arg4};
+    for (unsigned int i = 0; i < n; ++i) {
+        const unsigned int place = static_cast<unsigned int>(record->words[i]);
+        *arguments[place] = fxBinaryFormat::getLittle(bytes + i * fxBinaryFormat::wordBytes,
+                                                      fxBinaryFormat::wordBytes);
     }
+    return !record->hasText || readType();
 }
 
+// Reads the name of the type whose number has been read, and enters the type.
 unsigned char fxBinaryReader::readType() {
     fxStackBuffer name;
-    if (!readWords(&arg2, 1) || !readName(name))
+    if (!readName(name))
         return 0;
     fxTypeObj* type = fxTypeObj::findType(name.getBase());
     if (!type)
         fxFatal("unknown type %s", name.getBase());
-    enter(arg2, type).kind = Record::type;
-    return 1;
+    return enter(arg2, type, Record::type) != nullptr;
 }
 
 unsigned char fxBinaryReader::readName(fxStackBuffer& name) {
@@ -230,8 +205,7 @@ unsigned char fxBinaryReader::readBytes(char* data, unsigned int n) {
 namespace {
 const unsigned int tooLong = 0xFFFFFFFF;
 
-// Bytes of `n` elements; tooLong, which no block can have, when they exceed a
-// word.
+// Bytes of `n` elements; tooLong when they exceed a word.
 template <class Element>
 unsigned int bytesOf(unsigned int n) {
     return n <= tooLong / sizeof(Element) ? n * static_cast<unsigned int>(sizeof(Element))
@@ -284,8 +258,7 @@ unsigned char fxBinaryReader::xdr(fxStr* strings, unsigned int n) {
     return 1;
 }
 
-// Pointers to blocks. How long a block is the stream says; the length given
-// here is what the caller will rely on.
+// Pointers to blocks. How long a block is the stream says.
 
 unsigned char fxBinaryReader::xdr(char** block, unsigned int n) {
     return readPrimPointer(block, n);

@@ -124,20 +124,19 @@ private:
     unsigned char readLength(unsigned int lengthClass);
     unsigned char readArguments();
     unsigned char readType();
-    unsigned char readWords(unsigned int* words, unsigned int n);
     unsigned char readBlock(void** instance);
     unsigned char readObjectBody(void** instance);
     fxBinaryConverter converterOf(unsigned int blockTag) const;
     unsigned char awaitTarget(const fxBinaryReaderItem& item);
     unsigned char store(const fxBinaryReaderItem& item);
-    Record& enter(unsigned int number, void* address);
+    Record* enter(unsigned int number, void* address, unsigned char kind);
 
     fxBinaryConverter shortsConv;
     fxBinaryConverter longsConv;
     fxBinaryConverter floatsConv;
     fxBinaryConverter doublesConv;
     unsigned int unreadPayload;  // bytes of the record not yet in `buffer`
-    Index* index;                // owned; finds and qualifies what `table` holds
+    Index* index;                // owned; what each record number is
 };
 
 /// A converter that copies.

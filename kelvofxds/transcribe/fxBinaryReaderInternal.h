@@ -2,13 +2,14 @@
 #pragma once
 
 #include "kelvofxds/transcribe/fxBinaryReader.h"
+#include "kelvofxds/transcribe/fxObjectTableInternal.h"
 #include "kelvofxds/transcribe/fxWordIndexInternal.h"
 
 /// A numbered record: what it is, and what waits for it. A stream can use any
 /// number for anything; a number is only followed to the kind it belongs to.
-/// Key and value are the number and, once it is in the table, the address, null
+/// Key and value are the number and, once it is entered, the address, null
 /// until the body has been read.
-struct fxBinaryReader::Record : fxBinaryOTEntry {
+struct fxBinaryReader::Record : fxObjectTable::Entry {
     /// Array blocks come from new[] and are freed with delete[] by the objects
     /// that point to them; string blocks come from malloc and belong to one
     /// fxStr.
@@ -19,16 +20,20 @@ struct fxBinaryReader::Record : fxBinaryOTEntry {
         return reinterpret_cast<void*>(value);
     }
 
+    /// Whether the member that `item` describes may point to it.
+    bool suits(const fxBinaryReaderItem& item) const;
+
     unsigned int size;    // of a block, in bytes
     unsigned int wanted;  // most bytes that a waiting member expects of a block
     Kind kind;
     bool awaitedByString;  // a string waits for the block
     bool taken;            // a pointer to the block has been stored
-    char padding[5];       // to a multiple of 8, see fxWordIndex
 };
 
 /// Writers count up.
-struct fxBinaryReader::Index : fxWordIndex<fxBinaryReader::Record, 0> {
+struct fxBinaryReader::Index : fxObjectTable, fxWordIndex<fxBinaryReader::Record, 0> {
+    explicit Index(fxBinaryOTDict& dictionary) : fxObjectTable(dictionary) {}
+
     /// Whether a string's block may be completed by `padding` bytes.
     bool padString(unsigned int padding);
     /// Reduces `padding` to the bytes by which an array's block may be completed.

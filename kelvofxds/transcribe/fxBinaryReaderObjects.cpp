@@ -6,6 +6,7 @@
 #include <new>
 
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxBinaryReaderInternal.h"
@@ -77,8 +78,6 @@ private:
 // Bytes, since the member may be a pointer of any type.
 void setPointer(void* field, void* address) { std::memcpy(field, &address, sizeof address); }
 
-bool isBodyOfBlock(unsigned int tag) { return tag >= fxOT_Bytes && tag <= fxOT_Doubles; }
-
 }  // namespace
 
 // A string has the length that it says, or it cannot be read.
@@ -100,18 +99,21 @@ void fxBinaryReader::Index::padArray(unsigned int& padding) {
 
 // The table and its index.
 
-fxBinaryReader::Record& fxBinaryReader::enter(unsigned int number, void* address) {
-    Record& record = index->findOrAdd(number);
-    record.value = reinterpret_cast<std::uint32_t>(address);
-    record.taken = false;
-    if (!record.isLinked())
-        table.link(record);
+// Null when there is no memory for it.
+fxBinaryReader::Record* fxBinaryReader::enter(unsigned int number, void* address,
+                                              unsigned char kind) {
+    Record* record = index->findOrAdd(number);
+    if (!record)
+        return nullptr;
+    index->enter(*record, reinterpret_cast<std::uint32_t>(address));
+    record->kind = static_cast<Record::Kind>(kind);
+    record->taken = false;
     return record;
 }
 
 void* fxBinaryReader::alreadyRead(unsigned long number) {
     const Record* record = index->find(static_cast<std::uint32_t>(number));
-    return record && record->isLinked() ? record->address() : nullptr;
+    return record && record->isEntered() ? record->address() : nullptr;
 }
 
 void fxBinaryReader::queue(fxBinaryReaderItem* item) { pushItem(item); }
@@ -125,15 +127,20 @@ unsigned char fxBinaryReader::readInstance(void** instance) {
         if (!fill())
             return 0;
     }
-    if (isBodyOfBlock(tag))
+    if (converterOf(tag))
         return readBlock(instance);
     if (tag == fxOT_Object)
         return readObjectBody(instance);
     fxFatal("XXX baddest news");
 }
 
+// Null when the tag is that of no block's body.
 fxBinaryConverter fxBinaryReader::converterOf(unsigned int blockTag) const {
-    switch (blockTag) {
+    switch (static_cast<fxBinaryOTTag>(blockTag)) {
+        case fxOT_Bytes:
+            return [](fxBinaryReader& reader, char* destination, unsigned int byteCount) {
+                return reader.readBytes(destination, byteCount);
+            };
         case fxOT_Shorts:
             return shortsConv;
         case fxOT_Longs:
@@ -142,11 +149,19 @@ fxBinaryConverter fxBinaryReader::converterOf(unsigned int blockTag) const {
             return floatsConv;
         case fxOT_Doubles:
             return doublesConv;
-        default:
-            return [](fxBinaryReader& reader, char* destination, unsigned int byteCount) {
-                return reader.readBytes(destination, byteCount);
-            };
+        case fxOT_Data:
+        case fxOT_Null:
+        case fxOT_Type:
+        case fxOT_Block:
+        case fxOT_OldBlock:
+        case fxOT_Object:
+        case fxOT_ObjectPointer:
+        case fxOT_OldObject:
+        case fxOT_Embedded:
+        case fxOT_OldEmbedded:
+            break;
     }
+    return nullptr;
 }
 
 unsigned char fxBinaryReader::readBlock(void** instance) {
@@ -177,10 +192,12 @@ unsigned char fxBinaryReader::readBlock(void** instance) {
         done = next;
     } while (done < length);
 
-    Record& record = enter(number, memory.release());
-    record.kind = forString ? Record::stringBlock : Record::arrayBlock;
-    record.size = size;
-    *instance = record.address();
+    Record* record =
+        enter(number, memory.address(), forString ? Record::stringBlock : Record::arrayBlock);
+    if (!record)
+        return 0;
+    record->size = size;
+    *instance = memory.release();
     return 1;
 }
 
@@ -194,7 +211,11 @@ unsigned char fxBinaryReader::readObjectBody(void** instance) {
     void* object = type.create ? type.create(type) : nullptr;
     if (!object)
         return 0;
-    enter(arg1, object).kind = Record::object;
+    if (!enter(arg1, object, Record::object)) {
+        if (type.destroy)
+            type.destroy(object);
+        return 0;
+    }
     if (!type.xdr(object, *this))
         fxFatal("XXX error handling is missing");
     *instance = object;
@@ -224,21 +245,17 @@ unsigned char fxBinaryReader::xdr(void* field, fxXDRObj*, fxTypeObj&, fxXDRObj*,
     fxBinaryReaderItem item;
     item.field = static_cast<void**>(field);
     item.target = fxBinaryReaderItem::objectTarget;
-    item.wantedSize = 0;
     if (!fill())
         return 0;
     item.number = arg1;
-    switch (tag) {
-        case fxOT_Null:
-            setPointer(item.field, nullptr);
-            return 1;
-        case fxOT_ObjectPointer:
-            return awaitTarget(item);
-        case fxOT_OldObject:
-            return store(item);
-        default:
-            fxFatal("XXX bad news!");
-    }
+    if (tag == fxOT_ObjectPointer)
+        return awaitTarget(item);
+    if (tag == fxOT_OldObject)
+        return store(item);
+    if (tag != fxOT_Null)
+        fxFatal("XXX bad news!");
+    setPointer(item.field, nullptr);
+    return 1;
 }
 
 unsigned char fxBinaryReader::xdr(fxTypeObj& type, void* previous, void* address) {
@@ -246,64 +263,67 @@ unsigned char fxBinaryReader::xdr(fxTypeObj& type, void* previous, void* address
         return 1;
     if (!fill())
         return 0;
-    switch (tag) {
-        case fxOT_Embedded:
-            if (alreadyRead(arg1))
-                fxFatal("XXX new base for old base");
-            enter(arg1, address).kind = Record::object;
-            return type.xdr(address, *this);
-        case fxOT_OldEmbedded:
-            if (!alreadyRead(arg1))
-                fxFatal("XXX old base previously unseen");
-            return 1;
-        default:
-            fxFatal("XXX bad news!");
+    if (tag == fxOT_Embedded) {
+        if (alreadyRead(arg1))
+            fxFatal("XXX new base for old base");
+        return enter(arg1, address, Record::object) && type.xdr(address, *this);
     }
+    if (tag != fxOT_OldEmbedded)
+        fxFatal("XXX bad news!");
+    if (!alreadyRead(arg1))
+        fxFatal("XXX old base previously unseen");
+    return 1;
 }
 
 // Queues a copy of `item` and notes what its target will have to be.
 unsigned char fxBinaryReader::awaitTarget(const fxBinaryReaderItem& item) {
-    queue(new fxBinaryReaderItem(item));
-    Record& record = index->findOrAdd(item.number);
-    if (record.wanted < item.wantedSize)
-        record.wanted = item.wantedSize;
+    Record* record = index->findOrAdd(item.number);
+    if (!record || !hasRoomForItem())
+        return 0;
+    fxBinaryReaderItem* queued = fxTryNew<fxBinaryReaderItem>(item);
+    if (!queued)
+        return 0;
+    queue(queued);
+    if (record->wanted < item.wantedSize)
+        record->wanted = item.wantedSize;
     if (item.target == fxBinaryReaderItem::stringTarget)
-        record.awaitedByString = true;
+        record->awaitedByString = true;
     return 1;
+}
+
+bool fxBinaryReader::Record::suits(const fxBinaryReaderItem& item) const {
+    switch (item.target) {
+        case fxBinaryReaderItem::anyTarget:
+            return true;
+        case fxBinaryReaderItem::objectTarget:
+            return !address() || kind == object;
+        case fxBinaryReaderItem::blockTarget:
+            return !address() || kind == arrayBlock;
+        case fxBinaryReaderItem::stringTarget:
+            // It has no null buffer and owns its buffer alone.
+            return address() && kind == stringBlock && !taken && size >= item.wantedSize;
+    }
+    return false;
 }
 
 // Points the item's member to its target; an unknown number is a null pointer.
 // Fails when the number belongs to something the member cannot point to.
 unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
     Record* record = index->find(item.number);
-    if (!record || !record->isLinked())
-        record = &enter(item.number, nullptr);
-    if (!record->address() && item.target == fxBinaryReaderItem::stringTarget)
-        return 0;  // a string has no null buffer
+    if (!record || !record->isEntered()) {
+        record = enter(item.number, nullptr, Record::unknown);
+        if (!record)
+            return 0;
+    }
     if (record->address()) {
         // Whoever else waits gets this one, too; a later body is nobody's yet.
         record->awaitedByString = false;
         record->wanted = 0;
-        switch (item.target) {
-            case fxBinaryReaderItem::objectTarget:
-                if (record->kind != Record::object)
-                    return 0;
-                break;
-            case fxBinaryReaderItem::blockTarget:
-                if (record->kind != Record::arrayBlock)
-                    return 0;
-                break;
-            case fxBinaryReaderItem::stringTarget:
-                // A string owns its buffer alone.
-                if (record->kind != Record::stringBlock || record->taken ||
-                    record->size < item.wantedSize)
-                    return 0;
-                static_cast<char*>(record->address())[item.wantedSize - 1] = '\0';
-                break;
-            case fxBinaryReaderItem::anyTarget:
-                break;
-        }
     }
+    if (!record->suits(item))
+        return 0;
+    if (item.target == fxBinaryReaderItem::stringTarget)
+        static_cast<char*>(record->address())[item.wantedSize - 1] = '\0';
     record->taken = true;
     setPointer(item.field, record->address());
     return 1;

@@ -1,6 +1,9 @@
 #include "kelvofxds/transcribe/fxBinaryTranscriber.h"
 
+#include <cstdlib>
 #include <new>
+
+#include "kelvofxds/transcribe/fxObjectTableInternal.h"
 
 fxBinaryTranscriber::fxBinaryTranscriber()
     : cursor(buffer),
@@ -15,10 +18,33 @@ fxBinaryTranscriber::fxBinaryTranscriber()
 
 fxBinaryTranscriber::~fxBinaryTranscriber() { freeItems(); }
 
+fxBinaryOTDict& fxBinaryTranscriber::getTable() {
+    if (fxObjectTable* entries = fxObjectTable::of(table))
+        entries->show();
+    return table;
+}
+
+namespace {
 // The list can be as long as the graph, so it grows by doubling.
+unsigned int grown(const fxVoidPtrArray& list) { return list.length() * 2 + 16; }
+
+bool isFull(const fxVoidPtrArray& list) { return list.getLen() == list.getMaxLen(); }
+}  // namespace
+
+// An array ends the process where there is no memory for it, so the same
+// amount is asked for before. Volatile, or the compiler leaves both calls out.
+bool fxBinaryTranscriber::hasRoomForItem() {
+    if (!isFull(workQueue))
+        return true;
+    void* volatile probe = std::malloc(grown(workQueue) * sizeof(void*));
+    const bool hasRoom = probe != nullptr;
+    std::free(probe);
+    return hasRoom;
+}
+
 void fxBinaryTranscriber::pushItem(void* item) {
-    if (workQueue.getLen() == workQueue.getMaxLen())
-        workQueue.setMaxLength(workQueue.length() * 2 + 16);
+    if (isFull(workQueue))
+        workQueue.setMaxLength(grown(workQueue));
     workQueue.append(&item);
 }
 

@@ -32,18 +32,22 @@ public:
     ~fxBinaryTranscriber() override;
 
     /// The object table. Writing: address to record number; reading: record
-    /// number to address.
-    fxBinaryOTDict& getTable() { return table; }
+    /// number to address. It is there to be looked at: the library's writer and
+    /// reader find their way without it, fill it when it is first asked for,
+    /// and keep it up from then on. What a host changes in it does not change
+    /// what they know. Cost: the first time, an allocation or two an entry.
+    fxBinaryOTDict& getTable();
 
 protected:
     friend struct fxBinaryTranscriberLayout;  // tests/transcribe/fxBinaryWriter_test.cpp
 
     static const unsigned int bufferSize = 512;  // bytes
-    static const unsigned int lengthShift = 6;   // length class in a head byte
-    static const unsigned int tagMask = 0x3F;    // tag in a head byte
 
     /// Adds an item, made with new, to the work list.
     void pushItem(void* item);
+    /// Whether another item can be added; false when there is no memory for it,
+    /// where adding it would end the process.
+    bool hasRoomForItem();
     /// Takes the last item off the work list; null if there is none.
     void* popItem();
     /// Empties the work list.
@@ -53,7 +57,7 @@ protected:
     char* cursor;               // next byte of `buffer` to write or read
     unsigned int capacity;      // bufferSize
     unsigned int payloadCount;  // bytes of `buffer` that hold payload
-    fxBinaryOTDict table;       // the object table
+    fxBinaryOTDict table;       // the object table; see getTable
     unsigned int tag;           // fxBinaryOTTag of the pending or current record
     unsigned int arg1;          // the record's arguments: its number
     unsigned int arg2;          // a type's number

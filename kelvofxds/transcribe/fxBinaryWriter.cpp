@@ -4,9 +4,12 @@
 #include <cstring>
 
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/core/fxXDRObj.h"
 #include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
+#include "kelvofxds/transcribe/fxObjectTableInternal.h"
 #include "kelvofxds/transcribe/fxStream.h"
 #include "kelvofxds/transcribe/fxWordIndexInternal.h"
 
@@ -23,75 +26,25 @@ void* pointerAt(const void* field) {
     std::memcpy(&address, field, sizeof address);
     return address;
 }
-
-// The head of a record under construction: head byte, length, arguments.
-// Framing is little-endian on every host.
-class HeadBytes {
-public:
-    HeadBytes() : end(bytes) {}
-
-    void addByte(std::uint32_t value) { *end++ = static_cast<char>(value); }
-
-    void addShort(std::uint32_t value) {
-        end[0] = static_cast<char>(value);
-        end[1] = static_cast<char>(value >> 8);
-        end += 2;
-    }
-
-    void addWord(std::uint32_t value) {
-        end[0] = static_cast<char>(value);
-        end[1] = static_cast<char>(value >> 8);
-        end[2] = static_cast<char>(value >> 16);
-        end[3] = static_cast<char>(value >> 24);
-        end += 4;
-    }
-
-    unsigned char writeTo(fxStream* s) const {
-        return s->putBytes(bytes, static_cast<unsigned int>(end - bytes));
-    }
-
-private:
-    char bytes[1 + 4 + 3 * 4];
-    char* end;
-};
-
-// The head byte and the length that go with `payloadCount` bytes of payload.
-// Class 0 has no length field, class 1 one byte, class 2 two, class 3 four.
-void addTagAndLength(HeadBytes& head, unsigned int tag, unsigned int lengthShift,
-                     unsigned int payloadCount) {
-    if (payloadCount == 0) {
-        head.addByte(tag);
-    } else if (payloadCount <= 0xFF) {
-        head.addByte(tag | 1U << lengthShift);
-        head.addByte(payloadCount);
-    } else if (payloadCount <= 0xFFFF) {
-        head.addByte(tag | 2U << lengthShift);
-        head.addShort(payloadCount);
-    } else {
-        head.addByte(tag | 3U << lengthShift);
-        head.addWord(payloadCount);
-    }
-}
 }  // namespace
 
 // Allocated addresses are multiples of 16.
-struct fxBinaryWriter::Index : fxWordIndex<fxBinaryOTEntry, 4> {};
+struct fxBinaryWriter::Index : fxObjectTable, fxWordIndex<fxObjectTable::Entry, 4> {
+    explicit Index(fxBinaryOTDict& dictionary) : fxObjectTable(dictionary) {}
+};
 
-fxBinaryWriter::fxBinaryWriter(fxStream* s) : nextId(0), index(new Index) {
+fxBinaryWriter::fxBinaryWriter(fxStream* s) : nextId(0), index(fxNew<Index>(table)) {
     reading = 0;
     holdStream(s);
     recordIdForAddress(nullptr);  // 0 means "has no number"
 }
 
-fxBinaryWriter::~fxBinaryWriter() {
-    table.removeAll();  // its entries are the index's
-    delete index;
-}
+fxBinaryWriter::~fxBinaryWriter() { delete index; }
 
-const char* fxBinaryWriter::className() const { return "fxBinaryWriter"; }
+const char* fxBinaryWriter::className() const { return fxBinaryFormat::writerName; }
 
 void fxBinaryWriter::reset() {
-    table.removeAll();
+    index->removeAll();
     index->clear();
     freeItems();
 }
@@ -99,16 +52,16 @@ void fxBinaryWriter::reset() {
 // Record numbers and the work list.
 
 unsigned long fxBinaryWriter::recordIdForAddress(void* address) {
-    fxBinaryOTEntry& entry = index->findOrAdd(wordOf(address));
-    entry.value = nextId++;
-    if (!entry.isLinked())
-        table.link(entry);
-    return entry.value;
+    fxObjectTable::Entry* entry = index->findOrAdd(wordOf(address));
+    if (!entry)
+        fxOutOfMemory();
+    index->enter(*entry, nextId++);
+    return entry->value;
 }
 
 unsigned long fxBinaryWriter::alreadyWritten(void* address) {
-    const fxBinaryOTEntry* entry = index->find(wordOf(address));
-    return entry && entry->isLinked() ? entry->value : 0;
+    const fxObjectTable::Entry* entry = index->find(wordOf(address));
+    return entry ? entry->value : 0;
 }
 
 unsigned long fxBinaryWriter::queue(fxBinaryWriterItem* item) {
@@ -143,37 +96,17 @@ unsigned char fxBinaryWriter::flushPayload(const char* payload) {
 
 // Writes everything of the pending record but its payload.
 unsigned char fxBinaryWriter::writeHead() {
-    if (tag > fxOT_OldEmbedded)
+    const fxBinaryFormat::Record* record = fxBinaryFormat::recordOf(tag);
+    if (!record)
         fxFatal("Whoops!");
-    HeadBytes head;
-    addTagAndLength(head, tag, lengthShift, payloadCount);
-
-    switch (tag) {
-        case fxOT_Data:
-        case fxOT_Null:
-            break;
-        case fxOT_Type:
-            head.addWord(arg2);
-            return head.writeTo(stream) &&
-                   stream->putBytes(typeName, static_cast<unsigned int>(std::strlen(typeName)) + 1);
-        case fxOT_OldBlock:
-        case fxOT_ObjectPointer:
-        case fxOT_OldObject:
-        case fxOT_Embedded:
-        case fxOT_OldEmbedded:
-            head.addWord(arg1);
-            break;
-        case fxOT_Object:
-            head.addWord(arg1);
-            head.addWord(arg2);
-            head.addWord(arg3);
-            break;
-        default:  // a block's first pointer, or its body
-            head.addWord(arg1);
-            head.addWord(arg4);
-            break;
-    }
-    return head.writeTo(stream);
+    const unsigned int arguments[] = {0, arg1, arg2, arg3, arg4};
+    fxBinaryFormat::Head head(tag, payloadCount);
+    for (unsigned int i = 0; i < record->wordsWritten; ++i)
+        head.addWord(arguments[static_cast<unsigned int>(record->words[i])]);
+    if (!stream->putBytes(head.data(), head.size()))
+        return 0;
+    return !record->hasText ||
+           stream->putBytes(typeName, static_cast<unsigned int>(std::strlen(typeName)) + 1);
 }
 
 unsigned char fxBinaryWriter::writeBytes(char* data, unsigned int n) {
@@ -234,7 +167,7 @@ unsigned char fxBinaryWriter::writePrimPointer(void* address, unsigned int lengt
         setPending(fxOT_OldBlock, known);
         return flush();
     }
-    setPending(fxOT_Block, queue(new fxBinaryWriterItem{blockItem, address, length, blockTag}));
+    setPending(fxOT_Block, queue(fxNew<fxBinaryWriterItem>(blockItem, address, length, blockTag)));
     arg4 = length;
     return 1;
 }
@@ -256,7 +189,7 @@ unsigned char fxBinaryWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxX
         setPending(fxOT_OldObject, known);
     else
         setPending(fxOT_ObjectPointer,
-                   queue(new fxBinaryWriterItem{objectItem, address, wordOf(&type), 0}));
+                   queue(fxNew<fxBinaryWriterItem>(objectItem, address, wordOf(&type), 0U)));
     return 1;
 }
 
@@ -281,7 +214,7 @@ void* fxBinaryWriter::readObject(fxTypeObj&) {
 unsigned char fxBinaryWriter::writeObject(void* address, fxXDRObj* object) {
     if (!object)
         return 0;
-    queue(new fxBinaryWriterItem{objectItem, address, wordOf(&object->getTypeObj()), 0});
+    queue(fxNew<fxBinaryWriterItem>(objectItem, address, wordOf(&object->getTypeObj()), 0U));
     while (fxBinaryWriterItem* item = pop()) {
         const unsigned char written = writeItem(*item);
         delete item;

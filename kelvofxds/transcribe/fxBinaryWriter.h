@@ -102,5 +102,5 @@ private:
     void setPending(fxBinaryOTTag pendingTag, unsigned long number);
 
     unsigned int nextId;  // the next record number
-    Index* index;         // owned; finds what `table` holds
+    Index* index;         // owned; the number of each address
 };

@@ -5,22 +5,15 @@
 #include <cstdlib>
 #include <new>
 
-#include "kelvofxds/core/fxMemoryInternal.h"
-
 /// Makes records and finds them by a 32-bit word in O(1), and keeps them where
 /// they are until it is cleared.
 ///
-/// The object table itself keeps few buckets and long chains, because its
-/// shape is part of the library's behaviour; look-ups go here instead. A hash
-/// table with open addressing, at most half full, points to the records, which
-/// lie in chunks in the order in which they were added. Record has a field
-/// `key` and is an aggregate without a destructor. Words that differ by
-/// 1 << Shift are expected to be looked up one after the other. Records lie on
-/// odd multiples of 4, see fxBinaryOTDict::link.
+/// A hash table with open addressing, at most half full, points to the records,
+/// which lie in chunks in the order in which they were added. Record has a
+/// field `key` and is an aggregate without a destructor. Words that differ by
+/// 1 << Shift are expected to be looked up one after the other.
 template <class Record, unsigned int Shift = 0>
 class fxWordIndex {
-    static_assert(sizeof(Record) % 8 == 0 && alignof(Record) <= 4, "for their addresses");
-
 public:
     fxWordIndex()
         : places(nullptr),
@@ -36,17 +29,20 @@ public:
     /// The record of `key`, or null.
     Record* find(std::uint32_t key) const { return count != 0 ? places[placeOf(key)] : nullptr; }
 
-    /// The record of `key`, made with zero fields if there was none.
-    Record& findOrAdd(std::uint32_t key) {
-        if (count * 2 >= capacity)
-            grow();
+    /// The record of `key`, made with zero fields if there was none; null when
+    /// there is no memory for it.
+    Record* findOrAdd(std::uint32_t key) {
+        if (count * 2 >= capacity && !grow())
+            return find(key);
         Record*& place = places[placeOf(key)];
         if (!place) {
             place = newRecord();
+            if (!place)
+                return nullptr;
             place->key = key;
             ++count;
         }
-        return *place;
+        return place;
     }
 
     /// Frees all records.
@@ -65,9 +61,10 @@ private:
     static const std::uint32_t smallest = 64;
     static const std::uint32_t largestChunk = 4096;  // records
 
-    struct Chunk {  // from malloc, on a multiple of 8
+    struct Chunk {  // from malloc; the records lie behind it
         Chunk* next;
     };
+    static_assert(sizeof(Chunk) % alignof(Record) == 0, "records are aligned");
 
     // A key's first place is beside those of its neighbours, so that keys in
     // order are looked up without jumping about in memory. Keys that collide
@@ -94,18 +91,21 @@ private:
         return !places[place] || places[place]->key == key;
     }
 
-    void grow() {
-        Record** old = places;
+    bool grow() {
         const std::uint32_t oldCapacity = capacity;
-        capacity = capacity != 0 ? capacity * 2 : smallest;
-        places = static_cast<Record**>(std::calloc(capacity, sizeof(Record*)));
-        if (!places)
-            std::abort();
+        const std::uint32_t newCapacity = capacity != 0 ? capacity * 2 : smallest;
+        Record** const grown = static_cast<Record**>(std::calloc(newCapacity, sizeof(Record*)));
+        if (!grown)
+            return false;
+        Record** const old = places;
+        places = grown;
+        capacity = newCapacity;
         for (std::uint32_t i = 0; i < oldCapacity; ++i) {
             if (old[i])
                 places[placeOf(old[i]->key)] = old[i];
         }
         std::free(old);
+        return true;
     }
 
     Record* newRecord() {
@@ -113,7 +113,9 @@ private:
             const std::uint32_t n = count < smallest       ? smallest
                                     : count < largestChunk ? count
                                                            : largestChunk;
-            Chunk* chunk = static_cast<Chunk*>(fxAllocate(sizeof(Chunk) + n * sizeof(Record)));
+            Chunk* chunk = static_cast<Chunk*>(std::malloc(sizeof(Chunk) + n * sizeof(Record)));
+            if (!chunk)
+                return nullptr;
             chunk->next = chunks;
             chunks = chunk;
             vacant = reinterpret_cast<Record*>(chunk + 1);

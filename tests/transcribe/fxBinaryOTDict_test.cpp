@@ -25,14 +25,6 @@ Word valueOf(const fxBinaryOTDict& table, Word key) {
 
 void add(fxBinaryOTDict& table, Word key, Word value) { table.addInternal(&key, &value); }
 
-// An entry that lies where a table's own never do.
-struct OwnEntry {
-    OwnEntry(Word key, Word value) : before(0), entry{{}, key, value} {}
-
-    alignas(8) Word before;
-    fxBinaryOTEntry entry;
-};
-
 std::vector<Word> keysOf(fxBinaryOTDictIter& iter) {
     std::vector<Word> keys;
     for (; iter.getKey(); ++iter)
@@ -136,51 +128,35 @@ TEST(fxBinaryOTDict, entriesAreAddedFoundReplacedAndRemoved) {
     EXPECT_EQ(0u, *static_cast<Word*>(table.findCreate(&key))) << "a created value is 0";
 }
 
-TEST(fxBinaryOTDict, linkPutsTheCallersEntryInFrontOfItsBucket) {
-    OwnEntry eight(8, 1), four(4, 2), sixteen(16, 3);
+TEST(fxBinaryOTDict, addNewPutsAnEntryInFrontOfItsBucket) {
     fxBinaryOTDict table(2);
-    table.link(eight.entry);    // bucket 0
-    table.link(four.entry);     // bucket 1
-    table.link(sixteen.entry);  // bucket 0
+    table.addNew(8, 1);   // bucket 0
+    table.addNew(4, 2);   // bucket 1
+    table.addNew(16, 3);  // bucket 0
     EXPECT_EQ(3u, table.length());
     EXPECT_EQ(1u, valueOf(table, 8));
     EXPECT_EQ(2u, valueOf(table, 4));
     EXPECT_EQ(3u, valueOf(table, 16));
     fxBinaryOTDictIter iter(table);
     EXPECT_EQ((std::vector<Word>{16, 8, 4}), keysOf(iter));
-}
-
-TEST(fxBinaryOTDict, linkedEntriesLiveBesideThoseOfTheTable) {
-    OwnEntry eight(8, 1);
-    fxBinaryOTDict table(2);
-    const Word keys[] = {16, 24}, values[] = {2, 3};
-    table.addInternal(&keys[0], &values[0]);
-    table.link(eight.entry);
-    table.addInternal(&keys[1], &values[1]);
-
-    fxBinaryOTDictIter iter(table);
-    EXPECT_EQ((std::vector<Word>{24, 8, 16}), keysOf(iter));
-    table.remove(&eight.entry.key);
-    EXPECT_EQ(nullptr, eight.entry.bucket.kvmem);
-    EXPECT_EQ(2u, table.length());
-    EXPECT_EQ(0xDEADu, valueOf(table, 8));
-    table.link(eight.entry);
-    EXPECT_EQ(1u, valueOf(table, 8));
+    const Word removed = 8;
+    table.remove(&removed);
+    add(table, 24, 4);
+    fxBinaryOTDictIter again(table);
+    EXPECT_EQ((std::vector<Word>{24, 16, 4}), keysOf(again));
 }
 
 TEST(fxBinaryOTDict, removeAllEmptiesItAndEndsItsIterators) {
-    OwnEntry eight(8, 1), twelve(12, 2);
     fxBinaryOTDict table(2);
-    table.link(eight.entry);
-    table.link(twelve.entry);
+    table.addNew(8, 1);
+    add(table, 12, 2);
     fxBinaryOTDictIter iter(table);
     table.removeAll();
     EXPECT_EQ(0u, table.length());
     EXPECT_EQ(2u, table.getNumBuckets());
     EXPECT_EQ(nullptr, iter.getKey());
-    EXPECT_EQ(nullptr, eight.entry.bucket.kvmem);
-    eight.entry.value = 2;
-    table.link(eight.entry);
+    EXPECT_EQ(0xDEADu, valueOf(table, 8));
+    table.addNew(8, 2);
     EXPECT_EQ(2u, valueOf(table, 8));
 }
 

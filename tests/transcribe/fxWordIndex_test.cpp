@@ -22,15 +22,15 @@ TEST(fxWordIndex, emptyIndexFindsNothing) {
 
 TEST(fxWordIndex, newRecordIsZeroExceptForItsKey) {
     Index index;
-    const Entry& entry = index.findOrAdd(42);
+    const Entry& entry = *index.findOrAdd(42);
     EXPECT_EQ(42u, entry.key);
     EXPECT_EQ(0u, entry.value);
 }
 
 TEST(fxWordIndex, knownKeyGivesTheSameRecord) {
     Index index;
-    index.findOrAdd(42).value = 7;
-    EXPECT_EQ(7u, index.findOrAdd(42).value);
+    index.findOrAdd(42)->value = 7;
+    EXPECT_EQ(7u, index.findOrAdd(42)->value);
     ASSERT_NE(nullptr, index.find(42));
     EXPECT_EQ(7u, index.find(42)->value);
     EXPECT_EQ(nullptr, index.find(43));
@@ -38,9 +38,9 @@ TEST(fxWordIndex, knownKeyGivesTheSameRecord) {
 
 TEST(fxWordIndex, zeroIsAKeyLikeAnyOther) {
     Index index;
-    index.findOrAdd(1).value = 5;
+    index.findOrAdd(1)->value = 5;
     EXPECT_EQ(nullptr, index.find(0));
-    index.findOrAdd(0).value = 6;
+    index.findOrAdd(0)->value = 6;
     EXPECT_EQ(6u, index.find(0)->value);
     EXPECT_EQ(5u, index.find(1)->value);
 }
@@ -67,7 +67,7 @@ TEST(fxWordIndex, recordsSurviveGrowthWhateverThePatternOfKeys) {
         };
         Index index;
         for (std::uint32_t i = 0; i < n; ++i)
-            index.findOrAdd(keyOf(i)).value = i;
+            index.findOrAdd(keyOf(i))->value = i;
         unsigned int wrong = 0;
         for (std::uint32_t i = 0; i < n; ++i) {
             const Entry* entry = index.find(keyOf(i));
@@ -80,7 +80,7 @@ TEST(fxWordIndex, recordsSurviveGrowthWhateverThePatternOfKeys) {
 
 TEST(fxWordIndex, recordsStayWhereTheyAre) {
     Index index;
-    Entry* const first = &index.findOrAdd(1);
+    Entry* const first = index.findOrAdd(1);
     for (std::uint32_t i = 2; i < 20000; ++i)
         index.findOrAdd(i);
     EXPECT_EQ(first, index.find(1));
@@ -89,9 +89,9 @@ TEST(fxWordIndex, recordsStayWhereTheyAre) {
 TEST(fxWordIndex, clearForgetsEverything) {
     Index index;
     for (std::uint32_t i = 0; i < 1000; ++i)
-        index.findOrAdd(i).value = i;
+        index.findOrAdd(i)->value = i;
     index.clear();
     EXPECT_EQ(nullptr, index.find(5));
-    EXPECT_EQ(0u, index.findOrAdd(5).value);
+    EXPECT_EQ(0u, index.findOrAdd(5)->value);
     EXPECT_EQ(nullptr, index.find(6));
 }
