@@ -51,7 +51,8 @@ void fxBinaryOTDict::addNew(unsigned int key, unsigned int value) {
     char* block = static_cast<char*>(fxAllocate(wordSize + wordSize));
     std::memcpy(block, &key, wordSize);
     std::memcpy(block + wordSize, &value, wordSize);
-    pushEntry(hashOf(key) % bucketCount(), block);
+    if (!pushEntry(hashOf(key) % bucketCount(), block))
+        fxOutOfMemory();
     ++numItems;
 }
 

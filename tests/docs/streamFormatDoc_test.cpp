@@ -1,17 +1,25 @@
 // Holds docs/stream-format.md to its word.
 
+#include <dlfcn.h>
+
 #include <fstream>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "kelvofxds/containers/fxStrSet.h"
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 #include "kelvofxds/containers/fxTypedArrays.h"
+#include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/core/fxTypeObj.h"
+#include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/str/fxStrArray.h"
+#include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxBinaryWriter.h"
 #include "tests/support/memoryStream.h"
@@ -191,16 +199,113 @@ TEST(streamFormatDoc, namesEveryMessageThatReadingMayEndWith) {
         EXPECT_NE(std::string::npos, text.find("| `" + std::string(message) + "` |")) << message;
 }
 
-TEST(streamFormatDoc, listsEveryTagOnce) {
-    const std::string text = document();
-    const char* const rows[] = {"| 0 | data, ",    "| 1 | null ",      "| 2 | type ",
-                                "| 3 | pointer ",  "| 4 | pointer ",   "| 5 | body ",
-                                "| 6 | body ",     "| 7 | body ",      "| 8 | body ",
-                                "| 9 | body ",     "| 10 | body ",     "| 11 | pointer ",
-                                "| 12 | pointer ", "| 13 | embedded ", "| 14 | embedded "};
-    for (const char* row : rows) {
-        const std::size_t at = text.find("\n" + std::string(row));
-        ASSERT_NE(std::string::npos, at) << row;
-        EXPECT_EQ(std::string::npos, text.find("\n" + std::string(row), at + 1)) << row;
+// The tables.
+
+namespace {
+// The cells of the table whose head line begins with `head`, by rows.
+std::vector<std::vector<std::string>> tableUnder(const std::string& head) {
+    std::vector<std::vector<std::string>> rows;
+    std::istringstream lines(document());
+    std::string line;
+    while (std::getline(lines, line) && line.compare(0, head.size(), head) != 0) {
     }
+    std::getline(lines, line);  // the rule
+    while (std::getline(lines, line) && !line.empty()) {
+        std::vector<std::string> cells;
+        std::size_t at = 2;
+        for (std::size_t end; (end = line.find(" |", at)) != std::string::npos; at = end + 3)
+            cells.push_back(line.substr(at, end - at));
+        rows.push_back(cells);
+    }
+    return rows;
+}
+
+// What a record's words are called in the document.
+std::string wordsOf(const fxBinaryFormat::Record& record, unsigned int n) {
+    static const char* const names[] = {"4 bytes that are ignored", "number", "type's number",
+                                        "version", "size of the block"};
+    std::string text;
+    for (unsigned int i = 0; i < n; ++i) {
+        const bool numberOfType = record.tag == fxOT_Type;
+        text += text.empty() ? "" : "; ";
+        text += numberOfType ? "number" : names[static_cast<unsigned int>(record.words[i])];
+    }
+    if (record.hasText)
+        text += "; name with NUL";
+    return text.empty() ? "none" : text;
+}
+}  // namespace
+
+TEST(streamFormatDoc, tagsHaveTheWordsOfTheFormat) {
+    const auto rows = tableUnder("| tag | record |");
+    ASSERT_EQ(fxBinaryFormat::recordCount, rows.size());
+    for (unsigned int tag = 0; tag < rows.size(); ++tag) {
+        SCOPED_TRACE(tag);
+        ASSERT_EQ(4u, rows[tag].size());
+        const fxBinaryFormat::Record& record = *fxBinaryFormat::recordOf(tag);
+        EXPECT_EQ(std::to_string(tag), rows[tag][0]);
+        EXPECT_EQ(wordsOf(record, record.wordsWritten), rows[tag][2]);
+        std::string read = rows[tag][3].substr(0, rows[tag][3].find("; the size is not used"));
+        if (read == "the same")
+            read = rows[tag][2];
+        EXPECT_EQ(wordsOf(record, record.wordsRead), read);
+    }
+}
+
+namespace {
+// Before any test could register another one.
+const fxTypeObj* const arrayAtStart = fxTypeObj::findType("ARRAY");
+
+// The library has the text of its types' names, whoever has a copy of a record.
+bool isTheLibrarys(const fxTypeObj& type) {
+    Dl_info info, own;
+    return ::dladdr(type.name, &info) != 0 && ::dladdr(fxStr_type.name, &own) != 0 &&
+           info.dli_fbase == own.dli_fbase;
+}
+}  // namespace
+
+TEST(streamFormatDoc, namesEveryTypeThatTheLibraryRegisters) {
+    std::set<std::string> named;
+    for (const auto& row : tableUnder("| name in the stream |")) {
+        ASSERT_EQ(4u, row.size());
+        const std::string name = row[0].substr(1, row[0].size() - 2);
+        EXPECT_TRUE(named.insert(name).second) << name;
+        const fxTypeObj* type = fxTypeObj::findType(name.c_str());
+        ASSERT_NE(nullptr, type) << name;
+        EXPECT_EQ(type->create == nullptr, row[2] == "nothing: abstract") << name;
+    }
+    std::set<std::string> registered;
+    for (fxVoidPtrDictIter iter(*fxTypeObj::knownTypes); iter.getKey(); ++iter) {
+        const auto* type = *static_cast<fxTypeObj**>(iter.getValue());
+        if (isTheLibrarys(*type))
+            registered.insert(type->name);
+    }
+    EXPECT_EQ(registered, named);
+}
+
+TEST(streamFormatDoc, arrayIsReadAsAStringArray) { EXPECT_EQ(&fxStrArray_type, arrayAtStart); }
+
+TEST(streamFormatDoc, setsAndStringArraysAreLaidOutAsTold) {
+    const auto contents = [](fxXDRObj& object) {
+        MemoryStream stream;
+        fxBinaryWriter writer(&stream);
+        EXPECT_TRUE(object.xdr(writer) && writer.flush());
+        return dump(stream.written);
+    };
+    const auto pointer = [](unsigned int number) { return word(number) + word(2); };
+    fxStrSet set(3);
+    set.add(fxStr("A"));
+    set.add(fxStr("B"));
+    EXPECT_EQ(
+        dump(hex("40 10") + host(2) + host(8) + host(3) + host(2) +  // "B" is in bucket 1
+             hex("43 08") + pointer(1) + host(1) + host(2) + hex("43 04") + pointer(2) + host(2)),
+        contents(set));
+    fxStrArray array;
+    for (const char* text : {"A", "", "B"}) {
+        const fxStr element(text);
+        array.append(&element);
+    }
+    EXPECT_EQ(dump(hex("40 0a") + host(24) + host<short>(8) + host(2) + hex("43 08") + pointer(1) +
+                   host(1) + host(2) + hex("03") + pointer(2)),
+              contents(array));
 }
