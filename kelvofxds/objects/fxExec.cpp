@@ -23,12 +23,6 @@ fxExec::~fxExec() {}
 
 // Select handlers.
 
-// The handler at the descriptor of `h`, or null.
-fxSelectHandler* fxExec::registered(const fxSelectHandler* h) const {
-    const unsigned int d = static_cast<unsigned int>(h->fd);
-    return d < maxHandlers ? handlers[d] : nullptr;
-}
-
 void fxExec::addSelectHandler(fxSelectHandler* h) {
     if (h->fd < 0 || h->fd >= static_cast<int>(maxHandlers))
         return;
@@ -41,13 +35,6 @@ void fxExec::removeSelectHandler(fxSelectHandler* h) {
         return;
     handlers[h->fd] = nullptr;
     dirty = 1;
-}
-
-void fxExec::forget(const fxSelectHandler* h) {
-    for (fxSelectHandler*& handler : handlers) {
-        if (handler == h)
-            handler = nullptr;
-    }
 }
 
 void fxExec::updateSelectState() {

@@ -26,7 +26,8 @@ public:
     /// Passes, one at least, until no application is registered. Each waits
     /// for 1000 seconds at most.
     void loop();
-    /// One pass that waits for `timeout` seconds at most.
+    /// One pass that waits for `timeout` seconds at most; less than 0 and no
+    /// number count as 0.
     /// Deliberate: without a select handler it only distributes events: no
     /// function runs, nothing waits and no timer advances. Timers count 100
     /// clock ticks a second, whatever the system's rate.
@@ -87,7 +88,6 @@ private:
     int waitForDescriptors(Wait& wait);
     void serveTimers(const Wait& wait, int ready);
     void serveDescriptors(const Wait& wait);
-    fxSelectHandler* registered(const fxSelectHandler* h) const;
 
     unsigned short lowest;        // lowest descriptor with a handler, or noHandlers
     unsigned short nfds;          // highest one plus 1

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxExec.h"
 #include "kelvofxds/objects/fxSelectHandler.h"
@@ -30,12 +31,13 @@ clock_t ticksNow() {
     return ::times(&unused);
 }
 
-// Whole seconds, and the fraction that a float keeps.
+// Whole seconds, and the fraction that a float keeps. Less than 0 and no number
+// count as 0.
 timeval timevalOf(float seconds) {
     const float most = 2147483520.0F;  // the largest float below 2^31
-    if (seconds < -most)
-        seconds = -most;
-    if (!(seconds < most))
+    if (!(seconds > 0))
+        seconds = 0;
+    if (seconds > most)
         seconds = most;
     timeval time;
     time.tv_sec = static_cast<time_t>(seconds);
@@ -73,6 +75,7 @@ void fxExec::prepareWait(Wait& wait, float timeout) {
     wait.untilTimer = false;
     wait.firstDelta = 0;
     wait.start = 0;
+    fxTimer::startThoseWaiting();
     if (fxTimer::activeTimers) {
         wait.firstDelta = fxTimer::activeTimers->delta;
         wait.start = ticksNow();
@@ -80,8 +83,10 @@ void fxExec::prepareWait(Wait& wait, float timeout) {
     if (fx_theEventHandler && fx_theEventHandler->numberOfEvents() != 0) {
         timeout = 0;
     } else if (fxTimer::activeTimers && timeout > wait.firstDelta) {
+        // Where it lies in the past nothing is waited for, and the clock says
+        // how much time went by: none.
         timeout = wait.firstDelta;
-        wait.untilTimer = true;
+        wait.untilTimer = wait.firstDelta >= 0;
     }
     wait.timeout = timevalOf(timeout);
     wait.readable = readSet;
@@ -113,19 +118,37 @@ void fxExec::serveTimers(const Wait& wait, int ready) {
     errno = savedError;
 }
 
-// A handler may remove or replace handlers, itself included, so it is looked
-// up before each call.
+namespace {
+// A descriptor being served. What its handler is called for may destroy it.
+struct Serving : public fxInProgress<Serving> {
+    fxSelectHandler* handler = nullptr;  // null once it is destroyed
+};
+}  // namespace
+
 void fxExec::serveDescriptors(const Wait& wait) {
+    Serving serving;
     for (unsigned int d = lowest; d < nfds; ++d) {
-        fxSelectHandler* h = handlers[d];
+        fxSelectHandler*& h = serving.handler;
+        h = handlers[d];
         const int fd = static_cast<int>(d);
         if (h && wantRead && FD_ISSET(fd, &wait.readable))
             h->handleRead();
-        if (h && handlers[d] == h && wantWrite && FD_ISSET(fd, &wait.writable))
+        if (h && wantWrite && FD_ISSET(fd, &wait.writable))
             h->handleWrite();
-        if (h && handlers[d] == h && wantException && FD_ISSET(fd, &wait.exceptional))
+        if (h && wantException && FD_ISSET(fd, &wait.exceptional))
             h->handleException();
     }
+}
+
+void fxExec::forget(const fxSelectHandler* h) {
+    for (fxSelectHandler*& handler : handlers) {
+        if (handler == h)
+            handler = nullptr;
+    }
+    Serving::forEach([h](Serving& serving) {
+        if (serving.handler == h)
+            serving.handler = nullptr;
+    });
 }
 
 bool fxExec::willBlock() {

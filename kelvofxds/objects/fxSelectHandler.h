@@ -8,7 +8,9 @@
 /// Register it with fxExec::addSelectHandler; the interest is looked at when
 /// the executive rebuilds its state, so a change takes effect once the handler
 /// has been removed and added again. It may be deleted at any time, also by
-/// one of its own operations; the executive does not call it again.
+/// one of its own operations; the executive does not call it again. One that
+/// is removed or replaced while it is served lives on and is still called for
+/// the other conditions of that pass.
 class FX_EXPORT fxSelectHandler : public fxObj {
 public:
     /// Serves no descriptor yet and wants nothing.
@@ -16,6 +18,8 @@ public:
     /// Serves `descriptor`, 0 to 99, for the conditions that are not 0.
     fxSelectHandler(int descriptor, unsigned char wantsRead, unsigned char wantsWrite,
                     unsigned char wantsException);
+    fxSelectHandler(const fxSelectHandler&) = delete;
+    fxSelectHandler& operator=(const fxSelectHandler&) = delete;
     /// Closes the descriptor, unless it is negative.
     ~fxSelectHandler() override;
 

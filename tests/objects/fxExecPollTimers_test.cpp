@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <limits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -177,7 +178,7 @@ TEST_F(fxExecPollTimers, firstTimerStartedByAHandlerIsNotServedInThisPass) {
     pass(after(100, ready({3})));
     EXPECT_EQ("select read3 ", log());
     pass(timedOut());
-    EXPECT_EQ("times select tick ", log());
+    EXPECT_EQ("times select times tick ", log());
 }
 
 // The table in docs/event-loop.md.
@@ -239,14 +240,32 @@ TEST_F(fxExecPollTimers, failedSelectIsNoTimeoutOfTheFirstTimer) {
     EXPECT_TRUE(timer.isActive());
 }
 
-TEST_F(fxExecPollTimers, negativeDeltaFailsInTheSystemAndFires) {
+TEST_F(fxExecPollTimers, negativeDeltaDoesNotWaitAndFires) {
     registered(3, "r");
-    ScriptedTimer timer("tick", -0.5F);
+    ScriptedTimer timer("tick", -0.5F, true), later("later", 0.25F);
     timer.startTimer();
-    pass(failure(EINVAL));
-    EXPECT_EQ(0, lastSelect().seconds);
-    EXPECT_EQ(-500000, lastSelect().microseconds);
-    EXPECT_EQ("times select times tick ", log());
+    later.startTimer();
+    for (int i = 0; i < 3; ++i) {
+        pass(timedOut());
+        EXPECT_EQ(0, lastSelect().seconds);
+        EXPECT_EQ(0, lastSelect().microseconds);
+        EXPECT_EQ("times select times tick ", log());
+    }
+    pass(after(25, ready({3})));
+    EXPECT_EQ("times select times tick later read3 ", log());
+    timer.stopTimer();
+}
+
+TEST_F(fxExecPollTimers, endlessDeltaWaitsForTheLongestTime) {
+    registered(3, "r");
+    const float infinity = std::numeric_limits<float>::infinity();
+    ScriptedTimer timer("tick", infinity);
+    timer.startTimer();
+    pass(timedOut(100), infinity);
+    EXPECT_EQ(2147483520L, lastSelect().seconds);
+    EXPECT_EQ("times select times ", log());
+    EXPECT_EQ(infinity, deltaOf(timer));
+    timer.stopTimer();
 }
 
 TEST_F(fxExecPollTimers, errnoOfSelectIsKeptAcrossTheTimers) {

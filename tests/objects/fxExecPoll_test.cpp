@@ -201,35 +201,27 @@ TEST_F(fxExecPoll, timeoutIsGivenInWholeSecondsAndTruncatedMicroseconds) {
     log();
 }
 
-TEST_F(fxExecPoll, negativeTimeoutIsGivenAsItIs) {
+TEST_F(fxExecPoll, negativeTimeoutAndNoNumberDoNotWait) {
     registered(3, "r");
-    const struct {
-        float timeout;
-        long seconds, microseconds;
-    } cases[] = {{-1.0F, -1, 0}, {-0.5F, 0, -500000}, {-2.25F, -2, -250000}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.timeout);
-        exec.poll(c.timeout);
-        EXPECT_EQ(c.seconds, lastSelect().seconds);
-        EXPECT_EQ(c.microseconds, lastSelect().microseconds);
+    for (const float timeout :
+         {-1.0F, -0.5F, -2.25F, -1e10F, -FLT_MAX, -infinity, -0.0F, std::nanf("")}) {
+        SCOPED_TRACE(timeout);
+        exec.poll(timeout);
+        ASSERT_TRUE(lastSelect().hasTimeout);
+        EXPECT_EQ(0, lastSelect().seconds);
+        EXPECT_EQ(0, lastSelect().microseconds);
     }
     log();
 }
 
 TEST_F(fxExecPoll, timeoutTooLongForTheSystemIsTheLongest) {
     registered(3, "r");
-    for (const float timeout : {0x1p31F, 1e10F, FLT_MAX, infinity, std::nanf("")}) {
+    for (const float timeout : {0x1p31F, 1e10F, FLT_MAX, infinity}) {
         SCOPED_TRACE(timeout);
         exec.poll(timeout);
         ASSERT_TRUE(lastSelect().hasTimeout);
-        EXPECT_GE(lastSelect().seconds, 2147483520L);
-        EXPECT_GE(lastSelect().microseconds, 0);
-        EXPECT_LT(lastSelect().microseconds, 1000000);
-    }
-    for (const float timeout : {-1e10F, -FLT_MAX, -infinity}) {
-        SCOPED_TRACE(timeout);
-        exec.poll(timeout);
-        EXPECT_LE(lastSelect().seconds, -2147483520L);
+        EXPECT_EQ(2147483520L, lastSelect().seconds);
+        EXPECT_EQ(0, lastSelect().microseconds);
     }
     log();
 }
@@ -299,7 +291,8 @@ TEST_F(fxExecPoll, notATimeoutIsNotCutToTheFirstTimer) {
     ScriptedTimer timer("tick", 0.5F);
     timer.startTimer();
     pass(timedOut(), std::nanf(""));
-    EXPECT_GE(lastSelect().seconds, 2147483520L);
+    EXPECT_EQ(0, lastSelect().seconds);
+    EXPECT_EQ(0, lastSelect().microseconds);
     EXPECT_EQ("times select times ", log());
 }
 
@@ -421,25 +414,23 @@ TEST_F(fxExecPoll, handlerRemovedByAnEarlierOneIsNotCalled) {
     EXPECT_EQ("select read3 ", log());
 }
 
-TEST_F(fxExecPoll, handlerThatRemovesItselfIsNotCalledAgain) {
+TEST_F(fxExecPoll, handlerThatRemovesItselfIsCalledForTheConditionsOfItsStep) {
     ScriptedHandler& h = registered(3, "rwx");
     h.onRead = [&] { exec.removeSelectHandler(&h); };
     pass(ready({3}, {3}, {3}));
-    EXPECT_EQ("select read3 ", log());
-    h.onRead = nullptr;
-    exec.addSelectHandler(&h);
-    h.onWrite = [&] { exec.removeSelectHandler(&h); };
+    EXPECT_EQ("select read3 write3 exception3 ", log());
+    registered(4, "r");
     pass(ready({3}, {3}, {3}));
-    EXPECT_EQ("select read3 write3 ", log());
+    EXPECT_EQ("select ", log());
 }
 
-TEST_F(fxExecPoll, handlerThatReplacesItselfLeavesTheRestOfTheStepOut) {
+TEST_F(fxExecPoll, handlerThatIsReplacedIsCalledForTheConditionsOfItsStep) {
     ScriptedHandler& h = registered(3, "rwx");
     ScriptedHandler other(3, "rwx");
     other.name = "other";
     h.onRead = [&] { exec.addSelectHandler(&other); };
     pass(ready({3}, {3}, {3}));
-    EXPECT_EQ("select read3 ", log());
+    EXPECT_EQ("select read3 write3 exception3 ", log());
     pass(ready({3}, {3}, {3}));
     EXPECT_EQ("select readother writeother exceptionother ", log());
     exec.removeSelectHandler(&other);

@@ -30,6 +30,10 @@ static_assert(std::is_base_of<fxObj, fxSelectHandler>::value, "handlers may have
 static_assert(std::is_abstract<fxSelectHandler>::value, "handleRead is pure");
 static_assert(std::is_same<decltype(fxSelectHandler::fd), int>::value, "signed");
 
+static_assert(!std::is_copy_constructible<fxSelectHandler>::value &&
+                  !std::is_copy_assignable<fxSelectHandler>::value,
+              "a handler owns its descriptor");
+
 using namespace loopTest;
 
 namespace {

@@ -1,6 +1,7 @@
 // What an alarm does to the active list, in exact floats, and what ticks may
 // do meanwhile.
 
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -250,16 +251,68 @@ TEST_F(fxTimerAlarm, timerStartedInItsOwnTickMakesUpForLateness) {
     }
 }
 
-TEST_F(fxTimerAlarm, timerStartedInItsOwnTickWaitsAFullInterval) {
-    ScriptedTimer timer("tick", 0.5F);
-    timer.onTick = [&] {
-        timer.setInterval(2.0F);
+// The time elapsed is lowered by the delta that the timer has after its tick,
+// which may be more than there is and less than was due.
+TEST_F(fxTimerAlarm, deliberateTimerStartedInItsOwnTickIsChargedWithItsNewDelta) {
+    const struct {
+        float later;  // interval of another timer
+        float interval;
+        const char* fired;
+        std::vector<Entry> left;
+    } cases[] = {
+        {4.0F, 2.0F, "tick ", {{0, 3.5F}, {1, 1.5F}}},
+        {1.0F, 2.0F, "tick ", {{1, 1.5F}, {0, 1.5F}}},
+        {0.5F, 0.25F, "tick other tick ", {{0, 0.25F}}},
+        {0.5F, 0.5F, "tick other ", {{0, 0.5F}}},
+        {1.0F, 0.25F, "tick tick other tick ", {{0, 0.5F}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "row " << &c - cases);
+        ScriptedTimer timer("tick", 0.5F), other("other", c.later);
+        timer.onTick = [&] {
+            timer.setInterval(c.interval);
+            timer.startTimer();
+        };
         timer.startTimer();
+        other.startTimer();
+        fxTimer::alarm(0.5F);
+        EXPECT_EQ(c.fired, log());
+        ActiveList left;
+        for (const Entry& entry : c.left)
+            left.emplace_back(entry.timer == 0 ? &timer : &other, entry.delta);
+        EXPECT_EQ(left, activeList());
+    }
+}
+
+// What another timer's start takes from the delta counts, too.
+TEST_F(fxTimerAlarm, deltaAfterTheTickIsWhatItsTickLeft) {
+    ScriptedTimer timer("tick", 0.5F), between("between", 0.25F), other("other", 4.0F);
+    timer.onTick = [&] {
+        timer.setInterval(1.0F);
+        timer.startTimer();
+        between.startTimer();
     };
     timer.startTimer();
-    fxTimer::alarm(0.5F);
-    EXPECT_EQ(ActiveList({{&timer, 2.0F}}), activeList());
-    timer.stopTimer();
+    other.startTimer();
+    fxTimer::alarm(0.75F);
+    // 0.75 - 0.75 is left after the tick.
+    EXPECT_EQ("tick ", log());
+    EXPECT_EQ(ActiveList({{&between, 0.25F}, {&timer, 0.75F}, {&other, 2.5F}}), activeList());
+}
+
+TEST_F(fxTimerAlarm, timerThatItsTickDestroysIsChargedWithTheDeltaFromBefore) {
+    auto timer = std::make_unique<ScriptedTimer>("tick", 0.5F);
+    ScriptedTimer other("other", 1.0F);
+    timer->onTick = [&] {
+        timer->setInterval(0.25F);
+        timer->startTimer();
+        timer.reset();
+    };
+    timer->startTimer();
+    other.startTimer();
+    fxTimer::alarm(0.75F);
+    EXPECT_EQ("tick ", log());
+    EXPECT_EQ(ActiveList({{&other, 0.25F}}), activeList());
 }
 
 // What a tick does to others.
@@ -391,4 +444,70 @@ TEST_F(fxTimerAlarm, timerAwaitingItsRestartMayBeStartedInAnAlarmWithin) {
     EXPECT_EQ("fired outer inner ", log());
     EXPECT_EQ(ActiveList({{&fired, 0.25F}}), activeList());
     fired.stopTimer();
+}
+
+// Intervals that are no length of time.
+
+namespace {
+const float infinity = std::numeric_limits<float>::infinity();
+const float notANumber = std::numeric_limits<float>::quiet_NaN();
+}  // namespace
+
+TEST_F(fxTimerAlarm, intervalThatIsNoNumberCountsAsZero) {
+    for (const float interval : {notANumber, -notANumber, -infinity}) {
+        SCOPED_TRACE(interval);
+        ScriptedTimer timer("tick", 0.5F), odd("odd", interval, true);
+        timer.startTimer();
+        odd.startTimer();
+        EXPECT_EQ(ActiveList({{&odd, 0}, {&timer, 0.5F}}), activeList());
+        fxTimer::alarm(0.25F);
+        EXPECT_EQ("odd ", log());
+        EXPECT_EQ(ActiveList({{&odd, 0}, {&timer, 0.25F}}), activeList());
+        fxTimer::alarm(0.25F);
+        EXPECT_EQ("odd tick ", log());
+        odd.stopTimer();
+    }
+}
+
+TEST_F(fxTimerAlarm, timeThatIsNoNumberCountsAsZero) {
+    ScriptedTimer now("now", 0), timer("tick", 0.5F);
+    now.startTimer();
+    timer.startTimer();
+    fxTimer::alarm(notANumber);
+    EXPECT_EQ("now ", log());
+    EXPECT_EQ(ActiveList({{&timer, 0.5F}}), activeList());
+}
+
+TEST_F(fxTimerAlarm, endlessIntervalsLetTheOthersTick) {
+    ScriptedTimer first("first", infinity), second("second", infinity), timer("tick", 0.5F, true);
+    for (fxTimer* t : {&first, &second, &timer})
+        t->startTimer();
+    EXPECT_EQ(ActiveList({{&timer, 0.5F}, {&first, infinity}, {&second, 0}}), activeList());
+    for (int i = 0; i < 3; ++i) {
+        fxTimer::alarm(0.5F);
+        EXPECT_EQ("tick ", log());
+        EXPECT_EQ(ActiveList({{&timer, 0.5F}, {&first, infinity}, {&second, 0}}), activeList());
+    }
+    first.stopTimer();
+    EXPECT_EQ(ActiveList({{&timer, 0.5F}, {&second, infinity}}), activeList());
+    fxTimer::alarm(infinity);
+    EXPECT_EQ("tick second ", log());
+    EXPECT_EQ(ActiveList({{&timer, 0.5F}}), activeList());
+    timer.stopTimer();
+}
+
+TEST_F(fxTimerAlarm, timerThatStartsItselfForeverLetsTheOthersTick) {
+    ScriptedTimer timer("tick", 0.5F), other("other", 1.0F);
+    timer.onTick = [&] {
+        timer.setInterval(infinity);
+        timer.startTimer();
+    };
+    timer.startTimer();
+    other.startTimer();
+    fxTimer::alarm(0.75F);
+    EXPECT_EQ("tick ", log());
+    EXPECT_EQ(ActiveList({{&other, 0.25F}, {&timer, infinity}}), activeList());
+    fxTimer::alarm(0.25F);
+    EXPECT_EQ("other ", log());
+    timer.stopTimer();
 }

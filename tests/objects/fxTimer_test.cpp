@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/objects/fxOutputChannel.h"
+#include "kelvofxds/values/fxProperty.h"
 #include "tests/support/loopFixture.h"
 #include "tests/support/vtable.h"
 
@@ -36,6 +37,9 @@ struct fxTimerLayout {
 #pragma GCC diagnostic pop
 
 static_assert(std::is_base_of<fxObj, fxTimer>::value, "timers have outputs");
+static_assert(!std::is_copy_constructible<fxTimer>::value &&
+                  !std::is_copy_assignable<fxTimer>::value,
+              "a timer has a place in a list");
 static_assert(std::is_same<decltype(fxTimer::activeTimers), fxTimer*>::value, "one list");
 
 namespace loopTest {
@@ -144,6 +148,60 @@ TEST_F(fxTimerTest, tickOfAPlainTimerIsDeliveredAtTheEndOfThePass) {
     exec.addPostSelectFunc([] { note("post"); });
     pass(timedOut());
     EXPECT_EQ("post received ", log());
+}
+
+// The output may go, or another one may take its place.
+
+namespace {
+
+void removeTick(fxTimer& timer) { timer.removeOutput("tick"); }
+void replaceTick(fxTimer& timer) { timer.addOutput("tick", fxDT_void); }
+void replaceTickByAnInt(fxTimer& timer) { timer.addOutput("tick", fxDT_int); }
+void removeOutputs(fxTimer& timer) { timer.removeProperty("outputs"); }
+void removeAll(fxTimer& timer) { timer.removeAllProperties(); }
+void removeAllAndMakeAnother(fxTimer& timer) {
+    timer.removeAllProperties();
+    timer.addOutput("other", fxDT_void);
+}
+void setOutputsAnew(fxTimer& timer) {
+    timer.setProperty(new fxProperty(fxProperty::findTag("outputs"), static_cast<fxObj*>(nullptr)));
+}
+
+// Each way, and whether a "tick" without value is there afterwards.
+const struct {
+    void (*change)(fxTimer&);
+    bool isThere;
+} changes[] = {{removeTick, false},    {replaceTick, true}, {replaceTickByAnInt, false},
+               {removeOutputs, false}, {removeAll, false},  {removeAllAndMakeAnother, false},
+               {setOutputsAnew, false}};
+
+}  // namespace
+
+TEST_F(fxTimerTest, sendsOnItsPresentOutputOrOnNone) {
+    for (const auto& c : changes) {
+        SCOPED_TRACE(testing::Message() << "row " << &c - changes);
+        fxTimer timer(0);
+        Receiver before("before"), behind("behind");
+        timer.connect("tick", &before, "in");
+        timer.startTimer();
+        c.change(timer);
+        timer.connect("tick", &behind, "in");
+        fxTimer::alarm(0);
+        fx_theEventHandler->distributeEvents();
+        EXPECT_EQ(c.isThere ? "behind " : "", log());
+        timer.tick();
+        fx_theEventHandler->distributeEvents();
+        EXPECT_EQ(c.isThere ? "behind " : "", log());
+        EXPECT_EQ(c.isThere, fxTimerLayout::tickOut(timer) != nullptr);
+
+        // It may come back.
+        timer.removeAllProperties();
+        timer.addOutput("tick", fxDT_void);
+        timer.connect("tick", &behind, "in");
+        timer.tick();
+        fx_theEventHandler->distributeEvents();
+        EXPECT_EQ("behind ", log());
+    }
 }
 
 // The delta list.

@@ -77,6 +77,36 @@ TEST_F(loopReentrancy, handlerMayRemoveAndDeleteItself) {
     EXPECT_EQ("read4 ", log());
 }
 
+// It is not in the table any more when it goes.
+TEST_F(loopReentrancy, handlerThatRemovedItselfMayBeDeletedInItsStep) {
+    for (const bool afterTheWrite : {false, true}) {
+        SCOPED_TRACE(afterTheWrite);
+        auto h = ownHandler(3, "rwx");
+        ScriptedHandler successor(3, "rwx");
+        successor.name = "successor";
+        (afterTheWrite ? h->onRead : h->onWrite) = [&] { exec.removeSelectHandler(h.get()); };
+        (afterTheWrite ? h->onWrite : h->onRead) = [&] {
+            exec.addSelectHandler(&successor);
+            h.reset();
+        };
+        pass(ready({3}, {3}, {3}));
+        EXPECT_EQ(afterTheWrite ? "read3 write3 " : "read3 ", log());
+        exec.removeSelectHandler(&successor);
+    }
+}
+
+TEST_F(loopReentrancy, passWithinMayDeleteAHandlerThatRemovedItself) {
+    auto h = ownHandler(3, "rw");
+    registered(5, "r").onRead = [&] { h.reset(); };
+    h->onRead = [&] {
+        exec.removeSelectHandler(h.get());
+        pass(ready({5}));
+        note("back");
+    };
+    pass(ready({3}, {3}));
+    EXPECT_EQ("read3 read5 back ", log());
+}
+
 TEST_F(loopReentrancy, handlerMayDeleteALaterOne) {
     auto late = ownHandler(9, "rwx");
     registered(3, "r").onRead = [&] { late.reset(); };
