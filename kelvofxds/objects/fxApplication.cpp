@@ -1,10 +1,12 @@
 #include "kelvofxds/objects/fxApplication.h"
 
+#include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/objects/fxExec.h"
 
 fxApplication::fxApplication() : opened(0) {
-    if (fx_theExecutive)
-        fx_theExecutive->add(this);
+    if (!fx_theExecutive)
+        fxFatal("fxApplication: call fxInitializeToolkit first");
+    fx_theExecutive->add(this);
 }
 
 fxApplication::~fxApplication() {

@@ -5,13 +5,17 @@
 
 /// An application of the executive, whose loop runs while any is registered.
 ///
-/// Construction registers it and close() takes it out again.
+/// Construction registers it and close() takes it out again. There must be an
+/// executive, so it is made after fxInitializeToolkit(); before, the process
+/// ends: "fxApplication: call fxInitializeToolkit first".
 /// Deliberate: the destructor takes it out only while it is open; close an
 /// application that was never opened before deleting it, since it stays
 /// registered otherwise.
 class FX_EXPORT fxApplication : public fxObj {
 public:
     fxApplication();
+    fxApplication(const fxApplication&) = delete;
+    fxApplication& operator=(const fxApplication&) = delete;
     ~fxApplication() override;
 
     /// Prepares the application; `argv` has `argc` arguments.

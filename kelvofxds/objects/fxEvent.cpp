@@ -1,7 +1,8 @@
 #include "kelvofxds/objects/fxEvent.h"
 
+// The numbers that start-up draws.
 unsigned long fxET_Unknown = 0;
-unsigned long fxET_MessageEvent = 0;
+unsigned long fxET_MessageEvent = 1;
 
 unsigned long fxEvent::nextSequenceNumber = 0;
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
+#include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxObj.h"
@@ -132,9 +133,11 @@ void dt_output_dict(void* dict) {
 // Sending.
 
 void fxObj::sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags) {
+    if (!fx_theEventHandler && data && out->getNumberOfConnections() != 0)
+        fxFatal("fxObj: call fxInitializeToolkit first");
     if (fx_theEventHandler)
         fx_theEventHandler->postMessage(out, data, flags);
-    else if (data && data->count == 0)
+    else
         delete data;
 }
 

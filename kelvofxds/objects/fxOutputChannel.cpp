@@ -1,6 +1,7 @@
 #include "kelvofxds/objects/fxOutputChannel.h"
 
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxSendWalkInternal.h"
 #include "kelvofxds/values/fxConverter.h"
@@ -52,6 +53,8 @@ void fxOutputChannel::add(fxInputChannel* in) {
     fxInputChannel* element = in;
     if (type != in->getType() && in->getType() != fxDT_void) {
         fxConverter* link = fxConverter::findConverter(type, in->getType());
+        if (!link && !fx_theEventHandler)
+            fxFatal("fxConverter: call fxInitializeToolkit first");
         if (!link)
             fxFatal("Can't convert from %d to %d", type, in->getType());
         fxConverter::splice(link, in);

@@ -6,18 +6,20 @@
 #include "kelvofxds/core/fxFreeListInternal.h"
 #include "kelvofxds/values/fxDataInternal.h"
 
+// The numbers that start-up draws, so that static objects of a host may have
+// channels and properties before.
 unsigned short fxDT_void = 0;
-unsigned short fxDT_fxBool = 0;
-unsigned short fxDT_int = 0;
-unsigned short fxDT_long = 0;
-unsigned short fxDT_float = 0;
-unsigned short fxDT_double = 0;
-unsigned short fxDT_CharPtr = 0;
-unsigned short fxDT_fxStr = 0;
-unsigned short fxDT_VoidPtr = 0;
-unsigned short fxDT_ObjPtr = 0;
-unsigned short fxDT_DataPtr = 0;
-unsigned short fxDT_fxStrArray = 0;
+unsigned short fxDT_fxBool = 1;
+unsigned short fxDT_int = 2;
+unsigned short fxDT_long = 3;
+unsigned short fxDT_float = 4;
+unsigned short fxDT_double = 5;
+unsigned short fxDT_CharPtr = 6;
+unsigned short fxDT_fxStr = 7;
+unsigned short fxDT_VoidPtr = 8;
+unsigned short fxDT_ObjPtr = 9;
+unsigned short fxDT_DataPtr = 10;
+unsigned short fxDT_fxStrArray = 11;
 
 fxData::fxData(unsigned short typeCode) : count(0), type(typeCode) {}
 

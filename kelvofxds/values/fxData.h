@@ -6,7 +6,7 @@
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/str/fxStrArray.h"
 
-// Data type codes: 0 to 11 in this order, once the toolkit is initialised.
+// Data type codes: 0 to 11 in this order, also before the toolkit is initialised.
 extern FX_EXPORT unsigned short fxDT_void;        ///< No value.
 extern FX_EXPORT unsigned short fxDT_fxBool;      ///< unsigned char
 extern FX_EXPORT unsigned short fxDT_int;         ///< int

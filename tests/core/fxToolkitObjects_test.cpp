@@ -45,6 +45,14 @@ unsigned short* const dataTypes[] = {&fxDT_void,    &fxDT_fxBool, &fxDT_int,    
                                      &fxDT_float,   &fxDT_double, &fxDT_CharPtr, &fxDT_fxStr,
                                      &fxDT_VoidPtr, &fxDT_ObjPtr, &fxDT_DataPtr, &fxDT_fxStrArray};
 
+const bool codesBeforeMain = [] {
+    unsigned int number = 0;
+    bool right = fxET_Unknown == 0 && fxET_MessageEvent == 1;
+    for (const unsigned short* type : dataTypes)
+        right = right && *type == number++;
+    return right;
+}();
+
 std::vector<unsigned int> rangesOf(const fxSequencer& sequencer) {
     std::vector<unsigned int> ranges;
     for (unsigned int i = 0; i < sequencer.getRanges().length(); ++i) {
@@ -84,6 +92,8 @@ TEST_F(fxToolkitObjectsTest, staticInitialisersMakeTheOrderingsAndNothingElse) {
     for (const void* singleton : beforeMain.all())
         EXPECT_EQ(nullptr, singleton);
 }
+
+TEST_F(fxToolkitObjectsTest, codesHaveTheirNumbersBefore) { EXPECT_TRUE(codesBeforeMain); }
 
 TEST_F(fxToolkitObjectsTest, initialisationMakesEverySingleton) {
     for (const void* singleton : Singletons().all())

@@ -1,5 +1,6 @@
 #include "kelvofxds/objects/fxApplication.h"
 
+#include <csignal>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -11,6 +12,10 @@
 
 #include "tests/support/loopFixture.h"
 #include "tests/support/vtable.h"
+
+static_assert(!std::is_copy_constructible<fxApplication>::value &&
+                  !std::is_copy_assignable<fxApplication>::value,
+              "the executive knows an application by its address");
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
@@ -157,13 +162,23 @@ TEST_F(fxApplicationTest, closedApplicationIsGoneAfterItsDestruction) {
 }
 
 TEST_F(fxApplicationTest, withoutAnExecutiveOnlyTheMarkIsKept) {
-    fx_theExecutive = nullptr;
     PlainApplication a;
+    fx_theExecutive = nullptr;
     a.open();
     EXPECT_TRUE(a.isOpen());
     a.close();
     EXPECT_FALSE(a.isOpen());
     a.open();
+}
+
+// Without the fixture, whose close is not the system's.
+TEST(fxApplicationDeathTest, anExecutiveIsNeededToMakeOne) {
+    const auto make = [] {
+        fx_theExecutive = nullptr;
+        PlainApplication application;
+    };
+    EXPECT_EXIT(make(), testing::KilledBySignal(SIGABRT),
+                "^fxApplication: call fxInitializeToolkit first\n$");
 }
 
 // All of them.

@@ -1,5 +1,7 @@
+#include <csignal>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -160,21 +162,20 @@ TEST_F(sending, functionAndTargetAreThoseOfTheTimeOfDelivery) {
     EXPECT_EQ("b=7 c=7", distribute());
 }
 
-TEST_F(sending, anEventHandlerIsNeeded) {
+using sendingDeathTest = sending;
+
+TEST_F(sendingDeathTest, anEventHandlerIsNeededToSendToAnybody) {
     connectAll();
-    SpyData data(1);
-    data.count = 1;
     fxEventHandler* const handler = std::exchange(fx_theEventHandler, nullptr);
-    for (const fxObj::fxSendFlags flags : allFlags)
-        sender.sendData(sender.out, &data, flags);
+    for (const fxObj::fxSendFlags flags : allFlags) {
+        EXPECT_EXIT(sender.sendData(sender.out, new SpyData(1), flags),
+                    testing::KilledBySignal(SIGABRT), "^fxObj: call fxInitializeToolkit first\n$");
+        sender.sendData(sender.out, nullptr, flags);
+    }
     fx_theEventHandler = handler;
-    EXPECT_EQ("", log.take());
-    EXPECT_EQ(0U, queued());
-    EXPECT_EQ(1U, data.count);
 }
 
-TEST_F(sending, valueThatNobodyHoldsIsDeletedWithoutAnEventHandler) {
-    connectAll();
+TEST_F(sending, valueWithoutConnectionsIsDeletedWithoutAnEventHandler) {
     fxEventHandler* const handler = std::exchange(fx_theEventHandler, nullptr);
     for (const fxObj::fxSendFlags flags : allFlags) {
         sender.sendData(sender.out, nullptr, flags);
