@@ -153,6 +153,8 @@ void use(fxStrSet& set) {
     hostile::sink = writer.writeObject(&set, &set);
     fxStrSet other(3);
     other |= set;
+    if (set.getNumBuckets() == 0)
+        return;  // nothing can be added
     set.add("added");
     set &= other;
     fxStrSetIter iter(set);

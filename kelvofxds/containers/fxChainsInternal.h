@@ -5,6 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
+
 /// What 0 buckets stands for.
 constexpr unsigned int fxDefaultBuckets = 31;
 
@@ -32,23 +35,29 @@ inline unsigned int fxHashWords(const void* key, unsigned int keySize) {
     return hash;
 }
 
-/// What a stream claims of the size of keys and values, weighed against the
-/// bytes that it has to give for them. A class's own size and a little more is
-/// believed of every one; what goes beyond that is limited for all entries of a
-/// container together.
+/// What a stream claims of the sizes of keys and values. A host's class knows
+/// best and is believed. A class that knows its own sizes has the claims weighed
+/// against the bytes that the stream has to give for them: its own size and a
+/// little more is believed of every key and value; what goes beyond that is
+/// limited for all entries of a container together.
 class fxClaimedSizes {
 public:
-    fxClaimedSizes() : gap(0), left(mostGaps) {}
+    /// Believes.
+    fxClaimedSizes() : weighs(false), ownKey(0), ownValue(0), gap(0), left(0) {}
+    /// Weighs, for a class of these sizes; those of a set's values are 0.
+    fxClaimedSizes(unsigned int keyBytes, unsigned int valueBytes)
+        : weighs(true), ownKey(keyBytes), ownValue(valueBytes), gap(0), left(mostGaps) {}
 
-    /// Adds a part of each entry. `claimed` bytes cannot be less than `own`, the
-    /// class's, which is 0 where the class does not say. Returns false if the
-    /// claim cannot be believed of a single entry.
-    bool add(unsigned int claimed, unsigned int own) {
-        if (claimed < own || claimed - own > mostGaps)
+    /// The sizes of every entry to come. Returns false if they cannot be
+    /// believed of a single one.
+    bool claim(unsigned int keyBytes, unsigned int valueBytes) {
+        unsigned int block = 0;
+        if (__builtin_add_overflow(keyBytes, valueBytes, &block))
             return false;
-        const unsigned int believed = own != 0 ? own + smallGap : unknownSize;
-        gap += claimed > believed ? claimed - believed : 0;
-        return true;
+        if (!weighs)
+            return true;
+        const bool valueIsAligned = ownValue == 0 || keyBytes % alignof(void*) == 0;
+        return valueIsAligned && weigh(keyBytes, ownKey) && weigh(valueBytes, ownValue);
     }
 
     /// Whether there is credit for one more entry.
@@ -61,12 +70,91 @@ public:
 
 private:
     static const unsigned int smallGap = 32;        // bytes
-    static const unsigned int unknownSize = 4096;   // bytes
     static const unsigned int mostGaps = 1U << 20;  // bytes
 
-    unsigned int gap;   // of an entry, in bytes
-    unsigned int left;  // bytes
+    bool weigh(unsigned int claimed, unsigned int own) {
+        if (claimed < own || claimed - own > mostGaps)
+            return false;
+        gap += claimed - own > smallGap ? claimed - own - smallGap : 0;
+        return true;
+    }
+
+    bool weighs;
+    unsigned int ownKey;    // bytes
+    unsigned int ownValue;  // bytes
+    unsigned int gap;       // of an entry, in bytes
+    unsigned int left;      // bytes
 };
+
+/// Makes the buckets that a constructor of `owner` was asked for.
+template <class Buckets>
+void fxMakeBuckets(const char* owner, Buckets& buckets, unsigned int numBuckets) {
+    const unsigned int n = numBuckets != 0 ? numBuckets : fxDefaultBuckets;
+    fxProduct(owner, n, sizeof(void*));
+    buckets.resize(n);
+}
+
+/// Ends the process: something was to be added where there are no buckets.
+[[noreturn, gnu::cold]] inline void fxNoBuckets(const char* className) {
+    fxFatal("%s: no buckets", className);
+}
+
+/// A pointer to an entry that an operation holds while the host's code runs.
+/// When that code removes the entry, the pointer moves on to the next one, or
+/// becomes null. Those that are held make a stack, innermost first, which
+/// costs a removal a look at its top.
+template <class Bucket>
+class fxHeldEntry {
+public:
+    enum Removal { movesOn, drops };
+
+    fxHeldEntry(Bucket*& entry, Removal removal)
+        : held(entry), onRemoval(removal), outer(innermost) {
+        innermost = this;
+    }
+    fxHeldEntry(const fxHeldEntry&) = delete;
+    fxHeldEntry& operator=(const fxHeldEntry&) = delete;
+    ~fxHeldEntry() { innermost = outer; }
+
+    /// Tells all pointers that `b` has been taken out of its chain.
+    static void leave(const Bucket* b) {
+        for (fxHeldEntry* h = innermost; h; h = h->outer) {
+            if (h->held == b)
+                h->held = h->onRemoval == movesOn ? b->next : nullptr;
+        }
+    }
+
+private:
+    static inline fxHeldEntry* innermost = nullptr;
+
+    Bucket*& held;
+    Removal onRemoval;
+    fxHeldEntry* outer;
+};
+
+/// Takes the entry that `link` leads to out of its chain and returns it.
+template <class Bucket>
+Bucket* fxUnlink(Bucket** link) {
+    Bucket* b = *link;
+    *link = b->next;
+    fxHeldEntry<Bucket>::leave(b);
+    return b;
+}
+
+/// Calls `visit` with every entry of the chains in `buckets`. The entry that is
+/// visited may be removed meanwhile, and any other; one that is added in front
+/// is not visited any more.
+template <class Bucket, class Buckets, class Visit>
+void fxVisitEntries(const Buckets& buckets, Visit visit) {
+    for (unsigned int i = 0; i < buckets.getLen() / sizeof(void*); ++i) {
+        Bucket* next = buckets[i];
+        const fxHeldEntry<Bucket> held(next, fxHeldEntry<Bucket>::movesOn);
+        while (Bucket* b = next) {
+            next = b->next;
+            visit(b);
+        }
+    }
+}
 
 /// Enters `iter` at a vacant place or at the end, unless it is there already.
 template <class Iters, class Iter>

@@ -31,9 +31,15 @@ bool fxDictBuckets::makeEmptyBuckets(unsigned int n) {
 
 // Construction.
 
+namespace {
+const char owner[] = "fxDictionary";
+using HeldEntry = fxHeldEntry<fxDictBucket>;
+}  // namespace
+
 fxDictionary::fxDictionary(unsigned int keyBytes, unsigned int valueBytes, unsigned int numBuckets)
     : numItems(0), keySize(keyBytes), valueSize(valueBytes) {
-    buckets.resize(numBuckets != 0 ? numBuckets : fxDefaultBuckets);
+    fxSum(owner, keyBytes, valueBytes);
+    fxMakeBuckets(owner, buckets, numBuckets);
 }
 
 fxDictionary::fxDictionary(const fxDictionary& other)
@@ -51,18 +57,16 @@ fxDictionary::~fxDictionary() {}
 void fxDictionary::operator=(const fxDictionary& other) {
     if (this == &other)
         return;
-    for (unsigned int i = 0; i < other.bucketCount(); ++i) {
-        for (fxDictBucket* b = other.buckets[i]; b; b = b->next)
-            addInternal(b->kvmem, valueOf(b));
-    }
+    fxVisitEntries<fxDictBucket>(
+        other.buckets, [this](const fxDictBucket* b) { addInternal(b->kvmem, valueOf(b)); });
 }
 
 void fxDictionary::cleanup() {
     for (unsigned int i = 0; i < bucketCount(); ++i) {
-        while (fxDictBucket* b = buckets[i]) {
-            buckets[i] = b->next;
-            destroyKey(b->kvmem);
-            destroyValue(valueOf(b));
+        while (buckets[i]) {
+            fxDictBucket* b = fxUnlink(&buckets[i]);
+            endEntry(b, true);
+            parkIters(b);
             release(b);
         }
     }
@@ -75,8 +79,18 @@ void fxDictionary::cleanup() {
             continue;
         iter->dict = nullptr;
         iter->bucket = nullptr;
-        iter->flags |= fxDictIter::advanced;
+        iter->flags = fxDictIter::advanced;
     }
+}
+
+// Takes the iterators off an entry that goes while all entries do.
+void fxDictionary::parkIters(const fxDictBucket* b) const {
+    fxVisitIters(iters, [b](fxDictIter& iter) {
+        if (iter.bucket != b)
+            return;
+        iter.bucket = nullptr;
+        iter.flags = fxDictIter::advanced | fxDictIter::parked;
+    });
 }
 
 // The operations on keys and values that have a default.
@@ -108,9 +122,9 @@ fxDictionary::Place fxDictionary::lookUp(const void* key) const {
     return {index, nullptr};
 }
 
-fxDictionary::Place fxDictionary::lookUpToAdd(const void* key) {
+fxDictionary::Place fxDictionary::lookUpToAdd(const void* key) const {
     if (bucketCount() == 0)
-        buckets.resize(fxDefaultBuckets);
+        fxNoBuckets(className());
     return lookUp(key);
 }
 
@@ -125,37 +139,77 @@ void* fxDictionary::find(const void* key, void** bucketOut) const {
 // Adding.
 
 fxDictBucket* fxDictionary::pushEntry(unsigned int bucketIndex, void* kvmem) {
+    auto* b = fxTryNew<fxDictBucket>();
+    if (!b)
+        return nullptr;
     fxDictBucket*& head = buckets[bucketIndex];
-    head = new fxDictBucket{kvmem, head};
-    return head;
+    b->kvmem = kvmem;
+    b->next = head;
+    head = b;
+    return b;
+}
+
+// A new entry with a copy of `key` and one of `*value`; without a `value`, with
+// a default one. It is counted once it is there.
+fxDictBucket* fxDictionary::addEntry(unsigned int bucketIndex, const void* key,
+                                     const void* const* value) {
+    void* block = fxAllocate(fxSum(owner, keySize, valueSize));
+    void* valueAt = static_cast<char*>(block) + keySize;
+    bool hasKey = false;
+    try {
+        copyKey(key, block);
+        hasKey = true;
+        if (value)
+            copyValue(*value, valueAt);
+        else
+            createValue(valueAt);
+    } catch (...) {
+        if (hasKey)
+            destroyKey(block);
+        std::free(block);
+        throw;
+    }
+    fxDictBucket* b = pushEntry(bucketIndex, block);
+    if (!b)
+        fxOutOfMemory();
+    ++numItems;
+    return b;
 }
 
 fxDictBucket* fxDictionary::addInternal(const void* key, const void* value) {
     const Place place = lookUpToAdd(key);
-    if (!place.link) {
-        void* block = fxAllocate(keySize + valueSize);
-        copyKey(key, block);
-        copyValue(value, static_cast<char*>(block) + keySize);
-        ++numItems;
-        return pushEntry(place.bucketIndex, block);
-    }
+    if (!place.link)
+        return addEntry(place.bucketIndex, key, &value);
     fxDictBucket* b = *place.link;
-    if (value != valueOf(b)) {  // else it is the entry's own value
-        destroyValue(valueOf(b));
+    if (value == valueOf(b))
+        return b;  // the entry's own value
+    return replaceValue(b, place.bucketIndex, key, value);
+}
+
+// The end of the old value may remove the entry.
+fxDictBucket* fxDictionary::replaceValue(fxDictBucket* b, unsigned int bucketIndex, const void* key,
+                                         const void* value) {
+    const void* block = b->kvmem;
+    const unsigned int size = keySize + valueSize;
+    const HeldEntry held(b, HeldEntry::drops);
+    destroyValue(valueOf(b));
+    if (!b) {
+        const bool areGone = fxPointsInto(key, block, size) || fxPointsInto(value, block, size);
+        return areGone ? nullptr : fxDictionary::addInternal(key, value);
+    }
+    try {
         copyValue(value, valueOf(b));
+    } catch (...) {
+        if (b)
+            removeEntry(b, bucketIndex);
+        throw;
     }
     return b;
 }
 
 void* fxDictionary::findCreate(const void* key) {
     const Place place = lookUpToAdd(key);
-    if (place.link)
-        return valueOf(*place.link);
-    void* block = fxAllocate(keySize + valueSize);
-    copyKey(key, block);
-    createValue(static_cast<char*>(block) + keySize);
-    ++numItems;
-    return valueOf(pushEntry(place.bucketIndex, block));
+    return valueOf(place.link ? *place.link : addEntry(place.bucketIndex, key, nullptr));
 }
 
 // Removing.
@@ -163,11 +217,29 @@ void* fxDictionary::findCreate(const void* key) {
 // Takes the entry of `key` out of its chain; null when there is none.
 fxDictBucket* fxDictionary::unlink(const void* key) {
     const Place place = lookUp(key);
-    if (!place.link)
-        return nullptr;
-    fxDictBucket* b = *place.link;
-    *place.link = b->next;
-    return b;
+    return place.link ? fxUnlink(place.link) : nullptr;
+}
+
+// Ends the key of an entry that has been unlinked, and its value. That may
+// remove the entry that followed it, to which its iterators are still to move.
+void fxDictionary::endEntry(fxDictBucket* b, bool withValue) {
+    void* value = valueOf(b);
+    const HeldEntry held(b->next, HeldEntry::movesOn);
+    destroyKey(b->kvmem);
+    if (withValue)
+        destroyValue(value);
+}
+
+// Removes an entry whose value is gone.
+void fxDictionary::removeEntry(fxDictBucket* b, unsigned int bucketIndex) {
+    fxDictBucket** link = &buckets[bucketIndex];
+    while (*link != b)
+        link = &(*link)->next;
+    fxUnlink(link);
+    endEntry(b, false);
+    invalidateIters(b);
+    release(b);
+    --numItems;
 }
 
 void fxDictionary::release(fxDictBucket* b) {
@@ -179,8 +251,7 @@ void fxDictionary::remove(const void* key) {
     fxDictBucket* b = unlink(key);
     if (!b)
         return;
-    destroyKey(b->kvmem);
-    destroyValue(valueOf(b));
+    endEntry(b, true);
     invalidateIters(b);
     release(b);
     --numItems;
@@ -192,7 +263,7 @@ void* fxDictionary::cut(const void* key) {
         return nullptr;
     void* value = fxAllocate(valueSize);
     std::memcpy(value, valueOf(b), valueSize);
-    destroyKey(b->kvmem);
+    endEntry(b, false);
     invalidateIters(b);
     release(b);
     --numItems;

@@ -3,7 +3,6 @@
 
 #include "kelvofxds/containers/fxArrayFamily.h"
 
-class fxClaimedSizes;
 class fxDictIter;
 
 /// One entry of a dictionary.
@@ -37,16 +36,26 @@ class FX_EXPORT fxDictIters : public fxArray {
 /// it for the size expected. Iterators (fxDictIter) register themselves and
 /// are moved on when their entry is removed; they may outlive the dictionary.
 /// A subclass's destructor calls cleanup() first, while its own destroyKey and
-/// destroyValue can still be reached. Running out of memory ends the process.
+/// destroyValue can still be reached.
+///
+/// Those operations may change the dictionary: an entry is out of its chain
+/// before its key and value end, and what an operation still needs is kept up
+/// to date. They may not end it. What they throw passes through and leaves the
+/// dictionary as it was before the step (but see addInternal). Running out of
+/// memory is fatal, "out of memory"; while reading it is a failed read.
 class FX_EXPORT fxDictionary : public fxXDRObj {
 public:
-    /// `keySize` and `valueSize` are in bytes. 0 buckets stands for 31.
+    /// `keySize` and `valueSize` are in bytes; a sum or a number of buckets that
+    /// no memory can hold is fatal, "fxDictionary: size too large", here or
+    /// when an entry is made. 0 buckets stands for 31.
     fxDictionary(unsigned int keySize, unsigned int valueSize, unsigned int numBuckets);
     /// Deliberate: only an empty dictionary can be copied. Hashing is still
     /// pure while the base is made, so copying an entry ends the process as a
     /// call of a pure virtual operation does.
     fxDictionary(const fxDictionary& other);
     /// The form for newInstance: no buckets until doxdr has read their number.
+    /// Without buckets nothing is found, and adding is fatal: "%s: no buckets",
+    /// with the class's name.
     explicit fxDictionary(fxTypeObj& type);
     ~fxDictionary() override;
 
@@ -60,7 +69,10 @@ public:
     fxTypeObj& getTypeObj() const override;
 
     /// Gives `key` a copy of `value` and returns the entry. A key that is here
-    /// already keeps its key object; its old value is destroyed first.
+    /// already keeps its key object; its old value is destroyed first. If that
+    /// removes the entry, the key is added anew, in front (null comes back if
+    /// `key` or `value` was the entry's own). If copying the new value throws,
+    /// the entry is removed, since the old one is gone.
     virtual fxDictBucket* addInternal(const void* key, const void* value);
     /// The hash of a key. The body here, for subclasses to call, is the
     /// exclusive or of the key's 32-bit words; 0 for keys under 4 bytes.
@@ -81,7 +93,8 @@ public:
     /// The same for a value.
     virtual unsigned char xdrValue(fxTranscriber& t, void* value) = 0;
 
-    /// The virtual xdr, for the type record.
+    /// The embedded-object call, for the type record; a subclass's xdr is not
+    /// reached.
     static unsigned char xdr(void* object, fxTranscriber& t);
 
     /// Address of the value of `key`, or null; valid until the entry is
@@ -109,9 +122,14 @@ public:
     void invalidateIters(const fxDictBucket* b) const;
 
     /// Transcribes sizes, bucket count and every entry with its bucket's
-    /// index. Returns 1 on success. Reading replaces what the dictionary
-    /// holds; a read entry lands in the bucket the stream names, each chain in
-    /// reverse order. A failed read leaves the entries read so far.
+    /// index. Returns 1 on success. A read entry lands in the bucket the stream
+    /// names, each chain in reverse order. The stream's sizes and number of
+    /// entries are taken as they come (doxdrOfSizes does not trust them); what
+    /// is refused is a sum of sizes, a block or a number of buckets that no
+    /// memory can hold, and a bucket that does not exist. A failed read leaves
+    /// the entries read so far, and the stream's number of them.
+    /// Deliberate: reading replaces what the dictionary holds, whatever the
+    /// number of buckets.
     unsigned char doxdr(fxTranscriber& t);
 
     /// Number of entries.
@@ -129,7 +147,14 @@ protected:
     }
     /// Address of the value of an entry.
     void* valueOf(const fxDictBucket* b) const { return static_cast<char*>(b->kvmem) + keySize; }
-    /// Adds an entry whose block is `kvmem` at the front of a bucket.
+    /// doxdr for a class that knows the sizes of its keys and values, in bytes,
+    /// and reads what nobody vouches for. Reading also fails where the stream's
+    /// sizes are smaller, would put values where no pointer may lie, or make
+    /// the entries together over a megabyte larger (32 bytes a key or value not
+    /// counted).
+    unsigned char doxdrOfSizes(fxTranscriber& t, unsigned int keyBytes, unsigned int valueBytes);
+    /// Puts an entry whose block is `kvmem` at the front of a bucket, without
+    /// counting it. Null where there is no memory for it.
     fxDictBucket* pushEntry(unsigned int bucketIndex, void* kvmem);
     /// Frees an entry that has been unlinked, and its block.
     void release(fxDictBucket* b);
@@ -143,11 +168,20 @@ protected:
 private:
     struct Place;
     Place lookUp(const void* key) const;
-    Place lookUpToAdd(const void* key);
+    Place lookUpToAdd(const void* key) const;
+    fxDictBucket* addEntry(unsigned int bucketIndex, const void* key, const void* const* value);
+    fxDictBucket* replaceValue(fxDictBucket* b, unsigned int bucketIndex, const void* key,
+                               const void* value);
+    void removeEntry(fxDictBucket* b, unsigned int bucketIndex);
     fxDictBucket* unlink(const void* key);
-    unsigned char readHeader(fxTranscriber& t, fxClaimedSizes& claimed, unsigned int& numBuckets);
-    unsigned char readEntries(fxTranscriber& t, fxClaimedSizes& claimed, unsigned int numBuckets);
-    unsigned char writeEntries(fxTranscriber& t);
+    void endEntry(fxDictBucket* b, bool withValue);
+    void parkIters(const fxDictBucket* b) const;
+
+    struct Reading;
+    unsigned char read(Reading reading);
+    unsigned char readHead(Reading& reading);
+    unsigned char readEntries(Reading& reading);
+    unsigned char write(fxTranscriber& t);
 };
 
 /// Walks the entries of a dictionary, bucket by bucket, chain order.

@@ -22,59 +22,70 @@ unsigned char fxDictionary::xdr(void* object, fxTranscriber& t) {
     return t.xdr(fxXDRObj_type, object, object) != 0;
 }
 
+struct fxDictionary::Reading {
+    fxTranscriber& t;
+    fxClaimedSizes claimed;
+    unsigned int items;
+    unsigned int numBuckets;
+};
+
 unsigned char fxDictionary::doxdr(fxTranscriber& t) {
-    unsigned int numBuckets = bucketCount();
-    if (t.isReading()) {
-        fxClaimedSizes claimed;
-        return readHeader(t, claimed, numBuckets) && readEntries(t, claimed, numBuckets);
-    }
-    return t.xdr(&numItems, 1) && t.xdr(&keySize, 1) && t.xdr(&valueSize, 1) &&
-           t.xdr(&numBuckets, 1) && writeEntries(t);
+    return t.isReading() ? read({t, fxClaimedSizes(), 0, 0}) : write(t);
 }
 
-// Reads the sizes and makes the buckets. What a stream claims is only believed
-// where it fits: keys and values at least as large as the class's own but not
-// out of all proportion to the bytes that fill them, buckets for the entries.
-unsigned char fxDictionary::readHeader(fxTranscriber& t, fxClaimedSizes& claimed,
-                                       unsigned int& numBuckets) {
-    unsigned int items = 0;
+unsigned char fxDictionary::doxdrOfSizes(fxTranscriber& t, unsigned int keyBytes,
+                                         unsigned int valueBytes) {
+    return t.isReading() ? read({t, fxClaimedSizes(keyBytes, valueBytes), 0, 0}) : write(t);
+}
+
+unsigned char fxDictionary::read(Reading reading) {
+    return readHead(reading) && readEntries(reading);
+}
+
+// Nothing is replaced by a head that cannot be.
+unsigned char fxDictionary::readHead(Reading& reading) {
+    fxTranscriber& t = reading.t;
     unsigned int keyBytes = 0;
     unsigned int valueBytes = 0;
-    numBuckets = 0;
-    if (!t.xdr(&items, 1) || !t.xdr(&keyBytes, 1) || !t.xdr(&valueBytes, 1) ||
-        !t.xdr(&numBuckets, 1))
+    if (!t.xdr(&reading.items, 1) || !t.xdr(&keyBytes, 1) || !t.xdr(&valueBytes, 1) ||
+        !t.xdr(&reading.numBuckets, 1))
         return 0;
-    if (!claimed.add(keyBytes, keySize) || !claimed.add(valueBytes, valueSize) ||
-        (numBuckets == 0 && items != 0))
+    if (!reading.claimed.claim(keyBytes, valueBytes) ||
+        (reading.numBuckets == 0 && reading.items != 0))
         return 0;
     cleanup();
     numItems = 0;
-    if (!buckets.makeEmptyBuckets(numBuckets))
+    if (!buckets.makeEmptyBuckets(reading.numBuckets))
         return 0;
-    numItems = items;
+    numItems = reading.items;
     keySize = keyBytes;
     valueSize = valueBytes;
     return 1;
 }
 
-unsigned char fxDictionary::readEntries(fxTranscriber& t, fxClaimedSizes& claimed,
-                                        unsigned int numBuckets) {
-    for (unsigned int i = 0; i < numItems; ++i) {
-        if (!claimed.takeEntry())
+unsigned char fxDictionary::readEntries(Reading& reading) {
+    fxTranscriber& t = reading.t;
+    const unsigned int size = keySize + valueSize;
+    for (unsigned int i = 0; i < reading.items; ++i) {
+        if (!reading.claimed.takeEntry())
             return 0;
         // On failure the block is not freed: the reader may have noted
         // addresses in it.
-        void* block = std::malloc(keySize + valueSize);
+        void* block = std::malloc(size);
         unsigned int index = 0;
-        if (!block || !xdrKey(t, block) || !xdrValue(t, static_cast<char*>(block) + keySize) ||
-            !t.xdr(&index, 1) || index >= numBuckets)
+        if ((!block && size != 0) || !xdrKey(t, block) ||
+            !xdrValue(t, static_cast<char*>(block) + keySize) || !t.xdr(&index, 1) ||
+            index >= bucketCount() || !pushEntry(index, block))
             return 0;
-        pushEntry(index, block);
     }
     return 1;
 }
 
-unsigned char fxDictionary::writeEntries(fxTranscriber& t) {
+unsigned char fxDictionary::write(fxTranscriber& t) {
+    unsigned int numBuckets = bucketCount();
+    if (!t.xdr(&numItems, 1) || !t.xdr(&keySize, 1) || !t.xdr(&valueSize, 1) ||
+        !t.xdr(&numBuckets, 1))
+        return 0;
     for (unsigned int i = 0; i < bucketCount(); ++i) {
         for (fxDictBucket* b = buckets[i]; b; b = b->next) {
             unsigned int index = i;

@@ -31,8 +31,12 @@ bool fxSetBuckets::makeEmptyBuckets(unsigned int n) {
 
 // Construction.
 
+namespace {
+using HeldEntry = fxHeldEntry<fxSetBucket>;
+}  // namespace
+
 fxSet::fxSet(unsigned int keyBytes, unsigned int numBuckets) : numItems(0), keySize(keyBytes) {
-    buckets.resize(numBuckets != 0 ? numBuckets : fxDefaultBuckets);
+    fxMakeBuckets("fxSet", buckets, numBuckets);
 }
 
 fxSet::fxSet(const fxSet& other) : fxXDRObj(other), numItems(0), keySize(0) { copyKeys(other); }
@@ -81,10 +85,8 @@ fxSet& fxSet::operator=(const fxSet& other) {
 
 void fxSet::cleanup() {
     for (unsigned int i = 0; i < bucketCount(); ++i) {
-        while (fxSetBucket* b = buckets[i]) {
-            buckets[i] = b->next;
-            end(b);
-        }
+        while (buckets[i])
+            end(fxUnlink(&buckets[i]));
     }
     detachIters();
 }
@@ -143,27 +145,46 @@ unsigned char fxSet::contains(const void* key) const {
 
 // Adding and removing.
 
-void fxSet::pushEntry(unsigned int bucketIndex, void* key) {
+// An entry that is not counted; null where there is no memory for it.
+fxSetBucket* fxSet::pushEntry(unsigned int bucketIndex, void* key) {
+    auto* b = fxTryNew<fxSetBucket>();
+    if (!b)
+        return nullptr;
     fxSetBucket*& head = buckets[bucketIndex];
-    head = new fxSetBucket{key, head};
-    ++numItems;
+    b->key = key;
+    b->next = head;
+    head = b;
+    return b;
 }
 
 fxSetBucket* fxSet::add(const void* key) {
     if (bucketCount() == 0)
-        buckets.resize(fxDefaultBuckets);
+        fxNoBuckets(className());
     const unsigned int bucketIndex = bucketOf(key);
     if (lookUp(key, bucketIndex))
         return nullptr;
     void* block = fxAllocate(keySize);
-    copyKey(key, block);
-    pushEntry(bucketIndex, block);
-    return buckets[bucketIndex];
+    try {
+        copyKey(key, block);
+    } catch (...) {
+        std::free(block);
+        throw;
+    }
+    fxSetBucket* b = pushEntry(bucketIndex, block);
+    if (!b)
+        fxOutOfMemory();
+    ++numItems;
+    return b;
 }
 
-// Ends the key of an entry that has been unlinked, and frees the entry.
+// Ends the key of an entry that has been unlinked, and frees the entry. The end
+// of the key may remove the entry that followed it, to which its iterators are
+// still to move.
 void fxSet::end(fxSetBucket* b) {
-    destroyKey(b->key);
+    {
+        const HeldEntry held(b->next, HeldEntry::movesOn);
+        destroyKey(b->key);
+    }
     invalidateIters(b);
     std::free(b->key);
     delete b;
@@ -173,47 +194,40 @@ void fxSet::end(fxSetBucket* b) {
 void fxSet::remove(const void* key) {
     if (bucketCount() == 0)
         return;
-    fxSetBucket** link = lookUp(key, bucketOf(key));
-    if (!link)
-        return;
-    fxSetBucket* b = *link;
-    *link = b->next;
-    end(b);
+    if (fxSetBucket** link = lookUp(key, bucketOf(key)))
+        end(fxUnlink(link));
 }
 
-// Set algebra.
+// Set algebra. The host's code may change both sets meanwhile.
 
 fxSet& fxSet::operator|=(const fxSet& other) {
-    for (unsigned int i = 0; i < other.bucketCount(); ++i) {
-        for (const fxSetBucket* b = other.buckets[i]; b; b = b->next)
-            add(b->key);
-    }
+    fxVisitEntries<fxSetBucket>(other.buckets, [this](const fxSetBucket* b) { add(b->key); });
     return *this;
 }
 
 fxSet& fxSet::operator&=(const fxSet& other) {
     for (unsigned int i = 0; i < bucketCount(); ++i) {
-        fxSetBucket** link = &buckets[i];
-        while (fxSetBucket* b = *link) {
+        fxSetBucket* kept = nullptr;  // the last one
+        fxSetBucket* next = buckets[i];
+        const HeldEntry heldKept(kept, HeldEntry::drops);
+        const HeldEntry heldNext(next, HeldEntry::movesOn);
+        while (fxSetBucket* b = next) {
+            next = b->next;
             if (other.contains(b->key)) {
-                link = &b->next;
-            } else {
-                *link = b->next;
-                end(b);
+                kept = b;
+                continue;
             }
+            fxSetBucket** link = kept ? &kept->next : &buckets[i];
+            while (*link != b)
+                link = &(*link)->next;
+            end(fxUnlink(link));
         }
     }
     return *this;
 }
 
 fxSet& fxSet::operator-=(const fxSet& other) {
-    for (unsigned int i = 0; i < other.bucketCount(); ++i) {
-        for (const fxSetBucket* b = other.buckets[i]; b;) {
-            const fxSetBucket* next = b->next;  // b may be an entry of this set
-            remove(b->key);
-            b = next;
-        }
-    }
+    fxVisitEntries<fxSetBucket>(other.buckets, [this](const fxSetBucket* b) { remove(b->key); });
     return *this;
 }
 

@@ -3,7 +3,6 @@
 
 #include "kelvofxds/containers/fxArrayFamily.h"
 
-class fxClaimedSizes;
 class fxSetIter;
 class fxTmpSet;
 
@@ -39,10 +38,17 @@ class FX_EXPORT fxSetIters : public fxArray {
 /// better choice when something belongs to each key. Iterators (fxSetIter)
 /// register themselves and are moved on when their key is removed; they may
 /// outlive the set. A subclass's destructor calls cleanup() first, while its
-/// own destroyKey can still be reached. Running out of memory ends the process.
+/// own destroyKey can still be reached.
+///
+/// Those operations may change the set: an entry is out of its chain before its
+/// key ends, and what an operation still needs is kept up to date. They may not
+/// end it. What they throw passes through and leaves the set as it was before
+/// the step. Running out of memory is fatal, "out of memory"; while reading it
+/// is a failed read.
 class FX_EXPORT fxSet : public fxXDRObj {
 public:
-    /// `keySize` is in bytes. 0 buckets stands for 31.
+    /// `keySize` is in bytes. 0 buckets stands for 31; more than memory can hold
+    /// are fatal, "fxSet: size too large".
     fxSet(unsigned int keySize, unsigned int numBuckets);
     /// A set without buckets whose key size is 0.
     /// Deliberate: only an empty set can be copied. There is no bucket to put a
@@ -50,6 +56,8 @@ public:
     fxSet(const fxSet& other);
     fxSet(const fxTmpSet& other);
     /// The form for newInstance: no buckets until doxdr has read their number.
+    /// Without buckets nothing is found, and adding is fatal: "%s: no buckets",
+    /// with the class's name.
     explicit fxSet(fxTypeObj& type);
     ~fxSet() override;
 
@@ -77,7 +85,8 @@ public:
     /// 1 on success.
     virtual unsigned char xdrKey(fxTranscriber& t, void* key) = 0;
 
-    /// The virtual xdr, for the type record.
+    /// The embedded-object call, for the type record; a subclass's xdr is not
+    /// reached.
     static unsigned char xdr(void* object, fxTranscriber& t);
 
     /// 1 when `key` is in the set, else 0.
@@ -119,9 +128,14 @@ public:
     fxTmpSet operator-(const fxSet& other);
 
     /// Transcribes size, bucket count and every key with its bucket's index.
-    /// Returns 1 on success. Reading replaces what the set holds; a key read
-    /// lands in the bucket the stream names, each chain in reverse order. A
-    /// failed read leaves the keys read so far.
+    /// Returns 1 on success. A key read lands in the bucket the stream names,
+    /// each chain in reverse order. The stream's size and number of keys are
+    /// taken as they come (doxdrOfSize does not trust them); what is refused is
+    /// a block or a number of buckets that no memory can hold, and a bucket
+    /// that does not exist. A failed read leaves the keys read so far, and the
+    /// stream's number of them.
+    /// Deliberate: reading replaces what the set holds, whatever the number of
+    /// buckets.
     unsigned char doxdr(fxTranscriber& t);
 
     /// Number of keys.
@@ -137,6 +151,11 @@ protected:
     unsigned int bucketCount() const {
         return buckets.getLen() / static_cast<unsigned int>(sizeof(void*));
     }
+    /// doxdr for a class that knows the size of its keys, in bytes, and reads
+    /// what nobody vouches for. Reading also fails where the stream's size is
+    /// smaller or makes the keys together over a megabyte larger (32 bytes a
+    /// key not counted).
+    unsigned char doxdrOfSize(fxTranscriber& t, unsigned int keyBytes);
 
     fxSetBuckets buckets;   // chain heads
     unsigned int numItems;  // keys
@@ -147,14 +166,15 @@ private:
     unsigned int bucketOf(const void* key) const;
     fxSetBucket** lookUp(const void* key, unsigned int bucketIndex) const;
     void copyKeys(const fxSet& other) const;
-    void pushEntry(unsigned int bucketIndex, void* key);
+    fxSetBucket* pushEntry(unsigned int bucketIndex, void* key);
     void end(fxSetBucket* b);
     void detachIters();
-    unsigned char readHeader(fxTranscriber& t, fxClaimedSizes& claimed, unsigned int& items,
-                             unsigned int& numBuckets);
-    unsigned char readEntries(fxTranscriber& t, fxClaimedSizes& claimed, unsigned int items,
-                              unsigned int numBuckets);
-    unsigned char writeEntries(fxTranscriber& t);
+
+    struct Reading;
+    unsigned char read(Reading reading);
+    unsigned char readHead(Reading& reading);
+    unsigned char readEntries(Reading& reading);
+    unsigned char write(fxTranscriber& t);
 };
 
 /// What the operators that return a set were to return. Keys are plain bytes,

@@ -21,53 +21,60 @@ unsigned char fxSet::xdr(void* object, fxTranscriber& t) {
     return t.xdr(fxXDRObj_type, object, object) != 0;
 }
 
+struct fxSet::Reading {
+    fxTranscriber& t;
+    fxClaimedSizes claimed;
+    unsigned int items;
+    unsigned int numBuckets;
+};
+
 unsigned char fxSet::doxdr(fxTranscriber& t) {
-    unsigned int numBuckets = bucketCount();
-    if (t.isReading()) {
-        fxClaimedSizes claimed;
-        unsigned int items = 0;
-        return readHeader(t, claimed, items, numBuckets) &&
-               readEntries(t, claimed, items, numBuckets);
-    }
-    return t.xdr(&numItems, 1) && t.xdr(&keySize, 1) && t.xdr(&numBuckets, 1) && writeEntries(t);
+    return t.isReading() ? read({t, fxClaimedSizes(), 0, 0}) : write(t);
 }
 
-// Reads the sizes and makes the buckets. What a stream claims is only believed
-// where it fits: keys at least as large as the class's own but not out of all
-// proportion to the bytes that fill them, buckets for the entries.
-unsigned char fxSet::readHeader(fxTranscriber& t, fxClaimedSizes& claimed, unsigned int& items,
-                                unsigned int& numBuckets) {
+unsigned char fxSet::doxdrOfSize(fxTranscriber& t, unsigned int keyBytes) {
+    return t.isReading() ? read({t, fxClaimedSizes(keyBytes, 0), 0, 0}) : write(t);
+}
+
+unsigned char fxSet::read(Reading reading) { return readHead(reading) && readEntries(reading); }
+
+// Nothing is replaced by a head that cannot be.
+unsigned char fxSet::readHead(Reading& reading) {
+    fxTranscriber& t = reading.t;
     unsigned int keyBytes = 0;
-    numBuckets = 0;
-    if (!t.xdr(&items, 1) || !t.xdr(&keyBytes, 1) || !t.xdr(&numBuckets, 1))
+    if (!t.xdr(&reading.items, 1) || !t.xdr(&keyBytes, 1) || !t.xdr(&reading.numBuckets, 1))
         return 0;
-    if (!claimed.add(keyBytes, keySize) || (numBuckets == 0 && items != 0))
+    if (!reading.claimed.claim(keyBytes, 0) || (reading.numBuckets == 0 && reading.items != 0))
         return 0;
     cleanup();
     numItems = 0;
-    if (!buckets.makeEmptyBuckets(numBuckets))
+    if (!buckets.makeEmptyBuckets(reading.numBuckets))
         return 0;
+    numItems = reading.items;
     keySize = keyBytes;
     return 1;
 }
 
-unsigned char fxSet::readEntries(fxTranscriber& t, fxClaimedSizes& claimed, unsigned int items,
-                                 unsigned int numBuckets) {
-    for (unsigned int i = 0; i < items; ++i) {
-        if (!claimed.takeEntry())
+unsigned char fxSet::readEntries(Reading& reading) {
+    fxTranscriber& t = reading.t;
+    for (unsigned int i = 0; i < reading.items; ++i) {
+        if (!reading.claimed.takeEntry())
             return 0;
         // On failure the block is not freed: the reader may have noted
         // addresses in it.
         void* block = std::malloc(keySize);
         unsigned int index = 0;
-        if (!block || !xdrKey(t, block) || !t.xdr(&index, 1) || index >= numBuckets)
+        if ((!block && keySize != 0) || !xdrKey(t, block) || !t.xdr(&index, 1) ||
+            index >= bucketCount() || !pushEntry(index, block))
             return 0;
-        pushEntry(index, block);
     }
     return 1;
 }
 
-unsigned char fxSet::writeEntries(fxTranscriber& t) {
+unsigned char fxSet::write(fxTranscriber& t) {
+    unsigned int numBuckets = bucketCount();
+    if (!t.xdr(&numItems, 1) || !t.xdr(&keySize, 1) || !t.xdr(&numBuckets, 1))
+        return 0;
     for (unsigned int i = 0; i < bucketCount(); ++i) {
         for (const fxSetBucket* b = buckets[i]; b; b = b->next) {
             unsigned int index = i;

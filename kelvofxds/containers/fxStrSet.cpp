@@ -1,13 +1,13 @@
 #include "kelvofxds/containers/fxStrSet.h"
 
 #include "kelvofxds/containers/fxStrKeysInternal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 
 fxTypeObj fxStrSet_type("SET", 1, fxStrSet::newInstance, fxStrSet::deleteInstance, fxStrSet::xdr);
 
 fxStrSet::fxStrSet(unsigned int numBuckets) : fxSet(sizeof(fxStr), numBuckets) {}
 
-// The size is the least that a stream may give.
 fxStrSet::fxStrSet(fxTypeObj& type) : fxSet(type) { keySize = sizeof(fxStr); }
 
 fxStrSet::~fxStrSet() { cleanup(); }
@@ -22,11 +22,15 @@ void fxStrSet::copyKey(const void* from, void* to) const { fxCopyStr(from, to); 
 
 void fxStrSet::destroyKey(void* key) const { fxDestroyStr(key); }
 
-unsigned char fxStrSet::xdrKey(fxTranscriber& t, void* key) { return fxXdrStr(t, key); }
+unsigned char fxStrSet::xdrKey(fxTranscriber& t, void* key) {
+    return keySize >= sizeof(fxStr) ? fxXdrStr(t, key) : 0;
+}
+
+unsigned char fxStrSet::doxdr(fxTranscriber& t) { return doxdrOfSize(t, sizeof(fxStr)); }
 
 unsigned char fxStrSet::xdr(fxTranscriber& t) { return doxdr(t); }
 
-void* fxStrSet::newInstance(fxTypeObj& type) { return new fxStrSet(type); }
+void* fxStrSet::newInstance(fxTypeObj& type) { return fxTryNew<fxStrSet>(type); }
 
 void fxStrSet::deleteInstance(void* set) { delete static_cast<fxStrSet*>(set); }
 

@@ -13,7 +13,7 @@ public:
     explicit fxStrSet(unsigned int numBuckets = 0);
     /// The form for newInstance.
     explicit fxStrSet(fxTypeObj& type);
-    /// The copy of an empty set; see fxSet. It can be used.
+    /// The copy of an empty set; see fxSet.
     fxStrSet(const fxStrSet& other) : fxSet(other) { keySize = sizeof(fxStr); }
     fxStrSet& operator=(const fxStrSet&) = default;
     ~fxStrSet() override;
@@ -26,11 +26,16 @@ public:
     void destroyKey(void* key) const override;
     unsigned char xdrKey(fxTranscriber& t, void* key) override;
 
-    /// An empty set without buckets, owned by the caller.
+    /// As fxSet's, but for streams that nobody vouches for: see doxdrOfSize.
+    /// Call this one for a set of strings, not the base's.
+    unsigned char doxdr(fxTranscriber& t);
+
+    /// An empty set without buckets, owned by the caller; null where there is
+    /// no memory.
     static void* newInstance(fxTypeObj& type);
     /// Deletes what newInstance made; null is ignored.
     static void deleteInstance(void* set);
-    /// The virtual xdr, for the type record.
+    /// doxdr, for the type record; a subclass's xdr is not reached.
     static unsigned char xdr(void* set, fxTranscriber& t);
 
     using fxSet::operator=;

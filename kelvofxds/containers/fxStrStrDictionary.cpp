@@ -1,6 +1,7 @@
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 
 #include "kelvofxds/containers/fxStrKeysInternal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 
 fxTypeObj fxStrStrDictionary_type("DICT", 1, fxStrStrDictionary::newInstance,
@@ -9,7 +10,6 @@ fxTypeObj fxStrStrDictionary_type("DICT", 1, fxStrStrDictionary::newInstance,
 fxStrStrDictionary::fxStrStrDictionary(unsigned int numBuckets)
     : fxDictionary(sizeof(fxStr), sizeof(fxStr), numBuckets) {}
 
-// The sizes are the least that a stream may give.
 fxStrStrDictionary::fxStrStrDictionary(fxTypeObj& type) : fxDictionary(type) {
     keySize = sizeof(fxStr);
     valueSize = sizeof(fxStr);
@@ -40,29 +40,30 @@ void fxStrStrDictionary::createValue(void* value) const {
         new (value) fxStr(0u);
 }
 
-unsigned char fxStrStrDictionary::xdrKey(fxTranscriber& t, void* key) { return fxXdrStr(t, key); }
+unsigned char fxStrStrDictionary::xdrKey(fxTranscriber& t, void* key) {
+    return keySize >= sizeof(fxStr) ? fxXdrStr(t, key) : 0;
+}
 
 unsigned char fxStrStrDictionary::xdrValue(fxTranscriber& t, void* value) {
-    return fxXdrStr(t, value);
+    return valueSize >= sizeof(fxStr) ? fxXdrStr(t, value) : 0;
 }
 
-// A key size that puts values where no string can be has let no entry in.
-unsigned char fxStrStrDictionary::xdr(fxTranscriber& t) {
-    const unsigned char done = doxdr(t);
-    if (keySize % alignof(fxStr) == 0)
-        return done;
-    keySize = sizeof(fxStr);
-    return 0;
+unsigned char fxStrStrDictionary::doxdr(fxTranscriber& t) {
+    return doxdrOfSizes(t, sizeof(fxStr), sizeof(fxStr));
 }
 
-void* fxStrStrDictionary::newInstance(fxTypeObj& type) { return new fxStrStrDictionary(type); }
+unsigned char fxStrStrDictionary::xdr(fxTranscriber& t) { return doxdr(t); }
+
+void* fxStrStrDictionary::newInstance(fxTypeObj& type) {
+    return fxTryNew<fxStrStrDictionary>(type);
+}
 
 void fxStrStrDictionary::deleteInstance(void* dictionary) {
     delete static_cast<fxStrStrDictionary*>(dictionary);
 }
 
 unsigned char fxStrStrDictionary::xdr(void* dictionary, fxTranscriber& t) {
-    return static_cast<fxStrStrDictionary*>(dictionary)->fxStrStrDictionary::xdr(t);
+    return static_cast<fxStrStrDictionary*>(dictionary)->doxdr(t);
 }
 
 fxStrStrDictionaryIter::fxStrStrDictionaryIter() {}

@@ -28,11 +28,16 @@ public:
     unsigned char xdrKey(fxTranscriber& t, void* key) override;
     unsigned char xdrValue(fxTranscriber& t, void* value) override;
 
-    /// An empty dictionary without buckets, owned by the caller.
+    /// As fxDictionary's, but for streams that nobody vouches for: see
+    /// doxdrOfSizes. Call this one for a dictionary of strings, not the base's.
+    unsigned char doxdr(fxTranscriber& t);
+
+    /// An empty dictionary without buckets, owned by the caller; null where
+    /// there is no memory.
     static void* newInstance(fxTypeObj& type);
     /// Deletes what newInstance made; null is ignored.
     static void deleteInstance(void* dictionary);
-    /// The virtual xdr, for the type record.
+    /// doxdr, for the type record; a subclass's xdr is not reached.
     static unsigned char xdr(void* dictionary, fxTranscriber& t);
 
     using fxDictionary::operator=;

@@ -1,5 +1,6 @@
 // fxChained_test.cpp - the chains of dictionaries and sets: adding, looking up, removing.
 
+#include <csignal>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -15,6 +16,10 @@ namespace {
 template <class Container>
 class fxChained : public testing::Test {};
 TYPED_TEST_SUITE(fxChained, ChainedContainers);
+
+template <class Container>
+class fxChainedDeathTest : public testing::Test {};
+TYPED_TEST_SUITE(fxChainedDeathTest, ChainedContainers);
 
 }  // namespace
 
@@ -93,6 +98,39 @@ TYPED_TEST(fxChained, lookUpStopsAtTheFirstEqualKeyOfTheChain) {
     EXPECT_EQ("compare:17,12 compare:17,7 compare:17,2", c.taken());
     c.has(4);
     EXPECT_EQ("", c.taken());
+}
+
+// Without buckets, as made for reading or read so.
+
+TYPED_TEST(fxChained, withoutBucketsNothingIsFound) {
+    TypeParam made(TypeParam::type()), read(TypeParam::type());
+    RecordingTranscriber t(RecordingTranscriber::reader, TypeParam::head(0, 4, 0));
+    ASSERT_EQ(1, read.doxdr(t));
+    for (TypeParam* c : {&made, &read}) {
+        EXPECT_EQ(0u, c->getNumBuckets());
+        EXPECT_FALSE(c->has(3));
+        c->drop(3);
+        c->cleanup();
+        typename TypeParam::BaseIter iter(*c);
+        EXPECT_EQ(nullptr, iter.getKey());
+        EXPECT_EQ(0u, c->length());
+    }
+}
+
+TYPED_TEST(fxChained, withoutBucketsItCanBeWrittenAndCopied) {
+    TypeParam c(TypeParam::type());
+    c.setSizes(4);
+    RecordingTranscriber t(RecordingTranscriber::writer);
+    EXPECT_EQ(1, c.doxdr(t));
+    EXPECT_EQ(TypeParam::head(0, 4, 0), t.bytes);
+    const TypeParam copy(c);
+    EXPECT_EQ(0u, copy.getNumBuckets());
+}
+
+TYPED_TEST(fxChainedDeathTest, addingWithoutBucketsIsFatal) {
+    TypeParam c(TypeParam::type());
+    const std::string message = "^" + std::string(c.className()) + ": no buckets\n$";
+    EXPECT_EXIT(c.put(33), testing::KilledBySignal(SIGABRT), message);
 }
 
 // The default hash.
@@ -244,4 +282,14 @@ TYPED_TEST(fxChained, deliberateXdrMakesTheEmbeddedCallWithTheGenericRecord) {
         EXPECT_EQ(0, Base::xdr(&c, t));
         EXPECT_EQ("1: 1", chains(c));
     }
+}
+
+TYPED_TEST(fxChained, staticXdrDoesNotReachTheXdrOfASubclass) {
+    class Refusing : public TypeParam {
+    public:
+        unsigned char xdr(fxTranscriber&) override { return 0; }
+    } c;
+    RecordingTranscriber t(RecordingTranscriber::writer);
+    EXPECT_EQ(1, TypeParam::Base::xdr(static_cast<typename TypeParam::Base*>(&c), t));
+    EXPECT_EQ("embedded:0", t.log());
 }

@@ -90,15 +90,23 @@ TEST(fxSetCopyDeathTest, deliberateCopyingAKeyDividesByZero) {
                 testing::KilledBySignal(SIGFPE), "^$");
 }
 
+// A temporary has buckets once it has been read.
 TEST(fxSetCopyDeathTest, deliberateCopyingATemporaryWithAKeyDividesByZero) {
     const auto copyOne = [] {
         const TestSet empty;
         fxTmpSet temporary(empty);
-        temporary.add("key");
-        if (temporary.length() == 1)
+        RecordingTranscriber t(RecordingTranscriber::reader);
+        t.give(0U).give(4U).give(3U);
+        if (temporary.doxdr(t) && temporary.add("key"))
             const FromTemporary copy(temporary);
     };
     EXPECT_EXIT(copyAfterwards(copyOne), testing::KilledBySignal(SIGFPE), "^$");
+}
+
+TEST(fxSetCopyDeathTest, addingToATemporaryIsFatal) {
+    const TestSet empty;
+    fxTmpSet temporary(empty);
+    EXPECT_EXIT(temporary.add("key"), testing::KilledBySignal(SIGABRT), "^fxXDRObj: no buckets\n$");
 }
 
 // Assigning.

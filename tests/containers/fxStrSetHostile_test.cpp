@@ -30,6 +30,8 @@ void use(fxStrSet& s) {
     MemoryStream out;
     fxBinaryWriter t(&out);
     hostile::sink = t.writeObject(&s, &s);
+    if (s.getNumBuckets() == 0)
+        return;  // nothing can be added
     s.add("added");
     fxStrSet other(3);
     other |= s;

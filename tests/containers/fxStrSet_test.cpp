@@ -250,15 +250,26 @@ TEST(fxStrSet, algebraIsThatOfTexts) {
 
 // Copying and assigning.
 
-TEST(fxStrSet, copyOfAnEmptySetCanBeUsed) {
+TEST(fxStrSet, copyOfAnEmptySetIsEmpty) {
     const fxStrSet original(7);
     fxStrSet copy(original);
     EXPECT_EQ(0u, copy.getNumBuckets());
     EXPECT_EQ(0u, copy.length());
     EXPECT_EQ(0, copy.contains("key"));
-    copy.add("key");
-    EXPECT_EQ(31u, copy.getNumBuckets());
-    EXPECT_EQ(1, copy.contains("key"));
+    EXPECT_EQ(nullptr, copy.find("key"));
+    copy.remove("key");
+    EXPECT_EQ(0u, copy.length());
+}
+
+TEST(fxStrSet, copyOfAnEmptySetCanBeWrittenAndReadInto) {
+    const fxStrSet original(7);
+    fxStrSet copy(original);
+    RecordingTranscriber t(writer);
+    EXPECT_EQ(1, copy.xdr(t));
+    EXPECT_EQ(head(0, 8, 0), t.bytes);
+    RecordingTranscriber bytes(reader, head(1, 8, 3) + entry("k", 1));
+    EXPECT_EQ(1, copy.xdr(bytes));
+    EXPECT_EQ(3u, copy.getNumBuckets());
 }
 
 TEST(fxStrSet, assignmentFromAnEmptySetLeavesAnEmptySet) {
@@ -404,6 +415,17 @@ TEST(fxStrSet, allThreeFormsOfXdrAreDoxdr) {
     }
 }
 
+TEST(fxStrSet, staticXdrIsDoxdrWhateverASubclassMakesOfXdr) {
+    class Refusing : public fxStrSet {
+    public:
+        unsigned char xdr(fxTranscriber&) override { return 0; }
+    } s;
+    RecordingTranscriber t(writer);
+    EXPECT_EQ(1, fxStrSet::xdr(static_cast<fxStrSet*>(&s), t));
+    EXPECT_EQ(1, fxStrSet_type.xdr(static_cast<fxStrSet*>(&s), t));
+    EXPECT_EQ(head(0, 8, 31) + head(0, 8, 31), t.bytes);
+}
+
 TEST(fxStrSet, keysAreReadIntoRawMemory) {
     fxStrSet s;
     alignas(fxStr) unsigned char memory[sizeof(fxStr)];
@@ -474,14 +496,49 @@ TEST(fxStrSet, stringsThatCannotBeFail) {
     }
 }
 
-TEST(fxStrSet, aSetWithoutBucketsCanBeUsed) {
+// Keys of 4096 bytes made of eight: a few are read, but not 80 MB of them.
+TEST(fxStrSet, sizesOutOfProportionFail) {
+    const unsigned int n = 20000;
+    std::string bytes = head(n, 4096, 3);
+    for (unsigned int i = 0; i < n; ++i)
+        bytes += entry("", i % 3);
+    Watched s(fxStrSet_type);
+    RecordingTranscriber t(reader, bytes);
+    EXPECT_EQ(0, s.xdr(t));
+    EXPECT_GT(texts(s).size(), 1u) << "keys read so far stay";
+    EXPECT_LT(texts(s).size(), 1000u);
+}
+
+// What the base's own form believes cannot hurt: no string is made outside its
+// entry.
+TEST(fxStrSet, sizesBelowAStringFailThroughTheBaseToo) {
+    for (unsigned int keySize : {0u, 4u, 7u}) {
+        SCOPED_TRACE(keySize);
+        Watched s(fxStrSet_type);
+        RecordingTranscriber t(reader, head(1, keySize, 3) + entry("k", 1));
+        EXPECT_EQ(0, static_cast<fxSet&>(s).doxdr(t));
+        EXPECT_EQ("uint*:1 uint*:1 uint*:1", t.log());
+        std::free(s.lastKey);
+    }
+}
+
+TEST(fxStrSet, aSetWithoutBucketsFindsNothing) {
     fxStrSet s(fxStrSet_type);
     RecordingTranscriber t(reader, head(0, 8, 0));
     EXPECT_EQ(1, s.xdr(t));
     EXPECT_EQ(nullptr, s.find("key"));
-    s.add("key");
-    EXPECT_EQ(31u, s.getNumBuckets());
-    EXPECT_EQ(1, s.contains("key"));
+    EXPECT_EQ(0, s.contains("key"));
+    s.remove("key");
+    EXPECT_EQ(0u, s.length());
+}
+
+TEST(fxStrSetDeathTest, addingWithoutBucketsIsFatal) {
+    const fxStrSet original;
+    fxStrSet copy(original), read(fxStrSet_type);
+    RecordingTranscriber t(reader, head(0, 8, 0));
+    ASSERT_EQ(1, read.xdr(t));
+    for (fxStrSet* s : {&copy, &read})
+        EXPECT_EXIT(s->add("key"), testing::KilledBySignal(SIGABRT), "^fxXDRObj: no buckets\n$");
 }
 
 // Streams. "A" hashes to 0x08000000 and "B" to 0x10000000, which are 2 and 1

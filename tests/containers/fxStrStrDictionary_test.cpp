@@ -1,5 +1,6 @@
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -405,16 +406,36 @@ TEST(fxStrStrDictionary, sizesBelowAStringFail) {
     }
 }
 
-// The value would start where no string can. The key has been read by then.
+// The value would start where no string can.
 TEST(fxStrStrDictionary, keySizesThatMisalignTheValueFail) {
     for (unsigned int keySize : {9u, 10u, 11u, 4095u, 4097u}) {
-        SCOPED_TRACE(keySize);
+        for (unsigned int items : {0u, 1u}) {
+            SCOPED_TRACE(testing::Message() << items << " of " << keySize);
+            Watched d(fxStrStrDictionary_type);
+            RecordingTranscriber t(reader, head(items, keySize, 8, 3) + entry("key", "value", 1));
+            EXPECT_EQ(0, d.xdr(t));
+            EXPECT_EQ("", d.contents());
+            EXPECT_EQ(nullptr, d.lastKey);
+            EXPECT_EQ(8u, d.keySize);
+        }
+    }
+}
+
+// What the base's own form believes cannot hurt: no string is made outside its
+// entry, or where none can be.
+TEST(fxStrStrDictionary, sizesBelowAStringFailThroughTheBaseToo) {
+    const struct {
+        unsigned int keySize, valueSize;
+    } cases[] = {{0, 8}, {7, 8}, {8, 0}, {8, 7}, {0, 0}, {9, 8}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.keySize << " and " << c.valueSize);
         Watched d(fxStrStrDictionary_type);
-        RecordingTranscriber t(reader, head(1, keySize, 8, 3) + entry("key", "value", 1));
-        EXPECT_EQ(0, d.xdr(t));
+        RecordingTranscriber t(reader, head(1, c.keySize, c.valueSize, 3) + entry("k", "v", 1));
+        EXPECT_EQ(0, static_cast<fxDictionary&>(d).doxdr(t));
         EXPECT_EQ("", d.contents());
-        d.lastValue = nullptr;  // nothing was made there
-        d.freeUnfinishedEntry();
+        if (c.keySize >= 8)
+            static_cast<fxStr*>(d.lastKey)->~fxStr();
+        std::free(d.lastKey);
     }
 }
 
@@ -431,12 +452,43 @@ TEST(fxStrStrDictionary, stringsThatCannotBeFail) {
     }
 }
 
-TEST(fxStrStrDictionary, aDictionaryWithoutBucketsCanBeUsed) {
+TEST(fxStrStrDictionary, sizesOutOfProportionFail) {
+    const unsigned int n = 20000;
+    std::string bytes = head(n, 8, 4096, 3);
+    for (unsigned int i = 0; i < n; ++i)
+        bytes += entry("", "", i % 3);
+    Watched d(fxStrStrDictionary_type);
+    RecordingTranscriber t(reader, bytes);
+    EXPECT_EQ(0, d.xdr(t));
+    unsigned int entries = 0;
+    for (fxStrStrDictionaryIter iter(d); iter.key(); ++iter)
+        ++entries;
+    EXPECT_GT(entries, 1u) << "entries read so far stay";
+    EXPECT_LT(entries, 1000u);
+}
+
+TEST(fxStrStrDictionary, staticXdrIsDoxdrWhateverASubclassMakesOfXdr) {
+    class Refusing : public fxStrStrDictionary {
+    public:
+        unsigned char xdr(fxTranscriber&) override { return 0; }
+    } d;
+    RecordingTranscriber t(writer);
+    EXPECT_EQ(1, fxStrStrDictionary_type.xdr(static_cast<fxStrStrDictionary*>(&d), t));
+    EXPECT_EQ(head(0, 8, 8, 31), t.bytes);
+}
+
+TEST(fxStrStrDictionary, aDictionaryWithoutBucketsFindsNothing) {
     fxStrStrDictionary d(fxStrStrDictionary_type);
     RecordingTranscriber t(reader, head(0, 8, 8, 0));
     EXPECT_EQ(1, d.xdr(t));
     EXPECT_EQ(nullptr, d.find("key"));
-    d.add("key", "value");
-    EXPECT_EQ(31u, d.getNumBuckets());
-    EXPECT_STREQ("value", d.find("key")->c_str());
+    d.remove("key");
+    EXPECT_EQ(0u, d.length());
+}
+
+TEST(fxStrStrDictionaryDeathTest, addingWithoutBucketsIsFatal) {
+    fxStrStrDictionary d(fxStrStrDictionary_type);
+    const char message[] = "^DICT: no buckets\n$";
+    EXPECT_EXIT(d.add("key", "value"), testing::KilledBySignal(SIGABRT), message);
+    EXPECT_EXIT(d.findCreate("key"), testing::KilledBySignal(SIGABRT), message);
 }

@@ -55,6 +55,14 @@ public:
         t.give(key).give(10 * key).give(bucket);
         return t.bytes;
     }
+    /// The head of a stream whose entries are blocks of that many bytes.
+    static std::string headOfBlocks(unsigned int items, unsigned int block,
+                                    unsigned int numBuckets) {
+        RecordingTranscriber t(RecordingTranscriber::reader);
+        t.give(items).give(block - 4).give(4u).give(numBuckets);
+        return t.bytes;
+    }
+    void setSizes(unsigned int size) { keySize = valueSize = size; }
     /// Frees the entry at which a read failed after `made` of its numbers.
     void freeUnfinished(unsigned int made) const {
         if (made > 0)
@@ -105,6 +113,11 @@ public:
         t.give(key).give(bucket);
         return t.bytes;
     }
+    static std::string headOfBlocks(unsigned int items, unsigned int block,
+                                    unsigned int numBuckets) {
+        return head(items, block, numBuckets);
+    }
+    void setSizes(unsigned int size) { keySize = size; }
     void freeUnfinished(unsigned int made) const {
         if (made > 0)
             delete *static_cast<int**>(keyAddress);

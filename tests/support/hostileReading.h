@@ -87,6 +87,8 @@ inline void use(fxStrStrDictionary& dictionary) {
     MemoryStream out;
     fxBinaryWriter writer(&out);
     sink = writer.writeObject(&dictionary, &dictionary);
+    if (dictionary.getNumBuckets() == 0)
+        return;  // nothing can be added
     dictionary.add("added", "value");
     dictionary.findCreate("created").append("text");
     dictionary.remove("added");
