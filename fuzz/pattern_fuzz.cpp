@@ -1,7 +1,10 @@
 // Compiles whatever it is given as a regular expression, and uses it.
 //
 // An input is a pattern, a subject and a template, each ended by a NUL byte;
-// what is missing is empty, what is left over belongs to the template.
+// what is missing is empty, what is left over belongs to the template. At last
+// the template says which bytes of the program are damaged, and how.
+
+#include <malloc.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -57,6 +60,28 @@ void substitute(const fxregexp& program, const std::string& source, std::size_t 
     require(std::memchr(dest.data(), '\0', dest.size()) != nullptr);
 }
 
+bool isSetIn(const char* place, const char* subject, std::size_t length) {
+    return place && subject <= place && place <= subject + length;
+}
+
+// Pairs of a place and a byte. The sanitizer knows the exact size of the block.
+void damage(fxregexp& program, const std::string& pairs) {
+    const std::size_t size = malloc_usable_size(&program) - offsetof(fxregexp, program);
+    for (std::size_t i = 0; i + 1 < pairs.size(); i += 2)
+        program.program[static_cast<unsigned char>(pairs[i]) % size] = pairs[i + 1];
+}
+
+// Ends, and leaves what lies in the subject, or nothing.
+void runDamaged(fxregexp& program, const char* subject, std::size_t length) {
+    for (unsigned int i = 0; i < fxregexp::groupCount; ++i)
+        program.startp[i] = program.endp[i] = nullptr;
+    const bool found = fxregexec(&program, subject) == 1;
+    for (unsigned int i = 0; i < fxregexp::groupCount; ++i) {
+        require(!program.startp[i] || (found && isSetIn(program.startp[i], subject, length)));
+        require(!program.endp[i] || (found && isSetIn(program.endp[i], subject, length)));
+    }
+}
+
 }  // namespace
 
 /// Takes the place of the library's function of this name.
@@ -82,5 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         substitute(*program, source, subject.size());
     }
     require(messages == 0);
+    damage(*program, rest);
+    runDamaged(*program, text.get(), subject.size());
     return 0;
 }
