@@ -44,7 +44,9 @@ public:
     /// A pointer to a block of `n` elements. A block is written once, however
     /// many pointers lead to it. While reading, `*block` is set once the block
     /// has arrived, before readObject returns; it then belongs to the object,
-    /// which frees it with delete[].
+    /// which frees it with delete[]. It is as long as the stream says, which may
+    /// be less than `n` where the stream is not to be trusted; typed arrays and
+    /// strings know their own length.
     virtual unsigned char xdr(char** block, unsigned int n) = 0;
     virtual unsigned char xdr(unsigned char** block, unsigned int n) = 0;
     virtual unsigned char xdr(short** block, unsigned int n) = 0;

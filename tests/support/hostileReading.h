@@ -1,6 +1,8 @@
 // hostileReading.h - reading bytes that nobody vouches for, and using the result.
 #pragma once
 
+#include <malloc.h>
+
 #include <cstring>
 #include <set>
 #include <string>
@@ -98,6 +100,16 @@ inline void use(fxStrStrDictionary& dictionary) {
         dictionary.remove(fxStr(*iter.key()));
 }
 
+/// Uses a block as far as it goes: it has the size that the stream gives, not
+/// that which its class asks for.
+template <class Element>
+void useBlock(Element* block, unsigned int n) {
+    if (!block)
+        return;
+    const std::size_t there = malloc_usable_size(block) / sizeof(Element);
+    sink = foldBytes(block, n < there ? n : static_cast<unsigned int>(there));
+}
+
 inline void use(Sample& s) {
     for (fxStr* text : {&s.name, &s.list[0], &s.list[1], &s.list[2]})
         use(*text);
@@ -107,18 +119,12 @@ inline void use(Sample& s) {
     use<double>(s.reals);
     use<unsigned char>(s.bytes);
     sink = static_cast<unsigned int>(s.text ? std::strlen(s.text) : 0);
-    if (s.charBlock)
-        sink = foldBytes(s.charBlock, Sample::charCount);
-    if (s.shortBlock)
-        sink = foldBytes(s.shortBlock, Sample::shortCount);
-    if (s.longBlock)
-        sink = foldBytes(s.longBlock, Sample::longCount);
-    if (s.doubleBlock)
-        sink = foldBytes(s.doubleBlock, Sample::doubleCount);
-    if (s.floatBlock)
-        sink = foldBytes(s.floatBlock, Sample::floatCount);
-    for (unsigned int i = 0; s.counted && i < s.countedLength; ++i)
-        sink = static_cast<unsigned int>(s.counted[i]);
+    useBlock(s.charBlock, Sample::charCount);
+    useBlock(s.shortBlock, Sample::shortCount);
+    useBlock(s.longBlock, Sample::longCount);
+    useBlock(s.doubleBlock, Sample::doubleCount);
+    useBlock(s.floatBlock, Sample::floatCount);
+    useBlock(s.counted, s.countedLength);
 }
 
 inline void use(Node& n) {
