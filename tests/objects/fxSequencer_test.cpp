@@ -51,8 +51,8 @@ struct ArrayElements<fxStubFuncArray> {
     }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(fxSeqRangeArray, ArraySuite, fxSeqRangeArray);
-INSTANTIATE_TYPED_TEST_SUITE_P(fxStubFuncArray, ArraySuite, fxStubFuncArray);
+INSTANTIATE_ARRAY_SUITE(fxSeqRangeArray, fxSeqRangeArray);
+INSTANTIATE_ARRAY_SUITE(fxStubFuncArray, fxStubFuncArray);
 
 TEST(fxSeqRangeArray, elementsAreEightBytes) { EXPECT_EQ(8, fxSeqRangeArray().getElemSize()); }
 

@@ -11,7 +11,6 @@
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 #include "tests/support/arraySuite.h"
-#include "tests/support/vtable.h"
 
 static_assert(sizeof(fxStr) == 8, "two words an element");
 static_assert(sizeof(fxStrArray) == sizeof(fxArray), "no fields of its own");
@@ -31,7 +30,7 @@ struct ArrayElements<fxStrArray> {
     }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(fxStrArray, ArraySuite, fxStrArray);
+INSTANTIATE_ARRAY_SUITE(fxStrArray, fxStrArray);
 
 namespace {
 using Texts = std::vector<std::string>;
@@ -69,27 +68,6 @@ struct RawStrings {
 }  // namespace
 
 // Class shape.
-
-TEST(fxStrArray, operationsFollowTheStatedOrder) {
-    EXPECT_EQ(2u, vtableWord(&fxStrArray::className));
-    EXPECT_EQ(3u, vtableWord<unsigned char (fxStrArray::*)(fxTranscriber&)>(&fxStrArray::xdr));
-    EXPECT_EQ(4u, vtableWord(&fxStrArray::getTypeObj));
-    EXPECT_EQ(5u, vtableWord(&fxStrArray::xdrFail));
-    EXPECT_EQ(6u, vtableWord(&fxStrArray::xdrSuccess));
-    EXPECT_EQ(7u, vtableWord(&fxStrArray::getmem));
-    EXPECT_EQ(8u, vtableWord(&fxStrArray::expand));
-    EXPECT_EQ(9u, vtableWord(&fxStrArray::createElements));
-    EXPECT_EQ(10u, vtableWord(&fxStrArray::destroyElements));
-    EXPECT_EQ(11u, vtableWord(&fxStrArray::copyElements));
-    EXPECT_EQ(12u, vtableWord(&fxStrArray::compareElements));
-}
-
-TEST(fxStrArray, addsNoVirtualOperation) {
-    struct Probe : fxStrArray {
-        virtual void probe() {}
-    };
-    EXPECT_EQ(13u, vtableWord(&Probe::probe));
-}
 
 TEST(fxStrArray, typeRecordHasTheGenericName) {
     unsigned char (*const transcribe)(void*, fxTranscriber&) = &fxStrArray::xdr;
@@ -280,14 +258,6 @@ TEST(fxStrArray, swapExchangesBuffers) {
     const auto buffers = buffersOf(array);
     array.swap(0, 1);
     EXPECT_EQ((std::vector<const char*>{buffers[1], buffers[0]}), buffersOf(array));
-}
-
-TEST(fxStrArray, destroyEndsStringsAndKeepsTheFields) {
-    fxStrArray array = arrayOf({"a", "b"});
-    array.destroy();
-    EXPECT_EQ(16u, array.getLen());
-    EXPECT_EQ(32u, array.getMaxLen());
-    array.createElements(array.at(0), 16);  // for the destructor
 }
 
 // The operations on elements.

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/containers/fxDictionary.h"
+#include "kelvofxds/containers/fxSet.h"
 #include "kelvofxds/containers/fxTypedArrays.h"
+#include "tests/support/arrayFixture.h"
 
 /// `Element` is the element type, `size` its declared width in bytes.
 template <class Array>
@@ -23,6 +25,8 @@ struct ArrayTraits;
 ARRAY_TRAITS(fxVoidPtrArray, void*, 4)
 ARRAY_TRAITS(fxDictBuckets, fxDictBucket*, 4)
 ARRAY_TRAITS(fxDictIters, fxDictIter*, 4)
+ARRAY_TRAITS(fxSetBuckets, fxSetBucket*, 4)
+ARRAY_TRAITS(fxSetIters, fxSetIter*, 4)
 #undef ARRAY_TRAITS
 
 /// The classes with a record also have that, and `operation`, the overload
@@ -52,11 +56,34 @@ using ArraysWithRecords =
     testing::Types<fxBoolArray, fxCharArray, fxUnsignedCharArray, fxShortArray,
                    fxUnsignedShortArray, fxIntArray, fxLongArray, fxUnsignedLongArray, fxFloatArray,
                    fxDoubleArray>;
-using ArraysWithoutRecords = testing::Types<fxVoidPtrArray, fxDictBuckets, fxDictIters>;
-using AllArrays =
-    testing::Types<fxBoolArray, fxCharArray, fxUnsignedCharArray, fxShortArray,
-                   fxUnsignedShortArray, fxIntArray, fxLongArray, fxUnsignedLongArray, fxFloatArray,
-                   fxDoubleArray, fxVoidPtrArray, fxDictBuckets, fxDictIters>;
+using ArraysOfPointers =
+    testing::Types<fxVoidPtrArray, fxDictBuckets, fxDictIters, fxSetBuckets, fxSetIters>;
+using AllArrays = testing::Types<fxBoolArray, fxCharArray, fxUnsignedCharArray, fxShortArray,
+                                 fxUnsignedShortArray, fxIntArray, fxLongArray, fxUnsignedLongArray,
+                                 fxFloatArray, fxDoubleArray, fxVoidPtrArray, fxDictBuckets,
+                                 fxDictIters, fxSetBuckets, fxSetIters>;
+
+/// Any bytes will do for their elements.
+#define UNIFORM_ELEMENTS(Class) \
+    template <>                 \
+    struct ArrayElements<Class> : UniformElements<Class> {};
+
+UNIFORM_ELEMENTS(fxBoolArray)
+UNIFORM_ELEMENTS(fxCharArray)
+UNIFORM_ELEMENTS(fxUnsignedCharArray)
+UNIFORM_ELEMENTS(fxShortArray)
+UNIFORM_ELEMENTS(fxUnsignedShortArray)
+UNIFORM_ELEMENTS(fxIntArray)
+UNIFORM_ELEMENTS(fxLongArray)
+UNIFORM_ELEMENTS(fxUnsignedLongArray)
+UNIFORM_ELEMENTS(fxFloatArray)
+UNIFORM_ELEMENTS(fxDoubleArray)
+UNIFORM_ELEMENTS(fxVoidPtrArray)
+UNIFORM_ELEMENTS(fxDictBuckets)
+UNIFORM_ELEMENTS(fxDictIters)
+UNIFORM_ELEMENTS(fxSetBuckets)
+UNIFORM_ELEMENTS(fxSetIters)
+#undef UNIFORM_ELEMENTS
 
 /// Elements are told apart by a digit that fills all their bytes.
 template <class Element>

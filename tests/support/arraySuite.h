@@ -1,91 +1,23 @@
-// arraySuite.h - what every array class inherits from fxArray, as one suite.
+// arraySuite.h - what every array class has of fxArray, as one suite.
 #pragma once
 
 #include <type_traits>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/containers/fxArray.h"
+#include "tests/support/arrayFixture.h"
+#include "tests/support/arrayPartsSuite.h"
+#include "tests/support/destructors.h"
+#include "tests/support/vtable.h"
 
-/// What the suite has to know of an array class: make(i) is an element that
-/// differs from make(j), and numberOf(make(i)) is i, for i below 100.
+/// Each class of the family runs it by INSTANTIATE_ARRAY_SUITE. Sorting, comparing, transcription
+/// and what new elements hold are left out: the classes differ in them.
 template <class Array>
-struct ArrayElements;
-
-/// Each class instantiates it. Sorting is left out: the classes differ in it.
-template <class Array>
-class ArraySuite : public testing::Test {
-protected:
-    using Element = std::remove_reference_t<decltype(std::declval<Array&>()[0U])>;
-    using Numbers = std::vector<unsigned int>;
-
-    static constexpr unsigned int size = sizeof(Element);
-
-    /// The elements from `first` on, `n` of them.
-    static Array filled(unsigned int n, unsigned int first = 0) {
-        Array array;
-        for (unsigned int i = 0; i < n; ++i)
-            add(array, first + i);
-        array.setMaxLength(0);
-        return array;
-    }
-
-    static void add(Array& array, unsigned int number) {
-        const Element element = ArrayElements<Array>::make(number);
-        array.append(static_cast<const void*>(&element));
-    }
-
-    static unsigned int find(const Array& array, unsigned int number, unsigned int start) {
-        const Element element = ArrayElements<Array>::make(number);
-        return array.find(static_cast<const void*>(&element), start);
-    }
-
-    static Numbers numbersOf(const Array& array) {
-        Numbers numbers;
-        for (unsigned int i = 0; i < array.length(); ++i)
-            numbers.push_back(ArrayElements<Array>::numberOf(array[i]));
-        return numbers;
-    }
-
-    /// 0 to `n` - 1.
-    static Numbers upTo(unsigned int n) {
-        Numbers numbers;
-        for (unsigned int i = 0; i < n; ++i)
-            numbers.push_back(i);
-        return numbers;
-    }
-
-    /// `all` without the `n` numbers from `start` on.
-    static Numbers without(Numbers all, unsigned int start, unsigned int n) {
-        all.erase(all.begin() + static_cast<int>(start), all.begin() + static_cast<int>(start + n));
-        return all;
-    }
-
-    static Numbers part(const Numbers& all, unsigned int start, unsigned int n) {
-        return Numbers(all.begin() + static_cast<int>(start),
-                       all.begin() + static_cast<int>(start + n));
-    }
-
-    static Numbers joined(Numbers all, const Numbers& more, unsigned int index) {
-        all.insert(all.begin() + static_cast<int>(index), more.begin(), more.end());
-        return all;
-    }
-
-    /// Length and capacity are `n` elements, and there is a block if and only
-    /// if that is not 0.
-    static void expectExact(const Array& array, unsigned int n) {
-        EXPECT_EQ(n, array.length());
-        EXPECT_EQ(n * size, array.getLen());
-        EXPECT_EQ(n * size, array.getMaxLen());
-        EXPECT_EQ(n == 0, array.at(0) == nullptr);
-        EXPECT_EQ(size, array.getElemSize());
-        EXPECT_EQ(0, array.count);
-    }
-};
+class ArraySuite : public ArrayFixture<Array> {};
 
 TYPED_TEST_SUITE_P(ArraySuite);
+
+// Shape.
 
 TYPED_TEST_P(ArraySuite, addsNothingToItsBase) {
     EXPECT_TRUE((std::is_base_of<fxArray, TypeParam>::value));
@@ -93,15 +25,93 @@ TYPED_TEST_P(ArraySuite, addsNothingToItsBase) {
     EXPECT_STREQ("ARRAY", TypeParam().className());
 }
 
+TYPED_TEST_P(ArraySuite, virtualOperationsKeepTheirWords) {
+    EXPECT_EQ(2u, vtableWord(&TypeParam::className));
+    EXPECT_EQ(3u, vtableWord<unsigned char (TypeParam::*)(fxTranscriber&)>(&TypeParam::xdr));
+    EXPECT_EQ(4u, vtableWord(&TypeParam::getTypeObj));
+    EXPECT_EQ(5u, vtableWord(&TypeParam::xdrFail));
+    EXPECT_EQ(6u, vtableWord(&TypeParam::xdrSuccess));
+    EXPECT_EQ(7u, vtableWord(&TypeParam::getmem));
+    EXPECT_EQ(8u, vtableWord(&TypeParam::expand));
+    EXPECT_EQ(9u, vtableWord(&TypeParam::createElements));
+    EXPECT_EQ(10u, vtableWord(&TypeParam::destroyElements));
+    EXPECT_EQ(11u, vtableWord(&TypeParam::copyElements));
+    EXPECT_EQ(12u, vtableWord(&TypeParam::compareElements));
+}
+
+TYPED_TEST_P(ArraySuite, addsNoVirtualOperation) {
+    struct Probe : TypeParam {
+        virtual void probe() {}
+    };
+    EXPECT_EQ(13u, vtableWord(&Probe::probe));
+}
+
+TYPED_TEST_P(ArraySuite, destructorsAreWords0And1OfTheTable) {
+    expectDestructorsAtWords0And1<TypeParam>();
+}
+
+TYPED_TEST_P(ArraySuite, isDeletedThroughItsBase) {
+    fxRCObj* object = new TypeParam(this->filled(3));
+    EXPECT_EQ(0, object->count);
+    delete object;
+}
+
+// Construction.
+
 TYPED_TEST_P(ArraySuite, emptyArrayHasNoBlock) {
     this->expectExact(TypeParam(), 0);
     this->expectExact(TypeParam(0), 0);
 }
 
 TYPED_TEST_P(ArraySuite, constructorMakesThatManyElements) {
-    this->expectExact(TypeParam(1), 1);
-    this->expectExact(TypeParam(3), 3);
+    for (unsigned int n : {1u, 3u, 100u})
+        this->expectExact(TypeParam(n), n);
 }
+
+TYPED_TEST_P(ArraySuite, deliberateCopyHasTheSourcesCapacity) {
+    for (unsigned int n = 0; n < 3; ++n) {
+        SCOPED_TRACE(n);
+        TypeParam array = this->filled(n);
+        array.setMaxLength(6);
+        array.count = 7;
+
+        TypeParam copy(array);
+        EXPECT_EQ(0, copy.count);
+        EXPECT_EQ(n * this->size, copy.getLen());
+        EXPECT_EQ(6 * this->size, copy.getMaxLen());
+        EXPECT_NE(array.at(0), copy.at(0));
+        for (unsigned int i = n; i < 6; ++i)
+            this->add(copy, i);
+        EXPECT_EQ(this->upTo(6), this->numbersOf(copy));
+        EXPECT_EQ(6 * this->size, copy.getMaxLen()) << "there was room for all";
+        EXPECT_EQ(this->upTo(n), this->numbersOf(array));
+    }
+}
+
+TYPED_TEST_P(ArraySuite, spareBytesOfACopyAreZero) {
+    TypeParam array = this->filled(4);
+    array.remove(1, 3);
+    const TypeParam copy(array);
+    EXPECT_EQ(this->upTo(1), this->numbersOf(copy));
+    this->expectZero(copy.at(1), 3 * this->size);
+}
+
+TYPED_TEST_P(ArraySuite, copyOfAnEmptyArrayHasNoBlock) {
+    const TypeParam empty;
+    this->expectExact(TypeParam(empty), 0);
+}
+
+TYPED_TEST_P(ArraySuite, adoptsTheBlockItself) {
+    const TypeParam array = this->filled(3);
+    void* block = array.raw_copy();
+    const TypeParam adopted(0x50000U + this->size, 3 * this->size, block);
+    EXPECT_EQ(block, adopted.at(0));
+    this->expectExact(adopted, 3);
+    EXPECT_EQ(this->upTo(3), this->numbersOf(adopted));
+    this->expectExact(TypeParam(this->size, 0, nullptr), 0);
+}
+
+// Changing elements.
 
 TYPED_TEST_P(ArraySuite, appendGrowsByFourElements) {
     TypeParam array;
@@ -129,6 +139,15 @@ TYPED_TEST_P(ArraySuite, appendOfItselfDoublesIt) {
     TypeParam array = this->filled(3);
     array.append(static_cast<const fxArray&>(array));
     EXPECT_EQ((typename TestFixture::Numbers{0, 1, 2, 0, 1, 2}), this->numbersOf(array));
+}
+
+TYPED_TEST_P(ArraySuite, appendTakesAnElementOfTheArrayItself) {
+    for (unsigned int spare : {0u, 1u}) {
+        TypeParam array = this->filled(3);
+        array.setMaxLength(3 + spare);
+        array.append(array.at(1));
+        EXPECT_EQ((typename TestFixture::Numbers{0, 1, 2, 1}), this->numbersOf(array));
+    }
 }
 
 TYPED_TEST_P(ArraySuite, insertGrowsByOneElement) {
@@ -203,6 +222,42 @@ TYPED_TEST_P(ArraySuite, capacityNeverFallsBelowTheLength) {
     }
 }
 
+TYPED_TEST_P(ArraySuite, destroyEndsTheElementsAndKeepsTheFields) {
+    TypeParam array = this->filled(2);
+    const void* block = array.at(0);
+    array.destroy();
+    EXPECT_EQ(2 * this->size, array.getLen());
+    EXPECT_EQ(2 * this->size, array.getMaxLen());
+    EXPECT_EQ(block, array.at(0));
+    array.createElements(array.at(0), array.getLen());  // for the destructor
+}
+
+TYPED_TEST_P(ArraySuite, swapExchangesTwoElements) {
+    TypeParam array = this->filled(3);
+    array.swap(0, 2);
+    EXPECT_EQ((typename TestFixture::Numbers{2, 1, 0}), this->numbersOf(array));
+    array.swap(1, 1);
+    array.swap(2, 1);
+    EXPECT_EQ((typename TestFixture::Numbers{2, 0, 1}), this->numbersOf(array));
+}
+
+// Access.
+
+TYPED_TEST_P(ArraySuite, indexingGivesTheElement) {
+    static_assert(
+        std::is_same<decltype(std::declval<TypeParam&>()[0]), ElementOf<TypeParam>&>::value,
+        "elements can be assigned");
+    static_assert(std::is_same<decltype(std::declval<const TypeParam&>()[0]),
+                               ElementOf<TypeParam> const&>::value,
+                  "but not those of a constant");
+    TypeParam array = this->filled(3);
+    EXPECT_EQ(array.at(2), static_cast<void*>(&array[2]));
+    array[1] = ArrayElements<TypeParam>::make(9);
+    EXPECT_EQ((typename TestFixture::Numbers{0, 9, 2}), this->numbersOf(array));
+    const TypeParam& constant = array;
+    EXPECT_EQ(constant.at(1), static_cast<const void*>(&constant[1]));
+}
+
 TYPED_TEST_P(ArraySuite, findReturnsTheFirstMatchFromStartOn) {
     TypeParam array = this->filled(3);
     array.append(static_cast<const fxArray&>(this->filled(3)));
@@ -218,83 +273,21 @@ TYPED_TEST_P(ArraySuite, findReturnsTheFirstMatchFromStartOn) {
     EXPECT_EQ(0xFFFFFFFFu, this->find(TypeParam(), 0, 0));
 }
 
-TYPED_TEST_P(ArraySuite, cutTakesElementsOut) {
-    for (unsigned int start = 0; start <= 4; ++start) {
-        for (unsigned int n = 0; start + n <= 4; ++n) {
-            SCOPED_TRACE(testing::Message() << n << " from " << start);
-            TypeParam array = this->filled(4);
-            const TypeParam piece = array.cut(start, n);
-            this->expectExact(piece, n);
-            EXPECT_EQ(this->part(this->upTo(4), start, n), this->numbersOf(piece));
-            EXPECT_EQ(this->without(this->upTo(4), start, n), this->numbersOf(array));
-            EXPECT_EQ(4 * this->size, array.getMaxLen());
-        }
-    }
-}
+REGISTER_TYPED_TEST_SUITE_P(
+    ArraySuite, addsNothingToItsBase, virtualOperationsKeepTheirWords, addsNoVirtualOperation,
+    destructorsAreWords0And1OfTheTable, isDeletedThroughItsBase, emptyArrayHasNoBlock,
+    constructorMakesThatManyElements, deliberateCopyHasTheSourcesCapacity, spareBytesOfACopyAreZero,
+    copyOfAnEmptyArrayHasNoBlock, adoptsTheBlockItself, appendGrowsByFourElements,
+    appendOfAnArrayGrowsToTheNeed, appendOfItselfDoublesIt, appendTakesAnElementOfTheArrayItself,
+    insertGrowsByOneElement, insertOfAnArrayGrowsToTheNeed, insertOfItselfDoublesItAtEveryPosition,
+    removeClosesTheGapAndKeepsTheCapacity, resizeSetsLengthAndCapacity,
+    capacityNeverFallsBelowTheLength, destroyEndsTheElementsAndKeepsTheFields,
+    swapExchangesTwoElements, indexingGivesTheElement, findReturnsTheFirstMatchFromStartOn);
 
-TYPED_TEST_P(ArraySuite, extractHeadAndTailCopyElements) {
-    const TypeParam array = this->filled(4);
-    for (unsigned int start = 0; start <= 4; ++start) {
-        for (unsigned int n = 0; start + n <= 4; ++n) {
-            SCOPED_TRACE(testing::Message() << n << " from " << start);
-            const TypeParam piece = array.extract(start, n);
-            this->expectExact(piece, n);
-            EXPECT_EQ(this->part(this->upTo(4), start, n), this->numbersOf(piece));
-        }
-    }
-    for (unsigned int n = 0; n <= 4; ++n) {
-        SCOPED_TRACE(n);
-        const TypeParam head = array.head(n);
-        const TypeParam tail = array.tail(n);
-        this->expectExact(head, n);
-        this->expectExact(tail, n);
-        EXPECT_EQ(this->upTo(n), this->numbersOf(head));
-        EXPECT_EQ(this->part(this->upTo(4), 4 - n, n), this->numbersOf(tail));
-    }
-    EXPECT_EQ(this->upTo(4), this->numbersOf(array));
-}
-
-TYPED_TEST_P(ArraySuite, deliberateCopyHasTheSourcesCapacity) {
-    for (unsigned int n = 0; n < 3; ++n) {
-        SCOPED_TRACE(n);
-        TypeParam array = this->filled(n);
-        array.setMaxLength(6);
-        array.count = 7;
-
-        TypeParam copy(array);
-        EXPECT_EQ(0, copy.count);
-        EXPECT_EQ(n * this->size, copy.getLen());
-        EXPECT_EQ(6 * this->size, copy.getMaxLen());
-        EXPECT_NE(array.at(0), copy.at(0));
-        for (unsigned int i = n; i < 6; ++i)
-            this->add(copy, i);
-        EXPECT_EQ(this->upTo(6), this->numbersOf(copy));
-        EXPECT_EQ(6 * this->size, copy.getMaxLen()) << "there was room for all";
-        EXPECT_EQ(this->upTo(n), this->numbersOf(array));
-    }
-}
-
-TYPED_TEST_P(ArraySuite, adoptsABlockWithTheLowBitsOfTheElementSize) {
-    const TypeParam array = this->filled(3);
-    const TypeParam adopted(0x50000U + this->size, 3 * this->size, array.raw_copy());
-    this->expectExact(adopted, 3);
-    EXPECT_EQ(this->upTo(3), this->numbersOf(adopted));
-    this->expectExact(TypeParam(this->size, 0, nullptr), 0);
-}
-
-TYPED_TEST_P(ArraySuite, isDeletedThroughItsBase) {
-    fxRCObj* object = new TypeParam(this->filled(3));
-    EXPECT_EQ(0, object->count);
-    delete object;
-}
-
-REGISTER_TYPED_TEST_SUITE_P(ArraySuite, addsNothingToItsBase, emptyArrayHasNoBlock,
-                            constructorMakesThatManyElements, appendGrowsByFourElements,
-                            appendOfAnArrayGrowsToTheNeed, appendOfItselfDoublesIt,
-                            insertGrowsByOneElement, insertOfAnArrayGrowsToTheNeed,
-                            insertOfItselfDoublesItAtEveryPosition,
-                            removeClosesTheGapAndKeepsTheCapacity, resizeSetsLengthAndCapacity,
-                            capacityNeverFallsBelowTheLength, findReturnsTheFirstMatchFromStartOn,
-                            cutTakesElementsOut, extractHeadAndTailCopyElements,
-                            deliberateCopyHasTheSourcesCapacity,
-                            adoptsABlockWithTheLowBitsOfTheElementSize, isDeletedThroughItsBase);
+/// Runs the suite, both halves of it, for a class or for testing::Types<...>.
+// The arguments are names.
+// NOLINTBEGIN(bugprone-macro-parentheses)
+#define INSTANTIATE_ARRAY_SUITE(Name, Types)                 \
+    INSTANTIATE_TYPED_TEST_SUITE_P(Name, ArraySuite, Types); \
+    INSTANTIATE_TYPED_TEST_SUITE_P(Name, ArrayPartsSuite, Types)
+// NOLINTEND(bugprone-macro-parentheses)
