@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/containers/fxVirtualEntryInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
@@ -246,20 +247,23 @@ void fxArray::swap(unsigned int i, unsigned int j) {
 }
 
 namespace {
-// Whether `array` compares elements as fxArray itself does. A class can change
-// that, and only g++ offers a way to see whether it has.
-bool comparesBytes(const fxArray& array) {
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wpmf-conversions"
-    using Compare = int (*)(const fxArray*, const void*, const void*);
-    return (Compare)(array.*&fxArray::compareElements) == (Compare)(&fxArray::compareElements);
-#pragma GCC diagnostic pop
-#else
-    (void)array;
-    return false;
-#endif
+// An array whose class changes nothing.
+class PlainArray : public fxArray {
+public:
+    PlainArray() : fxArray(1, 0) {}
+    const char* className() const override { return ""; }
+};
+
+std::uintptr_t compareEntry(const fxArray& array) {
+    return fxVirtualEntry(array, &fxArray::compareElements);
 }
+
+// 0 until this file is initialised: until then elements are compared one by
+// one, which comes to the same.
+const std::uintptr_t ownCompareElements = compareEntry(PlainArray());
+
+// Whether `array` compares elements as fxArray itself does.
+bool comparesBytes(const fxArray& array) { return compareEntry(array) == ownCompareElements; }
 
 // Position of the first of the elements [start, n) at `block` that has the
 // bytes of `*elem`; n if none has. The elements are of Word's size.

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "kelvofxds/containers/fxArray.h"
+#include "kelvofxds/containers/fxVirtualEntryInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStrArray.h"
 
@@ -31,6 +32,25 @@ private:
     char buffer[sortBufferSize];
     void* block;
 };
+
+template <class Operation>
+bool shareOperation(const fxArray& a, const fxArray& b, Operation fxArray::*operation) {
+    return fxVirtualEntry(a, operation) == fxVirtualEntry(b, operation);
+}
+
+// Whether the elements are strings: one of the operations that fxStrArray has
+// of its own is in place, which only it and what derives from it can have.
+bool holdsStrings(const fxArray& array) {
+    const fxStrArray strings;
+    unsigned char (fxArray::*const xdr)(fxTranscriber&) = &fxArray::xdr;
+    return shareOperation(array, strings, &fxArray::copyElements) ||
+           shareOperation(array, strings, &fxArray::compareElements) ||
+           shareOperation(array, strings, &fxArray::createElements) ||
+           shareOperation(array, strings, &fxArray::destroyElements) ||
+           shareOperation(array, strings, &fxArray::className) ||
+           shareOperation(array, strings, &fxArray::getTypeObj) ||
+           shareOperation(array, strings, xdr);
+}
 }  // namespace
 
 void fxArray::qsort() { qsort(0, length()); }
@@ -43,7 +63,7 @@ void fxArray::qsort(unsigned int start, unsigned int n) {
 }
 
 void fxArray::qsortInternal(unsigned int lo, unsigned int hi, void* temp) {
-    sortRange(lo, hi, temp, dynamic_cast<const fxStrArray*>(this) != nullptr);
+    sortRange(lo, hi, temp, holdsStrings(*this));
 }
 
 // The first element is the pivot, by address: nothing moves it until its final

@@ -206,6 +206,31 @@ TEST(fxStrArraySort, sortsAThousandStrings) {
     EXPECT_EQ(sorted(texts), textsOf(array)) << "seed 20240817";
 }
 
+// Everything of the class that can be replaced is, and yet they are strings.
+TEST(fxStrArraySort, exchangesTheStringsOfAClassThatReplacesItsElementOperations) {
+    struct Watched : fxStrArray {
+        void createElements(void* at, unsigned int bytes) override {
+            fxStrArray::createElements(at, bytes);
+        }
+        void destroyElements(void* at, unsigned int bytes) override {
+            fxStrArray::destroyElements(at, bytes);
+        }
+        void copyElements(const void* from, void* to, unsigned int bytes) const override {
+            fxStrArray::copyElements(from, to, bytes);
+        }
+        int compareElements(const void* a, const void* b) const override {
+            return fxStrArray::compareElements(a, b);
+        }
+        const char* className() const override { return "Watched"; }
+    };
+    forAllSequences({"a", "b", "c", "d"}, 4, [](const Texts& texts) {
+        Watched array;
+        array.append(static_cast<const fxArray&>(arrayOf(texts)));
+        static_cast<fxArray&>(array).qsort();
+        ASSERT_EQ(sorted(texts), textsOf(array)) << testing::PrintToString(texts);
+    });
+}
+
 TEST(fxStrArraySort, sortedArrayCanBeChangedAndCopied) {
     fxStrArray array = arrayOf({"c", "a", "b"});
     array.qsort();
