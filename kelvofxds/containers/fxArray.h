@@ -97,7 +97,7 @@ public:
     /// Deliberate: the pivot's final placement copies the temporary over two
     /// elements instead of exchanging them, so elements are overwritten; the
     /// temporary starts out as zero bytes. Only an fxStrArray is sorted by true
-    /// exchanges.
+    /// exchanges. The call's depth does not depend on the order of the elements.
     void qsort(unsigned int start, unsigned int n);
     /// The same for the whole array.
     void qsort();
@@ -150,7 +150,7 @@ private:
     void setCapacity(unsigned int bytes);
     void clearSpare(unsigned int from);
     void* copied(const void* from, unsigned int bytes) const;
-    void sortRange(unsigned int lo, unsigned int hi, void* temp, bool exchangePivot);
+    unsigned int partition(unsigned int lo, unsigned int hi, void* temp, bool exchangePivot);
     void exchange(unsigned int i, unsigned int j, void* temp);
     void closeGap(unsigned int offset, unsigned int bytes);
 };

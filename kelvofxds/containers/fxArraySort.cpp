@@ -33,6 +33,48 @@ private:
     void* block;
 };
 
+// The ranges of elements that are still to be sorted, the next one last. Each
+// has two elements at least and none in common with another.
+class PendingRanges {
+public:
+    struct Range {
+        unsigned int lo, hi;
+    };
+
+    PendingRanges() : ranges(buffer), capacity(bufferLength), length(0) {}
+    PendingRanges(const PendingRanges&) = delete;
+    PendingRanges& operator=(const PendingRanges&) = delete;
+    ~PendingRanges() {
+        if (ranges != buffer)
+            std::free(ranges);
+    }
+
+    bool isEmpty() const { return length == 0; }
+    Range taken() { return ranges[--length]; }
+    void add(unsigned int lo, unsigned int hi) {
+        if (length == capacity)
+            grow();
+        ranges[length++] = {lo, hi};
+    }
+
+private:
+    static const unsigned int bufferLength = 32;
+
+    void grow() {
+        const unsigned int size = capacity * static_cast<unsigned int>(sizeof(Range));
+        void* block = ranges == buffer ? fxAllocate(2 * size) : fxReallocate(ranges, 2 * size);
+        if (ranges == buffer)
+            std::memcpy(block, buffer, size);
+        ranges = static_cast<Range*>(block);
+        capacity *= 2;
+    }
+
+    Range buffer[bufferLength];
+    Range* ranges;  // `buffer`, or a malloced block
+    unsigned int capacity;
+    unsigned int length;
+};
+
 template <class Operation>
 bool shareOperation(const fxArray& a, const fxArray& b, Operation fxArray::*operation) {
     return fxVirtualEntry(a, operation) == fxVirtualEntry(b, operation);
@@ -59,16 +101,38 @@ void fxArray::qsort(unsigned int start, unsigned int n) {
     if (n == 0)
         return;
     Temporary temp(elemSize);
-    qsortInternal(start, start + n - 1, temp.address());
+    qsortInternal(start, fxSum("fxArray", start, n) - 1, temp.address());
 }
 
+// What is in front of the pivot's place is sorted before what is behind it: the
+// temporary carries elements from the one to the other.
 void fxArray::qsortInternal(unsigned int lo, unsigned int hi, void* temp) {
-    sortRange(lo, hi, temp, holdsStrings(*this));
+    const bool exchangePivot = holdsStrings(*this);
+    PendingRanges pending;
+    for (;;) {
+        const unsigned int place = partition(lo, hi, temp, exchangePivot);
+        const bool sortsFront = place != 0 && lo < place - 1;
+        const bool sortsBehind = place + 1 < hi;
+        if (sortsFront && sortsBehind)
+            pending.add(place + 1, hi);
+        if (sortsFront) {
+            hi = place - 1;
+        } else if (sortsBehind) {
+            lo = place + 1;
+        } else {
+            if (pending.isEmpty())
+                return;
+            const PendingRanges::Range next = pending.taken();
+            lo = next.lo;
+            hi = next.hi;
+        }
+    }
 }
 
-// The first element is the pivot, by address: nothing moves it until its final
-// placement. A single element goes through that placement too.
-void fxArray::sortRange(unsigned int lo, unsigned int hi, void* temp, bool exchangePivot) {
+// Puts what is less than an element in front of it and the rest behind, and
+// returns its place. The first element is that pivot, by address: nothing moves
+// it until its final placement. A single element goes through that too.
+unsigned int fxArray::partition(unsigned int lo, unsigned int hi, void* temp, bool exchangePivot) {
     const void* pivot = at(lo);
     unsigned int i = lo;
     unsigned int j = hi + 1;
@@ -96,10 +160,7 @@ void fxArray::sortRange(unsigned int lo, unsigned int hi, void* temp, bool excha
         std::memmove(at(j), at(lo), elemSize);
         std::memcpy(at(j), temp, elemSize);
     }
-    if (j != 0 && lo < j - 1)
-        sortRange(lo, j - 1, temp, exchangePivot);
-    if (j + 1 < hi)
-        sortRange(j + 1, hi, temp, exchangePivot);
+    return j;
 }
 
 void fxArray::exchange(unsigned int i, unsigned int j, void* temp) {

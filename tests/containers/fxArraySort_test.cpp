@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -50,6 +52,53 @@ private:
         return static_cast<unsigned int>(offset) / getElemSize();
     }
 };
+
+// The steps of the sort as they are stated, on digits.
+class StatedSort {
+public:
+    explicit StatedSort(const std::string& digits) : e(digits), temp('0') {
+        if (!e.empty())
+            sort(0, static_cast<unsigned int>(e.size()) - 1);
+    }
+
+    std::string e;
+    Places compared;
+
+private:
+    int compare(unsigned int i, unsigned int pivot) {
+        compared.push_back({i, pivot});
+        return e[i] - e[pivot];
+    }
+
+    void sort(unsigned int lo, unsigned int hi) {
+        unsigned int i = lo, j = hi + 1;
+        for (;;) {
+            while (i < hi && compare(++i, lo) < 0) {
+            }
+            while (j > lo && compare(--j, lo) > 0) {
+            }
+            if (i >= j)
+                break;
+            temp = e[i];
+            e[i] = e[j];
+            e[j] = temp;
+        }
+        e[lo] = temp;
+        e[j] = temp;
+        if (j != 0 && lo < j - 1)
+            sort(lo, j - 1);
+        if (j + 1 < hi)
+            sort(j + 1, hi);
+    }
+
+    char temp;
+};
+
+// The next of `count` numbers below `limit`, the same in every run.
+unsigned int nextRandom(unsigned int& seed, unsigned int limit) {
+    seed = seed * 1664525U + 1013904223U;
+    return (seed >> 16) % limit;
+}
 
 struct SortCase {
     const char *before, *after;
@@ -108,6 +157,55 @@ TEST(fxArraySort, deliberateTheFinalPlacementOverwritesElements) {
         DigitArray array(1, c.before);
         array.qsort();
         EXPECT_EQ(c.after, array.digits());
+    }
+}
+
+// What is in front of the pivot's place is sorted first, and its last exchange
+// decides what the part behind is overwritten with.
+TEST(fxArraySort, theFrontHalfIsSortedBeforeTheOther) {
+    unsigned int seed = 20240817;
+    for (unsigned int n = 0; n < 400; ++n) {
+        std::string digits;
+        for (unsigned int i = 0; i < n; ++i)
+            digits += static_cast<char>('0' + nextRandom(seed, n % 2 == 0 ? 10 : 60));
+        SCOPED_TRACE(testing::Message() << n << " elements, seed 20240817");
+        const StatedSort stated(digits);
+        DigitArray array(1, digits);
+        array.qsort();
+        ASSERT_EQ(stated.e, array.digits());
+        ASSERT_EQ(stated.compared, array.compared());
+    }
+}
+
+namespace {
+// Notes how deep in the stack its elements are compared.
+class DepthArray : public DigitArray {
+public:
+    using DigitArray::DigitArray;
+    int compareElements(const void* a, const void* b) const override {
+        const char here = 0;
+        const auto address = reinterpret_cast<std::uintptr_t>(&here);
+        lowest = std::min(lowest, address);
+        highest = std::max(highest, address);
+        return std::memcmp(a, b, 1);
+    }
+    std::uintptr_t depth() const { return highest - lowest; }
+
+private:
+    mutable std::uintptr_t lowest = UINTPTR_MAX;
+    mutable std::uintptr_t highest = 0;
+};
+}  // namespace
+
+TEST(fxArraySort, theDepthOfTheCallDoesNotDependOnTheOrder) {
+    std::string ascending, descending;
+    for (int i = 0; i < 2500; ++i)
+        ascending += static_cast<char>('0' + i / 20);
+    descending.assign(ascending.rbegin(), ascending.rend());
+    for (const std::string& digits : {ascending, descending, std::string(2500, '5')}) {
+        DepthArray array(1, digits);
+        array.qsort();
+        EXPECT_LT(array.depth(), 4096u);
     }
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -204,6 +205,62 @@ TEST(fxStrArraySort, sortsAThousandStrings) {
     fxStrArray array = arrayOf(texts);
     array.qsort();
     EXPECT_EQ(sorted(texts), textsOf(array)) << "seed 20240817";
+}
+
+namespace {
+// Texts of five digits, which sort as the numbers do.
+Texts numbered(const std::vector<unsigned int>& numbers) {
+    Texts texts;
+    for (const unsigned int number : numbers)
+        texts.push_back(std::to_string(10000 + number));
+    return texts;
+}
+
+// An order of 0 to 3n in which each partition of the whole leaves two numbers
+// behind the pivot's place and all others in front of it.
+std::vector<unsigned int> alwaysThirdLast(unsigned int n) {
+    std::vector<unsigned int> front = {0};
+    for (unsigned int i = 0; i < n; ++i) {
+        const auto size = static_cast<unsigned int>(front.size());
+        std::vector<unsigned int> whole = {size};  // the pivot
+        whole.insert(whole.end(), front.begin() + 1, front.end());
+        whole.insert(whole.end(), {front[0], size + 1, size + 2});
+        front = whole;
+    }
+    return front;
+}
+
+class DepthArray : public fxStrArray {
+public:
+    int compareElements(const void* a, const void* b) const override {
+        const char here = 0;
+        const auto address = reinterpret_cast<std::uintptr_t>(&here);
+        lowest = std::min(lowest, address);
+        highest = std::max(highest, address);
+        return fxStrArray::compareElements(a, b);
+    }
+    std::uintptr_t depth() const { return highest - lowest; }
+
+private:
+    mutable std::uintptr_t lowest = UINTPTR_MAX;
+    mutable std::uintptr_t highest = 0;
+};
+}  // namespace
+
+TEST(fxStrArraySort, theDepthOfTheCallDoesNotDependOnTheOrder) {
+    std::vector<unsigned int> ascending;
+    for (unsigned int i = 0; i < 2500; ++i)
+        ascending.push_back(i);
+    const std::vector<unsigned int> descending(ascending.rbegin(), ascending.rend());
+    const std::vector<unsigned int> equal(2500, 7);
+    for (const auto& numbers : {ascending, descending, equal, alwaysThirdLast(800)}) {
+        const Texts texts = numbered(numbers);
+        DepthArray array;
+        array.append(static_cast<const fxArray&>(arrayOf(texts)));
+        array.qsort();
+        EXPECT_LT(array.depth(), 4096u);
+        EXPECT_EQ(sorted(texts), textsOf(array));
+    }
 }
 
 // Everything of the class that can be replaced is, and yet they are strings.
