@@ -13,9 +13,6 @@ FX_DEFINE_ARRAY_TYPE(fxStrArray, fxStr)
 namespace {
 const unsigned int strSize = sizeof(fxStr);
 
-// How many bytes of strings are made on the mere word of a stream.
-const unsigned int firstStep = 1U << 20;
-
 // Makes a copy of the string at `from` in the raw memory at `to`, which may be
 // the same place: then the string there becomes its own copy.
 void copyStr(const char* from, char* to) {
@@ -80,13 +77,10 @@ bool fxStrArray::readStrings(fxTranscriber& t, unsigned int claimed, unsigned sh
         return false;
     }
     // `len` covers the strings made so far, so that they can be destroyed.
-    for (unsigned int offset = 0; offset < claimed; offset += strSize) {
-        if (offset == len) {
-            const unsigned int step = claimed - len < firstStep ? claimed - len : firstStep;
-            createElements(byteAt(len), step);
-            len += step;
-        }
-        if (!reinterpret_cast<fxStr*>(byteAt(offset))->xdr(t))
+    while (len < claimed) {
+        auto* string = new (byteAt(len)) fxStr(fxStr_type);
+        len += strSize;
+        if (!string->xdr(t))
             return false;
     }
     return true;

@@ -17,6 +17,7 @@
 #include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
+#include "tests/support/memory.h"
 
 namespace {
 using Calls = std::vector<std::string>;
@@ -121,17 +122,6 @@ unsigned char readFresh(fxTranscriber& t, std::unique_ptr<fxStrArray>& array) {
     array.reset(static_cast<fxStrArray*>(fxStrArray::newInstance(fxStrArray_type)));
     return array->xdr(t);
 }
-
-long residentKilobytes() {
-    long total = 0;
-    long resident = 0;
-    std::FILE* f = std::fopen("/proc/self/statm", "r");
-    if (f) {
-        EXPECT_EQ(2, std::fscanf(f, "%ld %ld", &total, &resident));
-        std::fclose(f);
-    }
-    return resident * (::sysconf(_SC_PAGESIZE) / 1024);
-}
 }  // namespace
 
 // Writing.
@@ -211,15 +201,12 @@ TEST(fxStrArrayXDR, deliberateReadingLetsTheOldBlockGo) {
     EXPECT_EQ((Texts{"old", "strings"}), textsOf(old)) << "nothing ended them";
 }
 
+// The one whose reading fails is there, empty; those after it are not.
 TEST(fxStrArrayXDR, stringsReadBeforeAFailureStay) {
     const struct {
         unsigned int failAt;
         Texts texts;
-    } cases[] = {{2, {"", "", ""}},
-                 {3, {"", "", ""}},
-                 {4, {"a", "", ""}},
-                 {5, {"a", "", ""}},
-                 {6, {"a", "", ""}}};
+    } cases[] = {{2, {""}}, {3, {""}}, {4, {"a", ""}}, {5, {"a", "", ""}}, {6, {"a", "", ""}}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.failAt);
         ScriptedTranscriber t({24U, 8U, 2U, "a", 1U, 2U, "c"});
@@ -227,9 +214,43 @@ TEST(fxStrArrayXDR, stringsReadBeforeAFailureStay) {
         std::unique_ptr<fxStrArray> array;
         EXPECT_EQ(0, readFresh(t, array));
         EXPECT_EQ(c.failAt + 1, t.calls.size());
-        EXPECT_EQ(3u, array->length()) << "as read";
         EXPECT_EQ(c.texts, textsOf(*array));
-        (*array)[2] = "usable";
+        EXPECT_EQ(24u, array->getMaxLen());
+        array->append("usable");
+    }
+}
+
+namespace {
+// Memory that holds no string has other bytes; strings that are made in another
+// way than one by one in place are counted.
+class WatchedStrArray : public fxStrArray {
+public:
+    void getmem() override {
+        fxStrArray::getmem();
+        std::memset(data, 0xA5, maxLen);
+    }
+    void createElements(void* at, unsigned int bytes) override {
+        ++creations;
+        fxStrArray::createElements(at, bytes);
+    }
+    std::string bytesOf(unsigned int i) const { return std::string(byteAt(8 * i), 8); }
+
+    unsigned int creations = 0;
+};
+}  // namespace
+
+TEST(fxStrArrayXDR, eachStringIsMadeInPlaceBeforeItIsRead) {
+    const std::string raw(8, '\xA5');
+    for (unsigned int failAt : {0xFFFFFFFFu, 4u, 2u}) {
+        SCOPED_TRACE(failAt);
+        ScriptedTranscriber t({24U, 8U, 2U, "a", 1U, 2U, "c"});
+        t.failAt = failAt;
+        WatchedStrArray array;
+        EXPECT_EQ(failAt == 0xFFFFFFFF, array.xdr(t));
+        EXPECT_EQ(0u, array.creations) << "no virtual operation makes them";
+        EXPECT_NE(raw, array.bytesOf(0));
+        EXPECT_EQ(failAt == 2, array.bytesOf(1) == raw);
+        EXPECT_EQ(failAt != 0xFFFFFFFF, array.bytesOf(2) == raw);
     }
 }
 
@@ -277,11 +298,11 @@ TEST(fxStrArrayXDR, claimedLengthTakesNoMemoryBeforeItsStringsArrive) {
     const unsigned int claims[] = {8U << 20, 1U << 28, 1U << 30, 0x7FFFFFF8};
     for (const unsigned int claim : claims) {
         SCOPED_TRACE(claim);
-        const long before = residentKilobytes();
+        const std::size_t before = residentBytes();
         ScriptedTranscriber t({claim, 8U, 2U, "a", 1U, 2U, "c"});
         std::unique_ptr<fxStrArray> array;
         EXPECT_EQ(0, readFresh(t, array));
-        EXPECT_LT(residentKilobytes() - before, 16 * 1024);
+        EXPECT_LT(residentBytes() - before, std::size_t(16) << 20);
         EXPECT_LE(array->getLen(), array->getMaxLen());
     }
 }
@@ -302,7 +323,6 @@ TEST(fxStrArrayXDRDeathTest, lengthThatCannotBeAllocatedIsRefused) {
 }
 
 TEST(fxStrArrayXDR, manyStringsAreReadWhereTheyStay) {
-    // More than are made at a time.
     const unsigned int n = 300000;
     std::vector<Item> items = {n * 8, 8U};
     for (unsigned int i = 0; i < n; ++i)
@@ -454,8 +474,8 @@ TEST(fxStrArrayXDR, streamThatClaimsMoreThanItHoldsTakesNoMemory) {
                         record(0, "", host<std::uint32_t>(1) + host<std::uint32_t>(1));
     const auto reader = readerOf(bytes);
     ASSERT_NE(nullptr, reader);
-    const long before = residentKilobytes();
+    const std::size_t before = residentBytes();
     fxStrArray array;
     EXPECT_EQ(0, array.xdr(*reader));
-    EXPECT_LT(residentKilobytes() - before, 16 * 1024);
+    EXPECT_LT(residentBytes() - before, std::size_t(16) << 20);
 }
