@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "kelvofxds/containers/fxVirtualEntryInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
+const char* const owner = "fxArray";
 const unsigned int expandElements = 4;
 const unsigned int swapBufferSize = 1024;
 const unsigned int notFound = 0xFFFFFFFF;
@@ -21,6 +23,25 @@ void moveBytes(void* to, const void* from, unsigned int bytes) {
     else if (bytes != 0)
         std::memmove(to, from, bytes);
 }
+
+// An array whose class changes nothing.
+class PlainArray : public fxArray {
+public:
+    PlainArray() : fxArray(1, 0) {}
+    const char* className() const override { return ""; }
+};
+
+template <class Operation>
+std::uintptr_t entryOfPlainArray(Operation fxArray::*operation) {
+    const PlainArray array;
+    return fxVirtualEntry<fxArray>(array, operation);
+}
+
+// What an array has in place whose class does not replace the operation. 0
+// until this file is initialised: until then the operations are called as if
+// every class replaced them, which comes to the same.
+const std::uintptr_t ownGetmem = entryOfPlainArray(&fxArray::getmem);
+const std::uintptr_t ownCompareElements = entryOfPlainArray(&fxArray::compareElements);
 }  // namespace
 
 fxArray::fxArray(unsigned short size, unsigned int n)
@@ -44,28 +65,67 @@ fxArray::fxArray(unsigned int size, unsigned int bytes, void* block)
 fxArray::~fxArray() { std::free(data); }
 
 void fxArray::copyFrom(const fxArray& other) {
+    data = other.raw_copy();
     maxLen = other.maxLen;
     len = other.len;
-    if (maxLen == 0)
+    if (maxLen <= len)
         return;
-    data = fxAllocate(maxLen);
-    if (len != 0)
-        copyElements(other.data, data, len);
+    data = data ? fxReallocate(data, maxLen) : fxAllocate(maxLen);
     clearSpare(len);
 }
 
-// Size of `n` elements. One that does not fit a word could only end in
-// writing outside the block.
-unsigned int fxArray::bytesOf(unsigned int n) const {
-    unsigned int bytes = 0;
-    if (__builtin_mul_overflow(n, static_cast<unsigned int>(elemSize), &bytes))
-        std::abort();
-    return bytes;
-}
+// Size of `n` elements.
+unsigned int fxArray::bytesOf(unsigned int n) const { return fxProduct(owner, n, elemSize); }
+
+// A change of an array's capacity, from the moment maxLen says the new one. The
+// old one comes back if an exception prevents the change.
+class fxArray::CapacityChange {
+public:
+    // The bytes from `from` on will be spare ones that were never used.
+    CapacityChange(fxArray& changed, unsigned int bytes, unsigned int from)
+        : array(changed), unused(from), maxLenOnFailure(changed.maxLen), outer(innermost) {
+        array.maxLen = bytes;
+        innermost = this;
+    }
+    CapacityChange(const CapacityChange&) = delete;
+    CapacityChange& operator=(const CapacityChange&) = delete;
+    ~CapacityChange() {
+        innermost = outer;
+        array.maxLen = maxLenOnFailure;
+    }
+
+    void bringMemory() {
+        array.getmem();
+        if (!array.data && array.maxLen != 0)
+            fxOutOfMemory();
+        maxLenOnFailure = array.maxLen;
+    }
+
+    // fxArray's own getmem has brought the block to maxLen bytes. It is told of
+    // no change, and a subclass's may fill bytes before or after it calls it, so
+    // none but the new ones are cleared, and those here.
+    static void brought(fxArray& changed) {
+        if (!innermost || &innermost->array != &changed || !changed.data)
+            return;
+        changed.clearSpare(innermost->unused);
+        innermost->unused = innermost->maxLenOnFailure = changed.maxLen;
+    }
+
+private:
+    fxArray& array;
+    unsigned int unused;
+    unsigned int maxLenOnFailure;
+    CapacityChange* outer;  // during whose getmem this one happens
+
+    static CapacityChange* innermost;
+};
+
+fxArray::CapacityChange* fxArray::CapacityChange::innermost = nullptr;
 
 // The virtual operations.
 
-void fxArray::getmem() {
+// The work of getmem.
+void fxArray::bringBlock() {
     if (maxLen == 0) {
         std::free(data);
         data = nullptr;
@@ -76,12 +136,12 @@ void fxArray::getmem() {
     }
 }
 
-void fxArray::expand() {
-    const unsigned int oldMax = maxLen;
-    maxLen += expandElements * elemSize;
-    getmem();
-    clearSpare(oldMax);
+void fxArray::getmem() {
+    bringBlock();
+    CapacityChange::brought(*this);
 }
+
+void fxArray::expand() { setCapacity(fxSum(owner, maxLen, expandElements * elemSize)); }
 
 void fxArray::createElements(void*, unsigned int) {}
 
@@ -107,17 +167,20 @@ int fxArray::compareElements(const void* a, const void* b) const {
 
 // Bytes beyond the length can reach a stream, so new ones are cleared.
 void fxArray::clearSpare(unsigned int from) {
-    if (from >= maxLen)
-        return;
-    if (!data)
-        std::abort();
-    std::memset(byteAt(from), 0, maxLen - from);
+    if (from < maxLen)
+        std::memset(byteAt(from), 0, maxLen - from);
 }
 
 void fxArray::setCapacity(unsigned int bytes) {
+    if (fxVirtualEntry(*this, &fxArray::getmem) != ownGetmem) {
+        CapacityChange(*this, bytes, maxLen).bringMemory();
+        return;
+    }
     const unsigned int oldMax = maxLen;
     maxLen = bytes;
-    getmem();
+    bringBlock();
+    if (!data && maxLen != 0)
+        fxOutOfMemory();
     clearSpare(oldMax);
 }
 
@@ -130,15 +193,15 @@ void fxArray::setMaxLength(unsigned int n) {
 
 void fxArray::resize(unsigned int n) {
     const unsigned int bytes = bytesOf(n);
-    maxLen = bytes;
     if (bytes > len) {
-        getmem();
-        if (!data)
-            std::abort();
+        CapacityChange(*this, bytes, bytes).bringMemory();
         createElements(byteAt(len), bytes - len);
     } else if (bytes < len) {
+        CapacityChange change(*this, bytes, bytes);
         destroyElements(byteAt(bytes), len - bytes);
-        getmem();
+        change.bringMemory();
+    } else {
+        maxLen = bytes;
     }
     len = bytes;
 }
@@ -170,38 +233,68 @@ void fxArray::append(const fxArray& other) {
     const unsigned int added = other.len;
     if (added == 0)
         return;
-    if (len + added > maxLen)
-        setCapacity(len + added);
+    const unsigned int needed = fxSum(owner, len, added);
+    if (needed > maxLen)
+        setCapacity(needed);
     copyElements(other.data, byteAt(len), added);
-    len += added;
+    len = needed;
+}
+
+// Room for elements between others. It is closed again if an exception prevents
+// that they are made.
+class fxArray::Gap {
+public:
+    Gap(fxArray& changed, unsigned int at, unsigned int size)
+        : array(changed), offset(at), bytes(size), behind(at < changed.len ? changed.len - at : 0) {
+        move(offset, offset + bytes);
+    }
+    Gap(const Gap&) = delete;
+    Gap& operator=(const Gap&) = delete;
+    ~Gap() { move(offset + bytes, offset); }
+
+    void keep() { behind = 0; }
+
+private:
+    void move(unsigned int from, unsigned int to) const {
+        if (behind != 0)
+            std::memmove(array.byteAt(to), array.byteAt(from), behind);
+    }
+
+    fxArray& array;
+    unsigned int offset;
+    unsigned int bytes;
+    unsigned int behind;  // bytes behind the gap; 0 once it is filled
+};
+
+// Puts copies of the elements at `from` in at `offset`, for which there is room.
+void fxArray::insertCopies(const void* from, unsigned int offset, unsigned int bytes) {
+    Gap gap(*this, offset, bytes);
+    copyElements(from, byteAt(offset), bytes);
+    gap.keep();
+    len += bytes;
 }
 
 void fxArray::insert(const void* elem, unsigned int index) {
-    const unsigned int p = index * elemSize;
+    const unsigned int p = bytesOf(index);
     if (maxLen <= len) {
         const bool own = fxPointsInto(elem, data, len);
         const std::ptrdiff_t offset = own ? static_cast<const char*>(elem) - byteAt(0) : 0;
-        setCapacity(len + elemSize);
+        setCapacity(fxSum(owner, len, elemSize));
         if (own)
             elem = byteAt(0) + offset;
     }
-    if (p < len)
-        std::memmove(byteAt(p + elemSize), byteAt(p), len - p);
-    copyElements(elem, byteAt(p), elemSize);
-    len += elemSize;
+    insertCopies(elem, p, elemSize);
 }
 
 void fxArray::insert(const fxArray& other, unsigned int index) {
     const unsigned int added = other.len;
     if (other.length() == 0)
         return;
-    const unsigned int p = index * elemSize;
-    if (maxLen < len + added)
-        setCapacity(len + added);
-    if (p < len)
-        std::memmove(byteAt(p + added), byteAt(p), len - p);
-    copyElements(other.data, byteAt(p), added);
-    len += added;
+    const unsigned int p = bytesOf(index);
+    const unsigned int needed = fxSum(owner, len, added);
+    if (needed > maxLen)
+        setCapacity(needed);
+    insertCopies(other.data, p, added);
 }
 
 // Moves what follows the `bytes` bytes at `offset` down over them.
@@ -214,8 +307,10 @@ void fxArray::closeGap(unsigned int offset, unsigned int bytes) {
 void fxArray::remove(unsigned int start, unsigned int n) {
     if (n == 0)
         return;
-    destroyElements(at(start), n * elemSize);
-    closeGap(start * elemSize, n * elemSize);
+    const unsigned int offset = bytesOf(start);
+    const unsigned int bytes = bytesOf(n);
+    destroyElements(byteAt(offset), bytes);
+    closeGap(offset, bytes);
 }
 
 namespace {
@@ -247,23 +342,10 @@ void fxArray::swap(unsigned int i, unsigned int j) {
 }
 
 namespace {
-// An array whose class changes nothing.
-class PlainArray : public fxArray {
-public:
-    PlainArray() : fxArray(1, 0) {}
-    const char* className() const override { return ""; }
-};
-
-std::uintptr_t compareEntry(const fxArray& array) {
-    return fxVirtualEntry(array, &fxArray::compareElements);
-}
-
-// 0 until this file is initialised: until then elements are compared one by
-// one, which comes to the same.
-const std::uintptr_t ownCompareElements = compareEntry(PlainArray());
-
 // Whether `array` compares elements as fxArray itself does.
-bool comparesBytes(const fxArray& array) { return compareEntry(array) == ownCompareElements; }
+bool comparesBytes(const fxArray& array) {
+    return fxVirtualEntry(array, &fxArray::compareElements) == ownCompareElements;
+}
 
 // Position of the first of the elements [start, n) at `block` that has the
 // bytes of `*elem`; n if none has. The elements are of Word's size.
@@ -311,29 +393,31 @@ unsigned int fxArray::find(const void* elem, unsigned int start) const {
 void* fxArray::copied(const void* from, unsigned int bytes) const {
     if (bytes == 0)
         return nullptr;
-    void* block = fxAllocate(bytes);
-    copyElements(from, block, bytes);
-    return block;
+    std::unique_ptr<void, decltype(&std::free)> block(fxAllocate(bytes), &std::free);
+    copyElements(from, block.get(), bytes);
+    return block.release();
 }
 
 void* fxArray::raw_copy() const { return copied(data, len); }
 
 void* fxArray::raw_extract(unsigned int start, unsigned int n) const {
-    return copied(at(start), n * elemSize);
+    return copied(byteAt(bytesOf(start)), bytesOf(n));
 }
 
 void* fxArray::raw_head(unsigned int n) const { return raw_extract(0, n); }
 
 void* fxArray::raw_tail(unsigned int n) const {
-    return copied(byteAt(len - n * elemSize), n * elemSize);
+    const unsigned int bytes = bytesOf(n);
+    return copied(byteAt(len - bytes), bytes);
 }
 
 void* fxArray::raw_cut(unsigned int start, unsigned int n) {
-    const unsigned int bytes = n * elemSize;
+    const unsigned int offset = bytesOf(start);
+    const unsigned int bytes = bytesOf(n);
     if (bytes == 0)
         return nullptr;
     void* block = fxAllocate(bytes);
-    std::memcpy(block, at(start), bytes);
-    closeGap(start * elemSize, bytes);
+    std::memcpy(block, byteAt(offset), bytes);
+    closeGap(offset, bytes);
     return block;
 }

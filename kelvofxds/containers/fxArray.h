@@ -16,7 +16,10 @@
 /// Growth is linear and exact: append(element) by four elements when the array
 /// is full, insert(element) by one, the whole-array forms to the need, and
 /// resize to the new size; only resize and setMaxLength shrink the block.
-/// Running out of memory ends the process.
+/// Running out of memory ends the process ("out of memory"), and so does a
+/// size that does not fit a word ("fxArray: size too large"). An exception of a
+/// subclass's element operation or getmem passes through and leaves the
+/// elements as they were before.
 /// Invariant: len <= maxLen; both are multiples of elemSize.
 class FX_EXPORT fxArray : public fxXDRObj {
 public:
@@ -43,6 +46,7 @@ public:
 
     /// Brings the block to maxLen bytes; frees it when that is 0. A first block
     /// that cannot be had is null; a block that cannot grow ends the process.
+    /// Bytes that it adds to the spare capacity are zero.
     virtual void getmem();
     /// Makes room for four more elements.
     /// Deliberate: growth is linear, not geometric.
@@ -126,8 +130,10 @@ protected:
     /// Sorts the elements `lo` to `hi`; `temp` has room for one.
     void qsortInternal(unsigned int lo, unsigned int hi, void* temp);
 
-    /// Becomes a copy of `other`, capacity included, with a block of that
-    /// capacity whose spare bytes are zero. Requires: no block yet.
+    /// Becomes a copy of `other`, capacity included: its raw_copy, brought to
+    /// that capacity with spare bytes that are zero. The elements are copied by
+    /// `other`, since of this array only the base may exist. Requires: no block
+    /// yet.
     void copyFrom(const fxArray& other);
 
     /// Transcribes the length in bytes, the element size and then, while
@@ -146,9 +152,14 @@ protected:
     unsigned short elemSize;  // bytes per element
 
 private:
+    class CapacityChange;
+    class Gap;
+
     unsigned int bytesOf(unsigned int n) const;
+    void bringBlock();
     void setCapacity(unsigned int bytes);
     void clearSpare(unsigned int from);
+    void insertCopies(const void* from, unsigned int offset, unsigned int bytes);
     void* copied(const void* from, unsigned int bytes) const;
     unsigned int partition(unsigned int lo, unsigned int hi, void* temp, bool exchangePivot);
     void exchange(unsigned int i, unsigned int j, void* temp);

@@ -182,6 +182,29 @@ TEST(fxArrayGrowth, insertOfAnArrayGrowsToTheExactNeed) {
     }
 }
 
+// What counts of the other array is its length in bytes when it is appended, and
+// its number of elements when it is inserted.
+TEST(fxArrayGrowth, anArrayShorterThanItsElementSizeIsAppendedButNotInserted) {
+    for (unsigned int bytes : {1u, 7u}) {
+        SCOPED_TRACE(bytes);
+        void* block = std::malloc(bytes);
+        std::memset(block, 'x', bytes);
+        const TracingArray other(8u, bytes, block);
+        ASSERT_EQ(0u, other.length());
+
+        TracingArray inserted(1, 0);
+        inserted.insert(other, 0);
+        EXPECT_EQ("", inserted.taken());
+        EXPECT_EQ(0u, inserted.getLen());
+
+        TracingArray appended(1, 0);
+        appended.append(other);
+        EXPECT_EQ("getmem:" + std::to_string(bytes) + " copy:" + std::to_string(bytes),
+                  appended.taken());
+        EXPECT_EQ(bytes, appended.getLen());
+    }
+}
+
 // resize
 
 TEST(fxArrayGrowth, resizeUpwardGetsMemoryThenCreates) {
@@ -327,21 +350,127 @@ TEST(fxArrayGrowth, newSpareBytesAreZero) {
     EXPECT_TRUE(spareIsZero(array));
 }
 
+namespace {
+// An array whose getmem prepares the bytes that it brings, once.
+class PreparingArray : public fxArray {
+public:
+    explicit PreparingArray(bool callsBase) : fxArray(4, 0), forwards(callsBase) {}
+    ~PreparingArray() override { destroy(); }
+    const char* className() const override { return "PreparingArray"; }
+    void getmem() override {
+        if (forwards)
+            fxArray::getmem();
+        else
+            data = std::realloc(data, maxLen);
+        if (maxLen > prepared)
+            std::memset(byteAt(prepared), 7, maxLen - prepared);
+        prepared = maxLen;
+        // While another array grows, too.
+        TracingArray other(4, 0);
+        other.setMaxLength(3);
+        EXPECT_TRUE(spareIsZero(other));
+    }
+    std::string spare() const { return std::string(byteAt(len), maxLen - len); }
+
+private:
+    bool forwards;
+    unsigned int prepared = 0;
+};
+}  // namespace
+
+TEST(fxArrayGrowth, spareBytesThatASubclassPreparesStay) {
+    const int value = -1;
+    for (bool forwards : {false, true}) {
+        SCOPED_TRACE(forwards);
+        PreparingArray array(forwards);
+        array.expand();
+        EXPECT_EQ(std::string(16, 7), array.spare());
+        array.expand();
+        EXPECT_EQ(std::string(32, 7), array.spare());
+        array.append(&value);
+        EXPECT_EQ(std::string(28, 7), array.spare());
+        array.setMaxLength(10);
+        EXPECT_EQ(std::string(36, 7), array.spare());
+        array.resize(2);
+        array.setMaxLength(4);
+        EXPECT_EQ(std::string(8, 7), array.spare());
+        array.insert(&value, 0);
+        EXPECT_EQ(std::string(4, 7), array.spare());
+        array.append(&value);
+        array.append(&value);
+        EXPECT_EQ(std::string(12, 7), array.spare());
+    }
+}
+
+TEST(fxArrayGrowth, bytesOfRemovedElementsStayInTheSpareCapacity) {
+    TracingArray array(4, 0);
+    appendInts(array, {1, 2, 3, 4});
+    array.remove(2, 2);
+    array.setMaxLength(6);
+    const int expected[] = {1, 2, 3, 4, 0, 0};
+    EXPECT_EQ(0, std::memcmp(expected, array.data, sizeof expected));
+}
+
 // Sizes that cannot be met.
 
-TEST(fxArrayGrowthDeathTest, aSizeOver32BitsEndsTheProcess) {
-    EXPECT_EXIT(TracingArray(4, 0x40000000), testing::KilledBySignal(SIGABRT), "^$");
-    EXPECT_EXIT(TracingArray(65535, 65538), testing::KilledBySignal(SIGABRT), "^$");
+namespace {
+void expectTooLarge(void (*act)(TracingArray&)) {
     TracingArray array(4, 3);
-    EXPECT_EXIT(array.resize(0x40000001), testing::KilledBySignal(SIGABRT), "^$");
-    EXPECT_EXIT(array.setMaxLength(0x40000000), testing::KilledBySignal(SIGABRT), "^$");
+    EXPECT_EXIT(act(array), testing::KilledBySignal(SIGABRT), "^fxArray: size too large\n$");
+}
+
+// Says that its elements are almost 4 GB.
+class HugeArray : public TracingArray {
+public:
+    HugeArray() : TracingArray(4, 0) { len = maxLen = 0xFFFFFFF8; }
+    ~HugeArray() override { len = maxLen = 0; }
+};
+}  // namespace
+
+TEST(fxArrayGrowthDeathTest, aNumberOfElementsOver32BitsEndsTheProcess) {
+    expectTooLarge([](TracingArray&) { TracingArray(4, 0x40000000); });
+    expectTooLarge([](TracingArray&) { TracingArray(65535, 65538); });
+    expectTooLarge([](TracingArray&) { fxIntArray(0x40000001); });
+    expectTooLarge([](TracingArray& array) { array.resize(0x40000001); });
+    expectTooLarge([](TracingArray& array) { array.resize(0xFFFFFFFF); });
+    expectTooLarge([](TracingArray& array) { array.setMaxLength(0x40000000); });
+    expectTooLarge([](TracingArray& array) { array.setMaxLength(0xFFFFFFFF); });
+    expectTooLarge([](TracingArray& array) { array.remove(0, 0x40000000); });
+    expectTooLarge([](TracingArray& array) { array.insert(array.at(0), 0x40000000); });
+    expectTooLarge([](TracingArray& array) { array.insert(array, 0x40000001); });
+    expectTooLarge([](TracingArray& array) { array.raw_extract(0, 0x40000000); });
+    expectTooLarge([](TracingArray& array) { array.raw_extract(0x40000000, 1); });
+    expectTooLarge([](TracingArray& array) { array.raw_head(0x40000001); });
+    expectTooLarge([](TracingArray& array) { array.raw_tail(0x40000001); });
+    expectTooLarge([](TracingArray& array) { array.raw_cut(0, 0x40000000); });
+    expectTooLarge([](TracingArray& array) { array.raw_cut(0x40000001, 1); });
+    expectTooLarge([](TracingArray& array) { array.qsort(1, 0xFFFFFFFF); });
+    expectTooLarge([](TracingArray&) { fxIntArray(3).extract(0, 0x40000000); });
+    expectTooLarge([](TracingArray&) { fxIntArray(3).cut(0, 0x40000001); });
+}
+
+TEST(fxArrayGrowthDeathTest, aSumOfSizesOver32BitsEndsTheProcess) {
+    expectTooLarge([](TracingArray& array) { array.append(HugeArray()); });
+    expectTooLarge([](TracingArray& array) { array.insert(HugeArray(), 1); });
+    expectTooLarge([](TracingArray&) { HugeArray().expand(); });
+    expectTooLarge([](TracingArray& array) { HugeArray().append(array.at(0)); });
+    expectTooLarge([](TracingArray&) {
+        TracingArray eight(8, 1);
+        class Huge : public HugeArray {
+        public:
+            Huge() { elemSize = 8; }
+        } huge;
+        huge.insert(eight.at(0), 0);
+    });
 }
 
 // A sanitizer's allocator says something of its own when it returns null.
 TEST(fxArrayGrowthDeathTest, runningOutOfMemoryEndsTheProcess) {
-    EXPECT_EXIT(TracingArray(1, 0xFFFFFF00), testing::KilledBySignal(SIGABRT), "");
+    const char* const message = "out of memory\n$";
+    EXPECT_EXIT(TracingArray(1, 0xFFFFFF00), testing::KilledBySignal(SIGABRT), message);
     TracingArray empty(1, 0), array(1, 3);
-    EXPECT_EXIT(empty.resize(0xFFFFFF00), testing::KilledBySignal(SIGABRT), "");
-    EXPECT_EXIT(array.resize(0xFFFFFF00), testing::KilledBySignal(SIGABRT), "");
-    EXPECT_EXIT(array.setMaxLength(0xFFFFFF00), testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT(empty.resize(0xFFFFFF00), testing::KilledBySignal(SIGABRT), message);
+    EXPECT_EXIT(empty.setMaxLength(0xFFFFFF00), testing::KilledBySignal(SIGABRT), message);
+    EXPECT_EXIT(array.resize(0xFFFFFF00), testing::KilledBySignal(SIGABRT), message);
+    EXPECT_EXIT(array.setMaxLength(0xFFFFFF00), testing::KilledBySignal(SIGABRT), message);
 }
