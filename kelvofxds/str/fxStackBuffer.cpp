@@ -6,6 +6,7 @@
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
+const char* const owner = "fxStackBuffer";
 const unsigned int defaultIncrement = 500;
 }  // namespace
 
@@ -31,7 +32,7 @@ fxStackBuffer::~fxStackBuffer() {
 
 void fxStackBuffer::addc(char c) {
     if (next == end)
-        setCapacity(capacity() + growIncrement);
+        setCapacity(fxSum(owner, capacity(), growIncrement));
     *next++ = c;
 }
 
@@ -48,13 +49,11 @@ void fxStackBuffer::put(const char* data, unsigned int n) {
 }
 
 void fxStackBuffer::grow(unsigned int n) {
-    setCapacity(capacity() + (n > growIncrement ? n : growIncrement));
+    setCapacity(fxSum(owner, capacity(), n > growIncrement ? n : growIncrement));
 }
 
 // Moves the content to a heap block of `bytes` bytes.
 void fxStackBuffer::setCapacity(unsigned int bytes) {
-    if (bytes <= capacity())
-        std::abort();  // the size wrapped around
     const unsigned int used = length();
     if (isInline()) {
         base = static_cast<char*>(fxAllocate(bytes));

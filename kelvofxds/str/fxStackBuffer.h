@@ -7,7 +7,9 @@
 /// object, longer content moves to one heap block that the buffer owns.
 ///
 /// It adds no terminator and knows nothing of text. Appending is amortised
-/// over growIncrement bytes. Running out of memory ends the process.
+/// over growIncrement bytes. Running out of memory ends the process ("out of
+/// memory"), and so does a capacity that does not fit a word ("fxStackBuffer:
+/// size too large").
 /// Invariant: base <= next <= end; the content is [base, next).
 class FX_EXPORT fxStackBuffer {
 public:

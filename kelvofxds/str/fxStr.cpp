@@ -9,6 +9,10 @@
 
 char fxStr::emptyString = '\0';
 
+namespace {
+const char* const owner = "fxStr";
+}  // namespace
+
 fxStr::fxStr(unsigned int n) : fxStr() {
     if (n == 0)
         return;
@@ -70,12 +74,12 @@ void fxStr::becomeEmpty() {
 void fxStr::resizeInternal(unsigned int n) {
     if (isEmpty()) {
         if (n != 0)
-            data = static_cast<char*>(fxAllocate(n + 1));
+            data = static_cast<char*>(fxAllocate(fxSum(owner, n, 1)));
     } else if (n == 0) {
         std::free(data);
         data = &emptyString;
     } else if (n >= slength) {
-        data = static_cast<char*>(fxReallocate(data, n + 1));
+        data = static_cast<char*>(fxReallocate(data, fxSum(owner, n, 1)));
     }
 }
 
@@ -114,9 +118,10 @@ void fxStr::append(const char* s, unsigned int n) {
     const unsigned int oldLength = length();
     const bool own = !isEmpty() && fxPointsInto(s, data, slength);
     const std::ptrdiff_t offset = own ? s - data : 0;
-    resizeInternal(oldLength + n);
+    const unsigned int newLength = fxSum(owner, oldLength, n);
+    resizeInternal(newLength);
     std::memmove(data + oldLength, own ? data + offset : s, n);
-    slength = oldLength + n + 1;
+    slength = newLength + 1;
     data[slength - 1] = '\0';
 }
 
@@ -142,10 +147,11 @@ void fxStr::insert(const char* s, unsigned int pos, unsigned int n) {
     const unsigned int oldLength = length();
     if (pos > oldLength)
         pos = oldLength;
-    resizeInternal(oldLength + n);
+    const unsigned int newLength = fxSum(owner, oldLength, n);
+    resizeInternal(newLength);
     std::memmove(data + pos + n, data + pos, oldLength - pos);
     std::memcpy(data + pos, s, n);
-    slength = oldLength + n + 1;
+    slength = newLength + 1;
     data[slength - 1] = '\0';
 }
 

@@ -23,7 +23,9 @@ class fxTypeObj;
 /// join several texts. Operations are linear in the length unless they say
 /// otherwise. `n` and `pos` are in bytes. Where an argument `n` of a text or a
 /// set may be 0, 0 means strlen of it. Nothing is reported; a position or
-/// count beyond the end is cut to the end.
+/// count beyond the end is cut to the end. Running out of memory ends the
+/// process ("out of memory"), and so does a size that does not fit a word
+/// ("fxStr: size too large").
 class FX_EXPORT fxStr {
 public:
     fxStr() : slength(1), data(&emptyString) {}
@@ -75,9 +77,9 @@ public:
     /// Makes room for at least `n` bytes.
     /// Deliberate: an empty string ignores it.
     void setMaxLength(unsigned int n);
-    /// Maps every upper-case byte to lower case in place (tolower).
+    /// Maps every upper-case byte of the locale in use to lower case, in place.
     void lower();
-    /// Maps every lower-case byte to upper case in place (toupper).
+    /// Maps every lower-case byte of the locale in use to upper case, in place.
     void raise();
 
     // Parts of the text, as new strings.
@@ -140,7 +142,7 @@ public:
     /// it works on memory that holds no string yet.
     bool xdr(fxTranscriber& t);
 
-    /// A new empty string, owned by the caller.
+    /// A new empty string, owned by the caller; null if there is no memory.
     static void* newInstance(fxTypeObj& type);
     /// Deletes a string made by newInstance; null is ignored.
     static void deleteInstance(void* string);
@@ -185,8 +187,8 @@ private:
 /// The record of fxStr, "fxStr", version 1.
 extern FX_EXPORT fxTypeObj fxStr_type;
 
-/// Equality compares lengths, then all bytes, NULs included. A null text is
-/// equal to an empty one.
+/// Equality compares lengths, then all bytes, NULs included. In every
+/// comparison a null text counts as an empty one.
 FX_EXPORT bool operator==(const fxStr& a, const fxStr& b);
 FX_EXPORT bool operator==(const fxStr& a, const char* b);
 FX_EXPORT bool operator==(const char* a, const fxStr& b);

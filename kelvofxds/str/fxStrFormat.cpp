@@ -8,6 +8,7 @@
 #include "kelvofxds/str/fxStr.h"
 
 namespace {
+const char* const owner = "fxStr";
 const unsigned int numberSize = 60;  // buffer for one formatted number, with its NUL
 
 // What each conversion is expected to print, at most.
@@ -16,33 +17,25 @@ const unsigned int longLongEstimate = 20;
 const unsigned int intEstimate = 10;
 const unsigned int pointerEstimate = 10;
 
-// One conversion in a format: where its letter is, and whether its argument
-// can be stepped over without knowing the arguments' values.
-struct Conversion {
-    const char* letter;  // null when the format has none after the percent sign
-    bool plain;
+// The letters that end a conversion.
+const char* const conversionLetters = "idouxXfeEgGcspn%";
 
-    explicit Conversion(const char* percent)
-        : letter(std::strpbrk(percent + 1, "idouxXfeEgGcspn%")), plain(false) {
-        if (!letter)
-            return;
-        const std::size_t between = static_cast<std::size_t>(letter - percent) - 1;
-        if (between == 0) {
-            plain = true;
-            return;
-        }
-        const bool precision = std::memchr(percent + 1, '.', between) != nullptr;
-        // A starred width, a wider type or a letter outside the set takes
-        // arguments the estimate does not know of; the text of "%.3s" may lack
-        // its NUL.
-        plain = std::strspn(percent + 1, "-+ #0123456789.'hlzt") >= between &&
-                !(precision && *letter == 's');
-    }
+// Whether the argument of the conversion from `percent` to `letter` can be
+// stepped over without knowing the arguments' values.
+bool isPlain(const char* percent, const char* letter) {
+    const std::size_t between = static_cast<std::size_t>(letter - percent) - 1;
+    if (between == 0)
+        return true;
+    const bool precision = std::memchr(percent + 1, '.', between) != nullptr;
+    // A starred width, a wider type or a letter outside the set takes arguments
+    // the estimate does not know of; the text of "%.3s" may lack its NUL.
+    return std::strspn(percent + 1, "-+ #0123456789.'hlzt") >= between &&
+           !(precision && *letter == 's');
+}
 
-    bool isLongLong(const char* percent) const {
-        return letter - percent > 2 && letter[-1] == 'l' && letter[-2] == 'l';
-    }
-};
+bool isLongLong(const char* percent, const char* letter) {
+    return letter - percent > 2 && letter[-1] == 'l' && letter[-2] == 'l';
+}
 
 unsigned int integerEstimate(bool longLong, std::va_list* args) {
     if (longLong) {
@@ -92,19 +85,15 @@ unsigned int estimate(const char* format, std::va_list* args) {
     unsigned int total = 0;
     bool stepping = true;  // false once an argument could not be stepped over
     for (const char* p = format; *p; ++p) {
-        if (*p != '%') {
-            ++total;
+        const char* letter = *p == '%' ? std::strpbrk(p + 1, conversionLetters) : nullptr;
+        if (!letter) {
+            total = fxSum(owner, total, 1);
             continue;
         }
-        const Conversion conversion(p);
-        if (!conversion.letter) {
-            ++total;
-            continue;
-        }
-        stepping = stepping && conversion.plain;
+        stepping = stepping && isPlain(p, letter);
         if (stepping)
-            total += conversionEstimate(*conversion.letter, conversion.isLongLong(p), args);
-        p = conversion.letter;
+            total = fxSum(owner, total, conversionEstimate(*letter, isLongLong(p, letter), args));
+        p = letter;
     }
     return total;
 }
@@ -130,7 +119,7 @@ void fxStr::format(const char* format, ...) {
 void fxStr::vformat(const char* format, std::va_list args) {
     std::va_list scanned;
     va_copy(scanned, args);
-    std::size_t size = std::size_t(estimate(format, &scanned)) + 2;
+    std::size_t size = fxSum(owner, estimate(format, &scanned), 2);
     va_end(scanned);
 
     // A new block, since the arguments may point into the old one.

@@ -3,6 +3,7 @@
 #include <istream>
 #include <ostream>
 
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 
 unsigned int fxStr::resizeIncrement = 10;
@@ -26,7 +27,7 @@ std::istream& operator>>(std::istream& in, fxStr& s) {
             in.get();
             break;
         }
-        s.resize(s.length() + fxStr::resizeIncrement);
+        s.resize(fxSum("fxStr", s.length(), fxStr::resizeIncrement));
     }
     s.resize(count);
     return in;

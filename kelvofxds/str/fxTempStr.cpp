@@ -7,13 +7,14 @@
 #include "kelvofxds/str/fxStr.h"
 
 namespace {
+const char* const owner = "fxStr";
 const unsigned int longestCopiedInline = 99;  // size with the NUL
 
 char* blockOf(unsigned int size) { return static_cast<char*>(fxAllocate(size)); }
 }  // namespace
 
 fxTempStr::fxTempStr(const char* a, unsigned int aLength, const char* b, unsigned int bLength)
-    : data(inlineBuffer), slength(aLength + bLength + 1) {
+    : data(inlineBuffer), slength(fxSum(owner, fxSum(owner, aLength, bLength), 1)) {
     if (slength > sizeof inlineBuffer)
         data = blockOf(slength);
     if (aLength != 0)
@@ -40,15 +41,16 @@ fxTempStr& fxTempStr::concat(const char* s, unsigned int n) {
     const unsigned int oldLength = length();
     const bool own = fxPointsInto(s, data, slength);
     const std::ptrdiff_t offset = own ? s - data : 0;
+    const unsigned int newSize = fxSum(owner, slength, n);
     if (!isInline()) {
-        data = static_cast<char*>(fxReallocate(data, slength + n));
-    } else if (slength + n > sizeof inlineBuffer) {
-        char* block = blockOf(slength + n);
+        data = static_cast<char*>(fxReallocate(data, newSize));
+    } else if (newSize > sizeof inlineBuffer) {
+        char* block = blockOf(newSize);
         std::memcpy(block, data, oldLength);
         data = block;
     }
     std::memmove(data + oldLength, own ? data + offset : s, n);
-    slength += n;
+    slength = newSize;
     data[slength - 1] = '\0';
     return *this;
 }

@@ -9,7 +9,9 @@ class fxStr;
 /// the heap, so that `a | b | "c"` needs no allocation before the result is
 /// assigned to an fxStr.
 ///
-/// Meant to live within one expression. Owns its heap block, if any.
+/// Meant to live within one expression. Owns its heap block, if any. Running
+/// out of memory ends the process ("out of memory"), and so does a size that
+/// does not fit a word ("fxStr: size too large").
 class FX_EXPORT fxTempStr {
 public:
     /// The `aLength` bytes of `a` followed by the `bLength` bytes of `b`.
