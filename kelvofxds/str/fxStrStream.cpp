@@ -37,6 +37,6 @@ std::istream& operator>>(std::istream& in, fxStr& s) {
 std::istream& _delimiter(std::istream& in, char c) {
     if (fxStr::delim_idx == -1)
         fxStr::delim_idx = std::ios_base::xalloc();
-    in.iword(fxStr::delim_idx) = static_cast<unsigned char>(c);
+    in.iword(fxStr::delim_idx) = c;
     return in;
 }

@@ -321,6 +321,15 @@ TEST_F(fxStrStream, everyByteCanBeTheDelimiter) {
     }
 }
 
+TEST_F(fxStrStream, theStreamWordHoldsTheValueOfTheChar) {
+    for (int byte = 0; byte < 256; ++byte) {
+        const char delimiter = static_cast<char>(byte);
+        std::istringstream in;
+        _delimiter(in, delimiter);
+        EXPECT_EQ(long(delimiter), in.iword(fxStr::delim_idx)) << byte;
+    }
+}
+
 TEST_F(fxStrStream, aHighByteIsNotTakenForTheEnd) {
     const std::string record(25, '\xff');
     std::istringstream in(record + ";x");
