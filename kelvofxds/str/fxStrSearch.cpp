@@ -219,8 +219,8 @@ bool operator!=(const fxStr& a, const fxStr& b) { return !(a == b); }
 bool operator!=(const fxStr& a, const char* b) { return !(a == b); }
 bool operator!=(const char* a, const fxStr& b) { return !(b == a); }
 
-int compare(const char* a, const char* b) { return std::strcmp(a, b); }
-int compare(const fxStr& a, const char* b) { return std::strcmp(a.c_str(), b); }
+int compare(const char* a, const char* b) { return std::strcmp(textOf(a), textOf(b)); }
+int compare(const fxStr& a, const char* b) { return std::strcmp(a.c_str(), textOf(b)); }
 int compare(const fxStr& a, const fxStr& b) { return std::strcmp(a.c_str(), b.c_str()); }
 
 bool operator<(const fxStr& a, const fxStr& b) { return compare(a, b) < 0; }

@@ -96,6 +96,31 @@ TEST(fxStrCompare, aNullTextIsEqualToNothing) {
     }
 }
 
+TEST(fxStrCompare, aNullTextIsComparedAsAnEmptyOne) {
+    EXPECT_EQ(0, compare(fxStr(), null));
+    EXPECT_EQ(0, compare(null, ""));
+    EXPECT_EQ(0, compare("", null));
+    EXPECT_EQ(0, compare(null, null));
+    EXPECT_LT(compare(null, "a"), 0);
+    EXPECT_GT(compare("a", null), 0);
+    EXPECT_GT(compare(fxStr("a"), null), 0);
+    const struct {
+        fxStr text;
+        bool less, equal;  // than the null text, in the order
+    } cases[] = {{"", false, true}, {fxStr(2u), false, true}, {"a", false, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text.c_str());
+        EXPECT_EQ(c.less, c.text < null);
+        EXPECT_EQ(c.less || c.equal, c.text <= null);
+        EXPECT_EQ(!c.less && !c.equal, c.text > null);
+        EXPECT_EQ(!c.less, c.text >= null);
+        EXPECT_EQ(!c.less && !c.equal, null < c.text);
+        EXPECT_EQ(!c.less, null <= c.text);
+        EXPECT_EQ(c.less, null > c.text);
+        EXPECT_EQ(c.less || c.equal, null >= c.text);
+    }
+}
+
 namespace {
 // Elsewhere the value of strcmp depends on where in memory the texts are, and
 // only its sign is the same.
