@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kelvofxds/containers/fxArrayFamily.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 
 // The macros' arguments are names, not values.
 // NOLINTBEGIN(bugprone-macro-parentheses)
@@ -35,7 +36,7 @@
 /// elements, and the type record.
 #define FX_DEFINE_ARRAY_TYPE(Class, Element)                                       \
     Class::Class(fxTypeObj& type) : fxArray(type) { elemSize = sizeof(Element); }  \
-    void* Class::newInstance(fxTypeObj& type) { return new Class(type); }          \
+    void* Class::newInstance(fxTypeObj& type) { return fxTryNew<Class>(type); }    \
     void Class::deleteInstance(void* array) { delete static_cast<Class*>(array); } \
     fxTypeObj& Class::getTypeObj() const { return Class##_type; }                  \
     unsigned char Class::xdr(void* array, fxTranscriber& t) {                      \
