@@ -1,6 +1,8 @@
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -196,6 +198,39 @@ TEST(fxStrFormat, theBlockIsAsLargeAsTheEstimate) {
     // Flags, widths and precisions are not counted.
     expectBlockFor(8 * 10, "%-9d%+9d%09d% 9d%#9x%9d%9.3d%.9d", 1, 1, 1, 1, 1, 1, 1, 1);
     expectBlockFor(6 * 10, "%20d%1d%1d%1d%1d%1d", 1, 1, 1, 1, 1, 1);
+}
+
+namespace {
+// Forty times the same conversion, so that a difference of one a conversion is
+// more than the allocator rounds up by.
+template <class Value, std::size_t... I>
+void expectEstimate(std::size_t estimate, const char* conversion, Value value,
+                    std::index_sequence<I...>) {
+    std::string format;
+    for (std::size_t i = 0; i < sizeof...(I); ++i)
+        format += conversion;
+    expectBlockFor(sizeof...(I) * estimate, format.c_str(), (static_cast<void>(I), value)...);
+}
+
+template <class Value>
+void expectEstimate(std::size_t estimate, const char* conversion, Value value) {
+    expectEstimate(estimate, conversion, value, std::make_index_sequence<40>());
+}
+}  // namespace
+
+TEST(fxStrFormat, eachConversionHasItsEstimate) {
+    for (const char* conversion : {"%d", "%i", "%o", "%u", "%x", "%X", "%hd", "%5d"})
+        expectEstimate(10, conversion, 1);
+    expectEstimate(10, "%ld", 1L);
+    expectEstimate(10, "%p", static_cast<void*>(nullptr));
+    for (const char* conversion : {"%lld", "%lli", "%llo", "%llu", "%llx", "%llX"})
+        expectEstimate(20, conversion, 1LL);
+    for (const char* conversion : {"%e", "%E", "%f", "%g", "%G", "%.2f"})
+        expectEstimate(20, conversion, 1.5);
+    expectEstimate(1, "%c", 'x');
+    expectEstimate(6, "%s", "a text");
+    expectEstimate(1, "%%", 0);
+    expectEstimate(1, "x", 0);
 }
 
 TEST(fxStrFormat, aPrecisionLimitsAnUnterminatedText) {
