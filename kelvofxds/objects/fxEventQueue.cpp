@@ -3,8 +3,6 @@
 #include "kelvofxds/objects/fxEvent.h"
 #include "kelvofxds/objects/fxEventQueueInternal.h"
 
-fxQueueWalk* fxQueueWalk::innermost = nullptr;
-
 fxEvent* fxQueueWalk::next() {
     current = following;
     if (current)

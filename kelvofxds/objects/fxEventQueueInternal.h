@@ -1,19 +1,15 @@
 // fxEventQueueInternal.h - linking events, and walking the queue while it changes.
 #pragma once
 
+#include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/objects/fxEvent.h"
 #include "kelvofxds/objects/fxEventQueue.h"
 
 /// Visits the events from one of them to the tail, although deleting an event
 /// may remove others. The queue tells the walks in progress what it unlinks.
-class fxQueueWalk {
+class fxQueueWalk : public fxInProgress<fxQueueWalk> {
 public:
-    explicit fxQueueWalk(fxEvent* first) : current(nullptr), following(first), outer(innermost) {
-        innermost = this;
-    }
-    fxQueueWalk(const fxQueueWalk&) = delete;
-    fxQueueWalk& operator=(const fxQueueWalk&) = delete;
-    ~fxQueueWalk() { innermost = outer; }
+    explicit fxQueueWalk(fxEvent* first) : current(nullptr), following(first) {}
 
     /// The next event, or null at the end.
     fxEvent* next();
@@ -22,20 +18,17 @@ public:
 
     /// `e` is about to be unlinked.
     static void unlinking(const fxEvent* e, fxEvent* itsNext) {
-        for (fxQueueWalk* walk = innermost; walk; walk = walk->outer) {
-            if (walk->current == e)
-                walk->current = nullptr;
-            if (walk->following == e)
-                walk->following = itsNext;
-        }
+        forEach([e, itsNext](fxQueueWalk& walk) {
+            if (walk.current == e)
+                walk.current = nullptr;
+            if (walk.following == e)
+                walk.following = itsNext;
+        });
     }
 
 private:
-    static fxQueueWalk* innermost;  // the walks in progress, newest first
-
     fxEvent* current;
     fxEvent* following;
-    fxQueueWalk* outer;
 };
 
 // An event without neighbours is queued only as the single one.

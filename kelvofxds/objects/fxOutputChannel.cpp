@@ -1,6 +1,7 @@
 #include "kelvofxds/objects/fxOutputChannel.h"
 
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxSendWalkInternal.h"
@@ -9,28 +10,26 @@
 
 // Walks in progress.
 
-fxSendWalk* fxSendWalk::innermost = nullptr;
-
 void fxSendWalk::removed(const fxOutputChannel* out, unsigned int gone) {
-    for (fxSendWalk* walk = innermost; walk; walk = walk->outer) {
-        if (walk->output != out)
-            continue;
-        if (gone + 1 == walk->index)
-            walk->current = false;
-        if (gone < walk->index)
-            --walk->index;
-        if (gone < walk->end)
-            --walk->end;
-    }
+    forEach([out, gone](fxSendWalk& walk) {
+        if (walk.output != out)
+            return;
+        if (gone + 1 == walk.index)
+            walk.current = false;
+        if (gone < walk.index)
+            --walk.index;
+        if (gone < walk.end)
+            --walk.end;
+    });
 }
 
 void fxSendWalk::destroyed(const fxOutputChannel* out) {
-    for (fxSendWalk* walk = innermost; walk; walk = walk->outer) {
-        if (walk->output != out)
-            continue;
-        walk->index = walk->end;
-        walk->current = false;
-    }
+    forEach([out](fxSendWalk& walk) {
+        if (walk.output != out)
+            return;
+        walk.index = walk.end;
+        walk.current = false;
+    });
 }
 
 // The channel.
@@ -62,7 +61,7 @@ void fxOutputChannel::add(fxInputChannel* in) {
     }
     ++element->count;
     if (!connections)
-        connections = new fxVoidPtrArray;
+        connections = fxNew<fxVoidPtrArray>();
     connections->append(&element);
 }
 

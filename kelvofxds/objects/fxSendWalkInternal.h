@@ -1,20 +1,16 @@
 // fxSendWalkInternal.h - walking an output's connections while they change.
 #pragma once
 
+#include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
 
 /// Visits the connections that an output has when the walk begins, each once,
 /// although receivers may disconnect some of them or delete the output. The
 /// output tells the walks in progress what it removes; nothing is allocated.
-class fxSendWalk {
+class fxSendWalk : public fxInProgress<fxSendWalk> {
 public:
     explicit fxSendWalk(const fxOutputChannel* out)
-        : output(out), index(0), end(countOf(out)), current(false), outer(innermost) {
-        innermost = this;
-    }
-    fxSendWalk(const fxSendWalk&) = delete;
-    fxSendWalk& operator=(const fxSendWalk&) = delete;
-    ~fxSendWalk() { innermost = outer; }
+        : current(false), output(out), index(0), end(countOf(out)) {}
 
     /// Number of connections of `out`.
     static unsigned int countOf(const fxOutputChannel* out) {
@@ -39,11 +35,10 @@ public:
     static void destroyed(const fxOutputChannel* out);
 
 private:
-    static fxSendWalk* innermost;  // the walks in progress, newest first
-
+    // First, for speed: it keeps compilers from storing the base's word and the
+    // output as one, which makes the loads that follow wait.
+    bool current;  // the last one returned is still there
     const fxOutputChannel* output;
     unsigned int index;  // of the next connection
     unsigned int end;    // connections to visit lie below it
-    bool current;        // the last one returned is still there
-    fxSendWalk* outer;
 };
