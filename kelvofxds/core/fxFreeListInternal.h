@@ -4,26 +4,54 @@
 #include <cstddef>
 #include <new>
 
+#include "kelvofxds/core/fxMemoryInternal.h"
+
+// Under AddressSanitizer nothing is kept: it could not tell what is kept from
+// what lives. gcc defines a macro for it, clang answers a question.
+#if defined(__SANITIZE_ADDRESS__)
+#define FX_ADDRESSES_ARE_WATCHED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define FX_ADDRESSES_ARE_WATCHED 1
+#endif
+#endif
+
+/// How many objects or blocks of a kind are kept for later: as many as a busy
+/// pass of the loop may queue.
+#ifdef FX_ADDRESSES_ARE_WATCHED
+constexpr unsigned int fxMostKept = 0;
+#else
+constexpr unsigned int fxMostKept = 4096;
+#endif
+
 /// A bounded list of freed blocks of one size, for class-level operator new
 /// and delete of objects that live for the length of a message.
 ///
 /// Constant-initialised, single-threaded. Other sizes, which are those of
-/// derived classes, go to the global operators; so does everything under
-/// AddressSanitizer, which could not tell a freed block from a live one.
+/// derived classes, go to the global operators.
 template <std::size_t blockSize>
 class fxFreeList {
 public:
+    /// A block that must exist.
     void* allocate(std::size_t size) {
+        void* block = tryAllocate(size);
+        if (!block)
+            fxOutOfMemory();
+        return block;
+    }
+
+    /// Null if there is no memory.
+    void* tryAllocate(std::size_t size) noexcept {
         if (size != blockSize || !first)
-            return ::operator new(size);
+            return ::operator new(size, std::nothrow);
         Node* block = first;
         first = block->next;
         --length;
         return block;
     }
 
-    void release(void* block, std::size_t size) {
-        if (!block || size != blockSize || length == limit()) {
+    void release(void* block, std::size_t size) noexcept {
+        if (!block || size != blockSize || length == fxMostKept) {
             ::operator delete(block);
             return;
         }
@@ -36,15 +64,6 @@ private:
         Node* next;
     };
     static_assert(blockSize >= sizeof(Node), "a freed block holds its link");
-
-    // As many blocks as a busy pass of the loop may queue.
-    static constexpr unsigned int limit() {
-#ifdef __SANITIZE_ADDRESS__
-        return 0;
-#else
-        return 4096;
-#endif
-    }
 
     Node* first = nullptr;
     unsigned int length = 0;

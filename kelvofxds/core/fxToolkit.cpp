@@ -13,7 +13,7 @@
 #include "kelvofxds/objects/fxSequencer.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/values/fxConverter.h"
-#include "kelvofxds/values/fxData.h"
+#include "kelvofxds/values/fxDataInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
 // Constant-initialised: other files register before this file's initialisers
@@ -132,10 +132,7 @@ fxTypeObj fxStr_type("fxStr", 1, fxStr::newInstance, fxStr::deleteInstance, fxSt
 namespace {
 void drawDataTypes() {
     fx_nextDataType = fxNew<fxSequencer>();
-    unsigned short* const codes[] = {&fxDT_void,    &fxDT_fxBool, &fxDT_int,     &fxDT_long,
-                                     &fxDT_float,   &fxDT_double, &fxDT_CharPtr, &fxDT_fxStr,
-                                     &fxDT_VoidPtr, &fxDT_ObjPtr, &fxDT_DataPtr, &fxDT_fxStrArray};
-    for (unsigned short* code : codes)
+    for (unsigned short* code : fxValueTypeCodes)
         *code = static_cast<unsigned short>((*fx_nextDataType)());
 }
 

@@ -1,5 +1,7 @@
 #include "kelvofxds/values/fxConverter.h"
 
+#include "kelvofxds/core/fxMemoryInternal.h"
+
 namespace {
 // Constant-initialised: hosts may register conversions before start-up.
 fxConverter* fx_theConverters = nullptr;
@@ -19,8 +21,12 @@ fxConverter::fxConverter(const fxConverter& entry, Link)
 
 fxConverter* fxConverter::findConverter(unsigned short from, unsigned short to) {
     for (const fxConverter* entry = fx_theConverters; entry; entry = entry->next) {
-        if (entry->getType() == from && entry->targetType == to)
-            return new fxConverter(*entry, Link());
+        if (entry->getType() != from || entry->targetType != to)
+            continue;
+        auto* link = new (std::nothrow) fxConverter(*entry, Link());
+        if (!link)
+            fxOutOfMemory();
+        return link;
     }
     return nullptr;
 }

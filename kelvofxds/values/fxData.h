@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/str/fxStrArray.h"
@@ -56,18 +57,24 @@ protected:
     unsigned short type;  // data type code
 };
 
-/// The members of every holder. Memory of holders is kept for the next one.
-#define FX_DATA_MEMBERS(Class)                                   \
-public:                                                          \
-    ~Class() override;                                           \
-    const char* dataName() const override;                       \
-    void deliverTo(void (*function)(), void* target) override;   \
-    void getValue(unsigned short type, void* out) override;      \
-    unsigned int getSize() override;                             \
-    static void* operator new(std::size_t size);                 \
-    static void operator delete(void* holder, std::size_t size); \
-                                                                 \
-private:                                                         \
+/// The members of every holder. Memory of holders is kept for the next one;
+/// where there is none, new ends the process ("out of memory"), and nothrow new
+/// gives null.
+#define FX_DATA_MEMBERS(Class)                                                     \
+public:                                                                            \
+    ~Class() override;                                                             \
+    const char* dataName() const override;                                         \
+    void deliverTo(void (*function)(), void* target) override;                     \
+    void getValue(unsigned short type, void* out) override;                        \
+    unsigned int getSize() override;                                               \
+    static void* operator new(std::size_t size);                                   \
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;   \
+    static void* operator new(std::size_t, void* place) noexcept { return place; } \
+    static void operator delete(void* holder, std::size_t size);                   \
+    static void operator delete(void* holder, const std::nothrow_t&) noexcept;     \
+    static void operator delete(void*, void*) noexcept {}                          \
+                                                                                   \
+private:                                                                           \
     friend struct fxDataLayout;
 
 /// No value: deliverTo calls function(target).

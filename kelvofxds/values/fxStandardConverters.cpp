@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/values/fxConverter.h"
 #include "kelvofxds/values/fxData.h"
@@ -92,10 +93,8 @@ void CStr2CharPtr(fxInputChannel* in, fxStr value) { pass<char*>(in, &value[0U])
 void fxConverter::createStandardConverters() {
     const auto add = [](unsigned short from, unsigned short to, auto routine) {
         // The registry keeps it.
-        // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks)
-        new fxConverter(from, to, reinterpret_cast<void (*)()>(routine));
+        fxNew<fxConverter>(from, to, reinterpret_cast<void (*)()>(routine));
     };
-    // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
     add(fxDT_fxBool, fxDT_int, CBool2int);
     add(fxDT_fxBool, fxDT_float, CBool2float);
     add(fxDT_fxBool, fxDT_double, CBool2double);

@@ -1,10 +1,15 @@
 #include "kelvofxds/values/fxData.h"
 
+#include <sys/resource.h>
+
 #include <climits>
 #include <cmath>
+#include <csignal>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <set>
 #include <string>
 #include <type_traits>
@@ -451,4 +456,111 @@ TEST_F(fxDataTest, reusedMemoryIsConstructedAnew) {
         data->count = 77;
         delete data;
     }
+}
+
+// Other ways to make holders.
+
+namespace {
+
+// Classes of a host's own: one of a holder, one of the base.
+struct HostInt : fxIntData {
+    explicit HostInt(int v) : fxIntData(v) {}
+    ~HostInt() override { ++ends; }
+    static int ends;
+    int more = 1;
+};
+int HostInt::ends = 0;
+
+struct HostData : fxData {
+    explicit HostData(int v) : fxData(fxDT_int), value(v) {}
+    const char* dataName() const override { return "host"; }
+    void deliverTo(void (*)(), void*) override {}
+    void getValue(unsigned short, void* out) override { *static_cast<int*>(out) = value; }
+    unsigned int getSize() override { return sizeof value; }
+    int value;
+};
+
+template <class Holder, class... Args>
+void expectPlacedAndNothrow(unsigned short code, Args... args) {
+    SCOPED_TRACE(code);
+    alignas(Holder) unsigned char place[sizeof(Holder)];
+    auto* placed = new (place) Holder(args...);
+    EXPECT_EQ(static_cast<void*>(place), placed);
+    EXPECT_EQ(code, placed->getType());
+    placed->~Holder();
+
+    for (int i = 0; i < 3; ++i) {
+        fxData* made = new (std::nothrow) Holder(args...);
+        ASSERT_NE(nullptr, made);
+        EXPECT_EQ(code, made->getType());
+        EXPECT_EQ(0u, made->count);
+        delete made;
+    }
+}
+
+}  // namespace
+
+TEST_F(fxDataTest, holdersMayBePlacedAndMadeWithNothrowNew) {
+    expectPlacedAndNothrow<fxVoidData>(fxDT_void);
+    expectPlacedAndNothrow<fxBoolData>(fxDT_fxBool, static_cast<unsigned char>(1));
+    expectPlacedAndNothrow<fxIntData>(fxDT_int, 5);
+    expectPlacedAndNothrow<fxLongData>(fxDT_long, 5L);
+    expectPlacedAndNothrow<fxFloatData>(fxDT_float, 5.0F);
+    expectPlacedAndNothrow<fxDoubleData>(fxDT_double, 5.0);
+    expectPlacedAndNothrow<fxCharPtrData>(fxDT_CharPtr, static_cast<char*>(nullptr));
+    expectPlacedAndNothrow<fxStrData>(fxDT_fxStr, "text");
+    expectPlacedAndNothrow<fxStrArrayData>(fxDT_fxStrArray, arrayOf({"a", "b"}));
+    HostInt::ends = 0;
+    expectPlacedAndNothrow<HostInt>(fxDT_int, 5);
+    EXPECT_EQ(4, HostInt::ends);
+    expectPlacedAndNothrow<HostData>(fxDT_int, 5);
+}
+
+#ifndef __SANITIZE_ADDRESS__
+// A sanitizer's allocator needs memory of its own to say that there is none.
+namespace {
+
+void takeAllMemory() {
+    const rlimit none = {0, 0};
+    ::setrlimit(RLIMIT_AS, &none);
+}
+
+void makeForEver() {
+    takeAllMemory();
+    for (;;)
+        ++(new fxIntData(1))->count;
+}
+
+void makeUntilNull() {
+    takeAllMemory();
+    while (fxIntData* holder = new (std::nothrow) fxIntData(1))
+        ++holder->count;
+    std::_Exit(7);
+}
+
+using fxDataDeathTest = fxDataTest;
+
+}  // namespace
+
+TEST_F(fxDataDeathTest, refusedMemoryEndsTheProcess) {
+    EXPECT_EXIT(makeForEver(), testing::KilledBySignal(SIGABRT), "^out of memory\n$");
+}
+
+TEST_F(fxDataDeathTest, refusedMemoryGivesNothrowNewNull) {
+    EXPECT_EXIT(makeUntilNull(), testing::ExitedWithCode(7), "^$");
+}
+#endif
+
+// Codes.
+
+namespace {
+// As static initialisers find them.
+const unsigned short codesAtLoad[] = {fxDT_void,    fxDT_fxBool, fxDT_int,     fxDT_long,
+                                      fxDT_float,   fxDT_double, fxDT_CharPtr, fxDT_fxStr,
+                                      fxDT_VoidPtr, fxDT_ObjPtr, fxDT_DataPtr, fxDT_fxStrArray};
+}  // namespace
+
+TEST_F(fxDataTest, codesAreThoseThatStartUpDrawsBeforeItDoes) {
+    for (unsigned int i = 0; i < 12; ++i)
+        EXPECT_EQ(i, codesAtLoad[i]);
 }
