@@ -27,7 +27,8 @@ public:
     virtual void deliver() = 0;
     /// Prints "Event: seq=%d type=%d\n".
     virtual void dump(std::FILE* out);
-    /// The channel a message is for; null for other events.
+    /// The channel a message is for; null for other events. Asked only of
+    /// events of type fxET_MessageEvent, and the same as long as one is queued.
     virtual fxInputChannel* getChannel();
 
     /// Event type code.
@@ -39,6 +40,7 @@ public:
 
 protected:
     friend class fxEventQueue;
+    friend class fxMessageIndex;
     friend class fxMessagePool;
     friend class fxQueueWalk;
     friend struct fxEventLayout;  // tests/objects/fxEvent_test.cpp

@@ -1,8 +1,7 @@
 #include "kelvofxds/objects/fxEventHandler.h"
 
-#include <typeinfo>
-
 #include "kelvofxds/objects/fxEventQueueInternal.h"
+#include "kelvofxds/objects/fxMessageIndexInternal.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
 #include "kelvofxds/objects/fxSendWalkInternal.h"
 
@@ -22,24 +21,6 @@ void fxEventHandler::postEvent(fxEvent* e, unsigned char atFront) {
 }
 
 // Messages.
-
-fxMessageEvent* fxMessagePool::first = nullptr;
-unsigned int fxMessagePool::length = 0;
-
-void fxMessagePool::put(fxEvent* event) {
-    if (length >= limit() || typeid(*event) != typeid(fxMessageEvent) || event->properties) {
-        delete event;
-        return;
-    }
-    auto* e = static_cast<fxMessageEvent*>(event);
-    e->channel->dec();
-    if (--e->data->count == 0)
-        delete e->data;
-    e->count = 0;
-    e->next = first;
-    first = e;
-    ++length;
-}
 
 void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSendFlags flags) {
     if (fxSendWalk::countOf(out) == 0) {
@@ -89,6 +70,7 @@ void fxEventHandler::dropPending(fxInputChannel* connection, fxData* data) {
 
 void fxEventHandler::distributeEvents() {
     for (unsigned int n = queue.getCount(); n != 0; --n) {
+        fxMessageIndex::beforeDelivery(queue);
         fxEvent* e = queue.head;
         if (!e)
             break;
@@ -96,6 +78,7 @@ void fxEventHandler::distributeEvents() {
         e->deliver();
         fxMessagePool::put(e);
     }
+    fxMessageIndex::afterDistribution(queue);
 }
 
 // Removing.
@@ -117,11 +100,12 @@ unsigned char zapMessageEvents(fxEvent* e, void* ch) {
     return 1;
 }
 
-void fxEventHandler::removeMessageEvents(fxInputChannel* ch) { removeEvents(zapMessageEvents, ch); }
+void fxEventHandler::removeMessageEvents(fxInputChannel* ch) {
+    if (!ch || !fxMessageIndex::remove(queue, fxMessageIndex::byChannel, ch, zapMessageEvents))
+        removeEvents(zapMessageEvents, ch);
+}
 
 namespace {
-const fxObj* goingMessage = nullptr;
-
 unsigned char isMessageFor(fxEvent* e, void* target) {
     fxInputChannel* channel = e->getType() == fxET_MessageEvent ? e->getChannel() : nullptr;
     if (!channel || channel->finalChannel()->target != target)
@@ -130,13 +114,10 @@ unsigned char isMessageFor(fxEvent* e, void* target) {
 }
 }  // namespace
 
-void fxEventHandler::messageIsGoing(const fxObj* message) { goingMessage = message; }
-
-void fxEventHandler::removeEventsFor(const void* target) {
-    if (target == goingMessage) {
-        goingMessage = nullptr;
+void fxEventHandler::removeEventsFor(const void* address) {
+    if (!queue.head)
         return;
-    }
-    if (queue.head)
-        removeEvents(isMessageFor, const_cast<void*>(target));
+    void* target = const_cast<void*>(address);
+    if (!fxMessageIndex::remove(queue, fxMessageIndex::byTarget, target, isMessageFor))
+        removeEvents(isMessageFor, target);
 }

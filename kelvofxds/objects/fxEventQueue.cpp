@@ -12,7 +12,7 @@ fxEvent* fxQueueWalk::next() {
 
 fxEventQueue::fxEventQueue() : head(nullptr), tail(nullptr), count(0) {}
 
-fxEventQueue::~fxEventQueue() {}
+fxEventQueue::~fxEventQueue() { delete fxMessageIndex::of(this); }
 
 void fxEventQueue::append(fxEvent* e) { linkLast(e); }
 

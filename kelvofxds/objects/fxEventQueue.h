@@ -32,6 +32,7 @@ public:
 
 private:
     friend class fxEventHandler;
+    friend class fxMessageIndex;
     friend struct fxEventQueueLayout;  // tests/objects/fxEventQueue_test.cpp
 
     // Inline in fxEventQueueInternal.h.

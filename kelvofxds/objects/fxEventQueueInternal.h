@@ -4,6 +4,7 @@
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/objects/fxEvent.h"
 #include "kelvofxds/objects/fxEventQueue.h"
+#include "kelvofxds/objects/fxMessageIndexInternal.h"
 
 /// Visits the events from one of them to the tail, although deleting an event
 /// may remove others. The queue tells the walks in progress what it unlinks.
@@ -45,6 +46,8 @@ inline void fxEventQueue::linkLast(fxEvent* e) {
         head = e;
     tail = e;
     ++count;
+    if (fxMessageIndex* index = fxMessageIndex::of(this))
+        index->linkedLast(e);
 }
 
 inline void fxEventQueue::linkFirst(fxEvent* e) {
@@ -56,12 +59,16 @@ inline void fxEventQueue::linkFirst(fxEvent* e) {
         tail = e;
     head = e;
     ++count;
+    if (fxMessageIndex* index = fxMessageIndex::of(this))
+        index->linkedFirst(e);
 }
 
 inline void fxEventQueue::unlink(fxEvent* e) {
     // The walks see to it that no event is met again once it is deleted.
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
     fxQueueWalk::unlinking(e, e->next);
+    if (fxMessageIndex* index = fxMessageIndex::of(this))
+        index->unlinking(e);
     if (e->prev)
         e->prev->next = e->next;
     else

@@ -50,6 +50,7 @@ public:
     static const unsigned int typeShift = 2;       ///< Where the type is in `flags`.
 
     void* target;             ///< First argument; of a link, the next fxInputChannel.
+                              ///< Looked up at the time of each delivery.
     void (*function)();       ///< Called with the value.
     unsigned int flags;       ///< The two flags, and the type from bit 2 on.
     fxMessageEvent* pending;  ///< The undelivered message of a latest-only channel, or null.

@@ -1,8 +1,6 @@
 #include "kelvofxds/objects/fxMessageEvent.h"
 
-#include "kelvofxds/objects/fxEventHandler.h"
-#include "kelvofxds/objects/fxInputChannel.h"
-#include "kelvofxds/values/fxData.h"
+#include "kelvofxds/objects/fxMessagePoolInternal.h"
 
 fxMessageEvent::fxMessageEvent(fxInputChannel* in, fxData* holder)
     : fxEvent(fxET_MessageEvent), channel(in), data(holder) {
@@ -11,13 +9,8 @@ fxMessageEvent::fxMessageEvent(fxInputChannel* in, fxData* holder)
 }
 
 fxMessageEvent::~fxMessageEvent() {
-    channel->dec();
-    if (--data->count == 0)
-        delete data;
-    // What fxObj's destructor looks for in the queue would be messages to a
-    // message.
-    if (fx_theEventHandler && getNumberOfProperties() == 0)
-        fxEventHandler::messageIsGoing(this);
+    fxMessagePool::releaseContents(this);
+    fxMessagePool::sayNobodysTarget(this);
 }
 
 void fxMessageEvent::deliver() {
@@ -28,3 +21,31 @@ void fxMessageEvent::deliver() {
 void fxMessageEvent::dump(std::FILE* out) { fxEvent::dump(out); }
 
 fxInputChannel* fxMessageEvent::getChannel() { return channel; }
+
+// The library's own.
+
+fxPooledMessage* fxMessagePool::first = nullptr;
+unsigned int fxMessagePool::length = 0;
+const void* fxMessagePool::ownTable = nullptr;
+void* fxMessagePool::markPlace = nullptr;
+
+fxPooledMessage::~fxPooledMessage() {}
+
+fxMessageEvent* fxMessagePool::make(fxInputChannel* channel, fxData* data) {
+    auto* e = fxNew<fxPooledMessage>(channel, data);
+    ownTable = tableOf(e);
+    return e;
+}
+
+void fxMessagePool::put(fxEvent* event) {
+    if (length >= fxMostKept || !isPooled(event) || event->properties) {
+        delete event;
+        return;
+    }
+    auto* e = static_cast<fxPooledMessage*>(event);
+    releaseContents(e);
+    e->count = 0;
+    e->next = first;
+    first = e;
+    ++length;
+}

@@ -1,21 +1,33 @@
-// fxMessagePoolInternal.h - message events that come and go.
+// fxMessagePoolInternal.h - how message events begin and end.
 #pragma once
 
+#include <cstring>
+
+#include "kelvofxds/core/fxFreeListInternal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "kelvofxds/values/fxData.h"
 
+/// A message event that the library has made itself. Hosts make message
+/// events, and classes of them, of their own; those are simply deleted.
+class fxPooledMessage final : public fxMessageEvent {
+public:
+    using fxMessageEvent::fxMessageEvent;
+    ~fxPooledMessage() override;
+};
+
 /// Keeps delivered message events, still constructed, for the next messages:
-/// what makes and ends an event along its four base classes costs more than
+/// what makes and ends an event along its five base classes costs more than
 /// all that a message does. Bounded, single-threaded.
 class fxMessagePool {
 public:
     /// A message event that nobody can tell from a new one.
     static fxMessageEvent* take(fxInputChannel* channel, fxData* data) {
-        fxMessageEvent* e = first;
+        fxPooledMessage* e = first;
         if (!e)
-            return new fxMessageEvent(channel, data);
-        first = static_cast<fxMessageEvent*>(e->next);
+            return make(channel, data);
+        first = static_cast<fxPooledMessage*>(e->next);
         --length;
         e->next = nullptr;
         e->type = fxET_MessageEvent;
@@ -28,18 +40,43 @@ public:
     }
 
     /// Ends an event that is not queued any more, as deleting it would.
-    static void put(fxEvent* e);
+    static void put(fxEvent* event);
 
-private:
-    // As many as a busy pass of the loop may queue.
-    static constexpr unsigned int limit() {
-#ifdef __SANITIZE_ADDRESS__
-        return 0;  // it could not tell a kept event from a live one
-#else
-        return 4096;
-#endif
+    /// What a message holds goes in this order, also in its destructor.
+    static void releaseContents(fxMessageEvent* e) {
+        e->channel->dec();
+        if (--e->data->count == 0)
+            delete e->data;
     }
 
-    static fxMessageEvent* first;  // linked by `next`
+    /// The destructor of a message says so to the one of its base: what that
+    /// would look for in the queue are messages to a message. One that has had
+    /// properties may have inputs.
+    static void sayNobodysTarget(fxMessageEvent* e) {
+        if (!e->properties)
+            e->properties = mark();
+    }
+    /// The destructor of the base hears it.
+    static bool isNobodysTarget(const fxObj* object) { return object->properties == mark(); }
+
+private:
+    // Of a host's class no run-time type information may be asked for, since
+    // it may have none. But every object begins with the address of its
+    // class's table of virtual functions, and no other class has this one.
+    static const void* tableOf(const fxEvent* e) {
+        const void* table;
+        std::memcpy(&table, static_cast<const void*>(e), sizeof table);
+        return table;
+    }
+    static bool isPooled(const fxEvent* e) { return tableOf(e) == ownTable; }
+
+    // In the place of properties: never looked into, only compared.
+    static fxVoidPtrArray* mark() { return reinterpret_cast<fxVoidPtrArray*>(&markPlace); }
+
+    static fxMessageEvent* make(fxInputChannel* channel, fxData* data);
+
+    static fxPooledMessage* first;  // linked by `next`
     static unsigned int length;
+    static const void* ownTable;  // null until the first one is made
+    static void* markPlace;
 };

@@ -3,6 +3,8 @@
 #include "kelvofxds/containers/fxTypedArrays.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
+#include "kelvofxds/objects/fxMessageIndexInternal.h"
+#include "kelvofxds/objects/fxMessagePoolInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
 namespace {
@@ -49,16 +51,20 @@ fxObj::fxObj(const fxObj& other) : fxXDRObj(other), properties(nullptr) {}
 fxObj& fxObj::operator=(const fxObj&) { return *this; }
 
 fxObj::~fxObj() {
-    if (fx_theEventHandler)
-        fx_theEventHandler->removeEventsFor(this);
-    if (!properties)
+    if (fxMessagePool::isNobodysTarget(this))
         return;
-    Removal::destroyed(this);
-    removeAllProperties();
-    delete properties;
-    // Values and properties that went may have sent more.
     if (fx_theEventHandler)
         fx_theEventHandler->removeEventsFor(this);
+    if (properties) {
+        Removal::destroyed(this);
+        removeAllProperties();
+        delete properties;
+        // Values and properties that went may have sent more.
+        if (fx_theEventHandler)
+            fx_theEventHandler->removeEventsFor(this);
+    }
+    if (fx_theEventHandler)
+        fxMessageIndex::noteEnd(fx_theEventHandler->getQueue(), this);
 }
 
 void fxObj::subClassMustDefine(const char* method) const {

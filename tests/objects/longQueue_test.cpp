@@ -1,0 +1,431 @@
+#include <deque>
+#include <memory>
+#include <new>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "kelvofxds/objects/fxMessageEvent.h"
+#include "tests/support/dataFlow.h"
+
+// The end of an object while many events are queued that are not for it: what
+// is for it goes, at a cost that the others have no part in.
+
+namespace {
+
+// A message of a host's own class, which counts how often it is asked for its
+// channel.
+class AskedEvent : public fxEvent {
+public:
+    explicit AskedEvent(fxInputChannel* c) : fxEvent(fxET_MessageEvent), channel(c) {}
+    void deliver() override { ++delivered; }
+    fxInputChannel* getChannel() override {
+        ++asked;
+        return channel;
+    }
+
+    static unsigned long asked;
+    static unsigned int delivered;
+
+private:
+    fxInputChannel* channel;
+};
+unsigned long AskedEvent::asked = 0;
+unsigned int AskedEvent::delivered = 0;
+
+class longQueue : public DataFlowTest {
+protected:
+    longQueue()
+        : sender(log, "sender"), other(log, "other"), elsewhere(fxDT_int, &elsewhere, nullptr, 0) {
+        AskedEvent::asked = 0;
+        AskedEvent::delivered = 0;
+    }
+
+    // Messages that are for nobody here.
+    void post(unsigned int n, fxInputChannel* channel) {
+        for (unsigned int i = 0; i < n; ++i)
+            fx_theEventHandler->postEvent(new AskedEvent(channel), i % 2);
+    }
+    void fill() { post(500, &elsewhere); }
+
+    // What is delivered of the nodes' values, in the end.
+    std::string distributeAll() {
+        std::string words = distribute();
+        EXPECT_EQ(0U, queued());
+        return words;
+    }
+
+    FlowNode sender;
+    FlowNode other;
+    fxInputChannel elsewhere;
+};
+
+}  // namespace
+
+// Cost.
+
+TEST_F(longQueue, endingObjectsAsksNothingOfTheEventsOfOthers) {
+    for (const unsigned int objects : {10U, 100U, 1000U}) {
+        for (const unsigned int events : {100U, 1000U, 10000U}) {
+            SCOPED_TRACE(testing::Message() << objects << " objects, " << events << " events");
+            AskedEvent::asked = 0;
+            post(events, &elsewhere);
+            for (unsigned int i = 0; i < objects; ++i) {
+                FlowNode node(log, "node");
+                sender.connect("out", &node, "in");
+                sender.send(1);
+            }
+            EXPECT_GE(3 * (events + objects), AskedEvent::asked) << "not for each object";
+            EXPECT_EQ(events, queued());
+            fx_theEventHandler->distributeEvents();
+        }
+    }
+}
+
+TEST_F(longQueue, eventsOfAHostsClassThatEndAskNothingOfTheOthers) {
+    fxInputChannel* const channels[] = {nullptr, &elsewhere};
+    for (fxInputChannel* channel : channels) {
+        for (const unsigned int events : {1000U, 10000U}) {
+            SCOPED_TRACE(testing::Message() << events << " events");
+            AskedEvent::asked = 0;
+            AskedEvent::delivered = 0;
+            post(events, channel);
+            fx_theEventHandler->distributeEvents();
+            EXPECT_EQ(events, AskedEvent::delivered);
+            EXPECT_GE(6 * events, AskedEvent::asked);
+        }
+    }
+}
+
+TEST_F(longQueue, flushingAnInputAsksNothingOfTheEventsOfOthers) {
+    const unsigned int events = 1000, flushes = 1000;
+    post(events, &elsewhere);
+    for (unsigned int i = 0; i < flushes; ++i)
+        other.in->flush();
+    EXPECT_GE(3 * events, AskedEvent::asked);
+    EXPECT_EQ(events, queued());
+    fx_theEventHandler->distributeEvents();
+}
+
+// Outcomes.
+
+TEST_F(longQueue, messagesForAnEndedObjectAreRemovedAndTheOthersKeepTheirOrder) {
+    for (const unsigned short type : {fxDT_int, fxDT_fxBool, fxDT_void}) {
+        SCOPED_TRACE(type);
+        auto* object = new FlowNode(log, "object", type);
+        sender.connect("out", object, "in");
+        sender.connect("out", &other, "in");
+        sender.sendData(sender.out, new SpyData(1), fxObj::fxSendQueued);
+        fill();
+        sender.sendData(sender.out, new SpyData(2), fxObj::fxSendQueued);
+        sender.sendData(sender.out, new SpyData(3), fxObj::fxSendUrgent);
+        fill();
+        delete object;
+        EXPECT_EQ(1003U, queued());
+        EXPECT_EQ("other=3 other=1 other=2", distributeAll());
+        sender.disconnect("out", &other, "in");
+    }
+}
+
+TEST_F(longQueue, whatIsSentAndPostedLaterIsFoundToo) {
+    FlowNode first(log, "first");
+    auto* second = new FlowNode(log, "second");
+    sender.connect("out", &first, "in");
+    sender.connect("out", second, "in");
+    fill();
+    { const FlowNode ending(log); }
+    sender.send(1);
+    sender.send(2, fxObj::fxSendUrgent);
+    fx_theEventHandler->getQueue().append(new fxMessageEvent(second->in, new SpyData(3)));
+    fx_theEventHandler->getQueue().insert(new fxMessageEvent(first.in, new SpyData(4)));
+    EXPECT_EQ(506U, queued());
+    delete second;
+    EXPECT_EQ(503U, queued());
+    first.in->flush();
+    EXPECT_EQ(500U, queued());
+    EXPECT_EQ("", distributeAll());
+}
+
+TEST_F(longQueue, valuesOfRemovedMessagesGoInTheOrderOfTheQueue) {
+    FlowNode object(log, "object");
+    sender.connect("out", &object, "in");
+    const auto noting = [this](int value) {
+        return new SpyData(value, [this, value] { log.note(std::to_string(value)); });
+    };
+    fill();
+    { const FlowNode ending(log); }
+    sender.sendData(sender.out, noting(1), fxObj::fxSendQueued);
+    sender.sendData(sender.out, noting(2), fxObj::fxSendUrgent);
+    fill();
+    sender.sendData(sender.out, noting(3), fxObj::fxSendQueued);
+    sender.sendData(sender.out, noting(4), fxObj::fxSendUrgent);
+    log.take();
+    object.in->flush();
+    EXPECT_EQ("4 2 1 3", log.take());
+    distributeAll();
+}
+
+TEST_F(longQueue, valuesThatGoMayRemoveAndSendAndEnd) {
+    fill();
+    auto* object = new FlowNode(log, "object");
+    auto* second = new FlowNode(log, "second");
+    sender.connect("out", object, "in");
+    sender.connect("out", second, "in");
+    sender.disconnect("out", second, "in");
+    sender.sendData(sender.out, new SpyData(1, [&] { delete std::exchange(second, nullptr); }),
+                    fxObj::fxSendQueued);
+    sender.sendData(sender.out, new SpyData(2, [&] { sender.send(3); }), fxObj::fxSendQueued);
+    sender.sendData(sender.out,
+                    new SpyData(4,
+                                [&] {
+                                    fx_theEventHandler->removeEvents(
+                                        [](fxEvent*, void*) -> unsigned char { return 1; },
+                                        nullptr);
+                                }),
+                    fxObj::fxSendQueued);
+    delete object;
+    EXPECT_EQ(nullptr, second);
+    EXPECT_EQ(0U, queued());
+    EXPECT_EQ(0, SpyData::alive);
+}
+
+TEST_F(longQueue, pendingMessageOfAnEndedInputIsForgotten) {
+    fill();
+    FlowNode object(log, "object", fxDT_int, 1);
+    sender.connect("out", &object, "in");
+    sender.send(1);
+    ASSERT_NE(nullptr, object.in->pending);
+    fx_theEventHandler->removeEventsFor(&object);
+    EXPECT_EQ(nullptr, object.in->pending);
+    sender.send(2);
+    sender.send(3);
+    EXPECT_EQ("object=3", distributeAll());
+}
+
+// A channel's target is looked up at the time of the delivery, so the end of an
+// object is about the channels that lead to it then.
+
+TEST_F(longQueue, targetThatTookAChannelOverEndsItsMessages) {
+    for (const bool converting : {false, true}) {
+        for (const fxObj::fxSendFlags flags : {fxObj::fxSendQueued, fxObj::fxSendUrgent}) {
+            SCOPED_TRACE(testing::Message() << flags << (converting ? ", converting" : ""));
+            FlowNode object(log, "object", converting ? fxDT_fxBool : fxDT_int);
+            auto* heir = new FlowNode(log, "heir");
+            sender.connect("out", &object, "in");
+            fill();
+            { const FlowNode ending(log); }
+            sender.send(1, flags);
+            object.in->target = heir;
+            delete heir;
+            EXPECT_EQ("", distribute()) << "not delivered to what is no more";
+            object.in->target = &object;
+            sender.send(2);
+            EXPECT_EQ("object=2", distributeAll());
+        }
+    }
+}
+
+TEST_F(longQueue, targetThatGaveAChannelAwayLeavesItsMessages) {
+    FlowNode heir(log, "heir");
+    fxObj owner;
+    auto* target = new FlowNode(log, "target");
+    fxInputChannel* in = owner.addInput("in", fxDT_int, target, receiver(FlowNode::receiveInt), 0);
+    sender.connect("out", &owner, "in");
+    fill();
+    { const FlowNode ending(log); }
+    sender.send(1);
+    in->target = &heir;
+    delete target;
+    EXPECT_EQ("heir=1", distributeAll());
+}
+
+TEST_F(longQueue, whatAnHeirHasTakenOverGoesWithItInTheOrderOfTheQueue) {
+    fxObj owner;
+    auto* target = new FlowNode(log, "target");
+    auto* heir = new FlowNode(log, "heir");
+    const auto noting = [this](int value) {
+        return new SpyData(value, [this, value] { log.note(std::to_string(value)); });
+    };
+    fxInputChannel* in = owner.addInput("in", fxDT_int, target, receiver(FlowNode::receiveInt), 0);
+    fill();
+    { const FlowNode ending(log); }
+    for (const int value : {0, 1, 2}) {
+        fxObj* object = heir;
+        if (value == 1)
+            object = &owner;
+        sender.connect("out", object, "in");
+        sender.sendData(sender.out, noting(value), fxObj::fxSendQueued);
+        sender.disconnect("out", object, "in");
+    }
+    in->target = heir;
+    delete target;
+    log.take();
+    delete heir;
+    EXPECT_EQ("0 1 2", log.take());
+    EXPECT_EQ("", distributeAll());
+}
+
+TEST_F(longQueue, heirsThatEndInNumbersEndTheirMessages) {
+    fxObj owner;
+    fill();
+    { const FlowNode ending(log); }
+    for (int i = 0; i < 2000; ++i) {
+        auto* heir = new FlowNode(log, "heir");
+        fxInputChannel* in =
+            owner.addInput("in", fxDT_int, this, receiver(FlowNode::receiveInt), 0);
+        sender.connect("out", &owner, "in");
+        sender.sendData(sender.out, new SpyData(i), fxObj::fxSendQueued);
+        in->target = heir;
+        sender.disconnect("out", &owner, "in");
+        delete heir;
+    }
+    EXPECT_EQ("", distribute());
+    EXPECT_EQ("", distributeAll());
+    EXPECT_EQ(0, SpyData::alive);
+}
+
+// Queues of a host's own.
+
+TEST_F(longQueue, anotherHandlersQueueIsApart) {
+    fxEventHandler second;
+    fill();
+    for (int i = 0; i < 500; ++i) {
+        second.postEvent(new fxMessageEvent(other.in, new SpyData(i)), 0);
+        sender.send(0);
+    }
+    sender.connect("out", &other, "in");
+    for (int i = 0; i < 100; ++i)
+        sender.send(i);
+    fx_theEventHandler->removeMessageEvents(other.in);
+    EXPECT_EQ(500U, second.numberOfEvents());
+    EXPECT_EQ(500U, queued());
+    second.removeMessageEvents(sender.in);
+    EXPECT_EQ(500U, second.numberOfEvents());
+    second.removeEventsFor(&other);
+    EXPECT_EQ(0U, second.numberOfEvents());
+    EXPECT_EQ("", distributeAll());
+}
+
+TEST_F(longQueue, queueMayGoBeforeItsEventsAndAnotherTakeItsPlace) {
+    const unsigned int n = 100;
+    std::vector<std::unique_ptr<fxEvent>> left;
+    alignas(fxEventHandler) unsigned char place[sizeof(fxEventHandler)];
+    auto* first = new (place) fxEventHandler;
+    for (unsigned int i = 0; i < n; ++i) {
+        left.emplace_back(new AskedEvent(&elsewhere));
+        first->postEvent(left.back().get(), 0);
+    }
+    first->removeEventsFor(this);
+    first->~fxEventHandler();
+
+    auto* second = new (place) fxEventHandler;
+    for (unsigned int i = 0; i < n; ++i)
+        second->postEvent(new AskedEvent(&elsewhere), 0);
+    EXPECT_EQ(n, second->numberOfEvents());
+    second->removeMessageEvents(&elsewhere);
+    EXPECT_EQ(0U, second->numberOfEvents());
+    second->~fxEventHandler();
+}
+
+// Beside a list that is searched from end to end.
+
+namespace {
+
+struct Expected {
+    const FlowNode* receiver;  // null for an event of a host's own
+    std::string word;
+};
+
+class Steps {
+public:
+    Steps(FlowLog& flowLog, unsigned int seed) : log(flowLog), random(seed) {
+        for (unsigned int i = 0; i < 8; ++i)
+            nodes.push_back(make());
+    }
+
+    void take() {
+        const unsigned int i = random() % 8;
+        const int value = ++steps;
+        switch (random() % 16) {
+            case 0:
+                drop(nodes[i].get());
+                nodes[i] = make();
+                break;
+            case 1:
+                drop(nodes[i].get());
+                fx_theEventHandler->removeEventsFor(nodes[i].get());
+                break;
+            case 2:
+                fx_theEventHandler->postEvent(new NoteEvent(log, "e" + std::to_string(value)), 0);
+                expected.push_back(
+                    {nullptr, "e" + std::to_string(value) + " ~e" + std::to_string(value)});
+                break;
+            default:
+                send(*nodes[i], value, random() % 4 == 0);
+        }
+    }
+
+    // What is left in the queue, as the log would note it.
+    std::string left() const {
+        FlowLog words;
+        for (const Expected& each : expected)
+            words.note(each.word);
+        return words.take();
+    }
+    std::size_t count() const { return expected.size(); }
+
+private:
+    std::unique_ptr<FlowNode> make() {
+        const unsigned short type = random() % 2 != 0 ? fxDT_int : fxDT_float;
+        return std::make_unique<FlowNode>(log, "n" + std::to_string(++made), type);
+    }
+
+    void send(FlowNode& node, int value, bool urgent) {
+        FlowNode sender(log);
+        sender.connect("out", &node, "in");
+        sender.send(value, urgent ? fxObj::fxSendUrgent : fxObj::fxSendQueued);
+        const Expected message = {&node, node.name + '=' + textOf(node, value)};
+        if (urgent)
+            expected.push_front(message);
+        else
+            expected.push_back(message);
+    }
+
+    static std::string textOf(const FlowNode& node, int value) {
+        return node.in->getType() == fxDT_int ? std::to_string(value)
+                                              : std::to_string(static_cast<double>(value));
+    }
+
+    void drop(const FlowNode* receiver) {
+        std::deque<Expected> others;
+        for (const Expected& each : expected) {
+            if (each.receiver != receiver)
+                others.push_back(each);
+        }
+        expected.swap(others);
+    }
+
+    FlowLog& log;
+    std::minstd_rand random;
+    std::vector<std::unique_ptr<FlowNode>> nodes;
+    std::deque<Expected> expected;
+    int steps = 0;
+    int made = 0;
+};
+
+}  // namespace
+
+TEST_F(longQueue, stepsTakenAtRandomLeaveWhatASearchFromEndToEndWould) {
+    for (unsigned int seed = 1; seed <= 20; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        Steps steps(log, seed);
+        for (int i = 0; i < 1000; ++i) {
+            steps.take();
+            ASSERT_EQ(steps.count(), queued());
+        }
+        EXPECT_EQ(steps.left(), distribute());
+    }
+}
