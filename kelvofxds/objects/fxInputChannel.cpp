@@ -1,6 +1,7 @@
 #include "kelvofxds/objects/fxInputChannel.h"
 
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
 #include "kelvofxds/values/fxConverter.h"
@@ -44,7 +45,7 @@ void fxInputChannel::disconnect() {
 
 void fxInputChannel::add(fxOutputChannel* out) {
     if (!sources)
-        sources = new fxVoidPtrArray;
+        sources = fxNew<fxVoidPtrArray>();
     sources->append(&out);
 }
 

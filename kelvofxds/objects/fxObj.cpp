@@ -1,7 +1,11 @@
 #include "kelvofxds/objects/fxObj.h"
 
+#include <utility>
+
 #include "kelvofxds/containers/fxTypedArrays.h"
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxInProgressInternal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxMessageIndexInternal.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
@@ -16,31 +20,81 @@ void release(fxProperty* property) {
 fxProperty* propertyAt(const fxVoidPtrArray& properties, unsigned int i) {
     return static_cast<fxProperty*>(properties[i]);
 }
+}  // namespace
 
-// An object whose properties are being removed. What they call back may delete
-// it, which it then says here.
-struct Removal {
-    explicit Removal(const fxObj* o) : object(o), outer(innermost) { innermost = this; }
-    Removal(const Removal&) = delete;
-    Removal& operator=(const Removal&) = delete;
-    ~Removal() { innermost = outer; }
+// A removal of all properties. What they call back may set and remove some, and
+// delete the object.
+struct __attribute__((visibility("hidden"))) fxObj::Removal : public fxInProgress<fxObj::Removal> {
+    explicit Removal(fxObj* o, bool last = false) : object(o), isLast(last), isReleasing(false) {}
 
-    static void destroyed(const fxObj* o) {
-        for (Removal* removal = innermost; removal; removal = removal->outer) {
-            if (removal->object == o)
-                removal->object = nullptr;
-        }
+    void run() const {
+        while (const fxProperty* property = next())
+            object->removeProperty(property->getTag());
     }
 
-    const fxObj* object;  // null once it is destroyed
+    // The property to release next; null when all are, or the object is gone.
+    fxProperty* next() const {
+        const unsigned int n = object ? object->getNumberOfProperties() : 0;
+        for (unsigned int i = 0; i < n; ++i) {
+            fxProperty* property = propertyAt(*object->properties, i);
+            if (!stays(property))
+                return property;
+        }
+        return nullptr;
+    }
 
-private:
-    static Removal* innermost;
-    Removal* outer;
+    bool stays(fxProperty* property) const {
+        return newcomers.length() != 0 && newcomers.find(&property) < newcomers.length();
+    }
+
+    static void destroyed(const fxObj* o) {
+        forEach([o](Removal& removal) {
+            if (removal.object == o)
+                removal.object = nullptr;
+        });
+    }
+
+    static void set(const fxObj* o, fxProperty* property) {
+        forEach([o, property](Removal& removal) {
+            if (removal.object == o)
+                removal.newcomers.append(&property);
+        });
+    }
+
+    static void taken(const fxObj* o, fxProperty* property) {
+        forEach([o, property](Removal& removal) {
+            if (removal.object == o && removal.stays(property))
+                removal.newcomers.remove(removal.newcomers.find(&property), 1);
+        });
+    }
+
+    // The last removal of `o`, or null.
+    static Removal* lastOf(const fxObj* o) {
+        Removal* last = nullptr;
+        forEach([o, &last](Removal& removal) {
+            if (removal.object == o && removal.isLast)
+                last = &removal;
+        });
+        return last;
+    }
+
+    // Takes a property from an object that takes none. One that is set by
+    // another one that goes in this way would set the next, and so on, if its
+    // value were told.
+    void releaseAtOnce(fxProperty* property) {
+        ++property->count;
+        if (isReleasing && property->count == 1)
+            property->abandon();
+        const bool before = std::exchange(isReleasing, true);
+        release(property);
+        isReleasing = before;
+    }
+
+    fxObj* object;  // null once it is destroyed
+    const bool isLast;
+    bool isReleasing;
+    fxVoidPtrArray newcomers;  // set meanwhile: they stay
 };
-
-Removal* Removal::innermost = nullptr;
-}  // namespace
 
 fxObj::fxObj() : properties(nullptr) {}
 
@@ -58,10 +112,12 @@ fxObj::~fxObj() {
     if (properties) {
         Removal::destroyed(this);
         removeAllProperties();
-        delete properties;
+        Removal last(this, true);
+        last.run();
         // Values and properties that went may have sent more.
         if (fx_theEventHandler)
             fx_theEventHandler->removeEventsFor(this);
+        delete properties;
     }
     if (fx_theEventHandler)
         fxMessageIndex::noteEnd(fx_theEventHandler->getQueue(), this);
@@ -117,14 +173,20 @@ fxProperty* fxObj::findProperty(const char* name, unsigned int* index) const {
 }
 
 fxObj& fxObj::setProperty(fxProperty* property) {
+    if (Removal* last = Removal::lastOf(this)) {
+        last->releaseAtOnce(property);
+        return *this;
+    }
     if (!properties)
-        properties = new fxVoidPtrArray;
+        properties = fxNew<fxVoidPtrArray>();
     unsigned int i = 0;
     fxProperty* old = findProperty(property->getTag(), &i);
     if (old == property)
         return *this;
     ++property->count;
+    Removal::set(this, property);
     if (old) {
+        Removal::taken(this, old);
         (*properties)[i] = property;
         release(old);
         return *this;
@@ -143,6 +205,7 @@ fxObj& fxObj::removeProperty(unsigned short tag) {
     unsigned int i = 0;
     fxProperty* property = findProperty(tag, &i);
     if (property) {
+        Removal::taken(this, property);
         properties->remove(i, 1);
         release(property);
     }
@@ -155,11 +218,7 @@ void fxObj::removeAllProperties() {
     if (!properties)
         return;
     Removal removal(this);
-    while (removal.object && properties->length() != 0) {
-        fxProperty* property = propertyAt(*properties, 0);
-        properties->remove(0, 1);
-        release(property);
-    }
-    if (removal.object)
+    removal.run();
+    if (removal.object && properties->length() == 0)
         properties->resize(0);
 }

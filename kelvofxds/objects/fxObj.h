@@ -54,12 +54,15 @@ public:
     unsigned int getNumberOfProperties() const;
     /// Adds `property`, of which the object holds a reference, in place of one
     /// with the same tag. Returns this object.
+    /// An object in its destructor releases what its properties set while they
+    /// go; from then on it takes nothing more: what is set is released at once.
     fxObj& setProperty(fxProperty* property);
     /// Releases the property with the tag or name, if there is one. Returns
     /// this object.
     fxObj& removeProperty(unsigned short tag);
     fxObj& removeProperty(const char* name);
-    /// Releases every property.
+    /// Releases every property that is there when it is called. Those that
+    /// their destroy functions set meanwhile stay.
     void removeAllProperties();
     /// The property with `tag`, or null. `index`, unless null, receives its
     /// position, or that of the last one looked at; it is left alone by an
@@ -71,7 +74,8 @@ public:
     /// number of them; null in an object that never had one.
     fxProperty* getProperty(unsigned int i) const;
 
-    // Channels. They belong to the object.
+    // Channels. They belong to the object. Adding one gives null in the last
+    // part of the object's destruction, when it takes no properties either.
 
     /// Makes an input whose values of type `type` go to function(target,
     /// value). With `latestOnly`, a newer message replaces an undelivered one.
@@ -101,6 +105,7 @@ public:
 private:
     friend class fxMessagePool;
     friend struct fxObjLayout;  // tests/objects/fxObj_test.cpp
+    struct Removal;
 
     fxVoidPtrArray* properties;  // owned: fxProperty*, by tag, a reference each; null at first
 };

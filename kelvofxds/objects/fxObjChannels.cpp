@@ -4,6 +4,7 @@
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxObj.h"
@@ -27,16 +28,17 @@ fxVoidPtrDict* channelsOf(const fxObj& object, const char* name) {
     return dictOf(object.findProperty(name));
 }
 
-// The same, but the property is made if it is missing.
-fxVoidPtrDict& ownChannelsOf(fxObj& object, const char* name, void (*destroy)(void*)) {
+// The same, but the property is made if it is missing; null if the object takes
+// no more properties.
+fxVoidPtrDict* ownChannelsOf(fxObj& object, const char* name, void (*destroy)(void*)) {
     if (fxVoidPtrDict* dict = channelsOf(object, name))
-        return *dict;
+        return dict;
     unsigned short tag = fxProperty::findTag(name);
     if (tag == fxProperty::noTag)
         tag = fxProperty::allocNewTag(name);
-    auto* dict = new fxVoidPtrDict;
-    object.setProperty(new fxProperty(tag, static_cast<void*>(dict), destroy));
-    return *dict;
+    void* dict = fxNew<fxVoidPtrDict>();
+    object.setProperty(fxNew<fxProperty>(tag, dict, destroy));
+    return channelsOf(object, name);
 }
 
 // The channel called `name`, or null.
@@ -49,9 +51,12 @@ Channel* channelIn(const fxVoidPtrDict* dict, const char* name) {
 
 fxInputChannel* fxObj::addInput(const char* name, unsigned short type, void* target,
                                 void (*function)(), unsigned char latestOnly) {
-    auto* channel = new fxInputChannel(type, target, function, latestOnly);
+    fxVoidPtrDict* channels = ownChannelsOf(*this, inputs, dt_input_dict);
+    if (!channels)
+        return nullptr;
+    auto* channel = fxNew<fxInputChannel>(type, target, function, latestOnly);
     channel->count = 1;
-    void*& entry = ownChannelsOf(*this, inputs, dt_input_dict).findCreate(name);
+    void*& entry = channels->findCreate(name);
     auto* old = static_cast<fxInputChannel*>(entry);
     entry = channel;
     if (old)
@@ -60,8 +65,11 @@ fxInputChannel* fxObj::addInput(const char* name, unsigned short type, void* tar
 }
 
 fxOutputChannel* fxObj::addOutput(const char* name, unsigned short type) {
-    auto* channel = new fxOutputChannel(type);
-    void*& entry = ownChannelsOf(*this, outputs, dt_output_dict).findCreate(name);
+    fxVoidPtrDict* channels = ownChannelsOf(*this, outputs, dt_output_dict);
+    if (!channels)
+        return nullptr;
+    auto* channel = fxNew<fxOutputChannel>(type);
+    void*& entry = channels->findCreate(name);
     auto* old = static_cast<fxOutputChannel*>(entry);
     entry = channel;
     delete old;
@@ -166,5 +174,8 @@ void fxObj::sendDouble(fxOutputChannel* out, double value, fxSendFlags flags) {
 }
 
 void fxObj::sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flags) {
-    sendData(out, fxNewCharPtrData(::strdup(text ? text : "")), flags);
+    char* copy = ::strdup(text ? text : "");
+    if (!copy)
+        fxOutOfMemory();
+    sendData(out, fxNewCharPtrData(copy), flags);
 }

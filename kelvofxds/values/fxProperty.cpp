@@ -1,7 +1,9 @@
 #include "kelvofxds/values/fxProperty.h"
 
 #include <cstdlib>
+#include <cstring>
 
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/values/fxData.h"
@@ -31,7 +33,7 @@ void hold(Counted*& held, Counted* v) {
 
 void fxProperty::constructPropertyNames() {
     if (!fx_propertyNames)
-        fx_propertyNames = new fxStrArray;
+        fx_propertyNames = fxNew<fxStrArray>();
 }
 
 void fxProperty::destroyPropertyNames() {
@@ -85,7 +87,7 @@ fxProperty::fxProperty(unsigned short t, const char* text, unsigned char isOwned
 
 fxProperty::fxProperty(unsigned short t, const fxStr& v)
     : tag(t), type(fxDT_fxStr), value(), extra() {
-    value.asStr = new fxStr(v);
+    value.asStr = fxNew<fxStr>(v);
 }
 
 fxProperty::fxProperty(unsigned short t, void* v, void (*destroyValue)(void*))
@@ -119,6 +121,11 @@ void fxProperty::cleanup() {
         delete value.asStr;
         value.asStr = nullptr;
     }
+}
+
+void fxProperty::abandon() {
+    std::memset(&value, 0, sizeof value);
+    std::memset(&extra, 0, sizeof extra);
 }
 
 // Access.

@@ -82,7 +82,11 @@ public:
     void cleanup();
 
 private:
+    friend class fxObj;
     friend struct fxPropertyLayout;  // tests/values/fxProperty_test.cpp
+
+    // Leaves the value, with what it owns, to itself.
+    void abandon();
 
     unsigned short tag;   // index of the name
     unsigned short type;  // data type code

@@ -1,9 +1,11 @@
 #include <functional>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include <gtest/gtest.h>
 
+#include "kelvofxds/objects/fxMessageEvent.h"
 #include "kelvofxds/values/fxProperty.h"
 #include "tests/support/dataFlow.h"
 
@@ -254,4 +256,158 @@ TEST_F(reentrantProperties, dyingObjectTakesAnotherWithIt) {
     object->setProperty(new fxProperty(tagOf(60000), static_cast<fxObj*>(leaving)));
     delete object;
     EXPECT_EQ(0U, queued());
+}
+
+// What is set while all go.
+
+namespace {
+
+// A property that, whenever it goes, sets one like it.
+struct Renewal {
+    fxObj* object;
+    int ends = 0;
+
+    void set() { object->setProperty(new fxProperty(tagOf(5), this, renew)); }
+    static void renew(void* value) {
+        auto* self = static_cast<Renewal*>(value);
+        ++self->ends;
+        self->set();
+    }
+};
+
+}  // namespace
+
+TEST_F(reentrantProperties, removalOfAllLeavesWhatIsSetMeanwhile) {
+    auto* object = new fxObj;
+    Renewal renewal{object};
+    int ends = 0;
+    object->setProperty(actingProperty(4, [&] { ++ends; }));
+    renewal.set();
+    object->setProperty(actingProperty(6, [&] { ++ends; }));
+    object->removeAllProperties();
+    EXPECT_EQ(2, ends);
+    EXPECT_EQ(1, renewal.ends);
+    ASSERT_EQ(1U, object->getNumberOfProperties());
+    EXPECT_EQ(5, object->getProperty(0)->getTag());
+    object->removeAllProperties();
+    EXPECT_EQ(2, renewal.ends);
+    delete object;
+    EXPECT_EQ(5, renewal.ends)
+        << "the one there, the one set meanwhile, and the one that is released at once";
+}
+
+TEST_F(reentrantProperties, removalOfAllLeavesWhatTookTheSameTag) {
+    fxObj object;
+    auto* fresh = new fxProperty(tagOf(2), 7L);
+    int ends = 0;
+    object.setProperty(actingProperty(1, [&] { object.setProperty(fresh); }));
+    object.setProperty(actingProperty(2, [&] { ++ends; }));
+    object.removeAllProperties();
+    EXPECT_EQ(1, ends);
+    ASSERT_EQ(1U, object.getNumberOfProperties());
+    EXPECT_EQ(fresh, object.getProperty(0));
+    EXPECT_EQ(1, fresh->count);
+}
+
+TEST_F(reentrantProperties, removalOfAllLeavesAPropertyThatIsTakenAndSetAgain) {
+    fxObj object;
+    auto* moved = new fxProperty(tagOf(2), 7L);
+    ++moved->count;
+    object.setProperty(actingProperty(1, [&] {
+        object.removeProperty(tagOf(2));
+        object.setProperty(moved);
+    }));
+    object.setProperty(moved);
+    object.removeAllProperties();
+    ASSERT_EQ(1U, object.getNumberOfProperties());
+    EXPECT_EQ(2, moved->count);
+    object.removeAllProperties();
+    EXPECT_EQ(1, moved->count);
+    delete moved;
+}
+
+TEST_F(reentrantProperties, removalOfAllWithinItselfTakesWhatIsThereThen) {
+    fxObj object;
+    std::string ends;
+    object.setProperty(actingProperty(1, [&] {
+        object.setProperty(actingProperty(7, [&] { ends += '7'; }));
+        object.removeAllProperties();
+        object.setProperty(actingProperty(8, [&] { ends += '8'; }));
+    }));
+    object.setProperty(actingProperty(2, [&] { ends += '2'; }));
+    object.removeAllProperties();
+    EXPECT_EQ("27", ends);
+    ASSERT_EQ(1U, object.getNumberOfProperties());
+    EXPECT_EQ(8, object.getProperty(0)->getTag());
+}
+
+TEST_F(reentrantProperties, dyingObjectReleasesAtOnceWhatIsSetInItsLastWalk) {
+    auto* object = new fxObj;
+    std::string ends;
+    unsigned int found = 0;
+    object->setProperty(actingProperty(1, [&] {
+        object->setProperty(actingProperty(2, [&] {
+            object->setProperty(actingProperty(3, [&] { ends += '3'; }));
+            found = object->getNumberOfProperties();
+            ends += '2';
+        }));
+        ends += '1';
+    }));
+    delete object;
+    EXPECT_EQ("132", ends);
+    EXPECT_EQ(0U, found);
+}
+
+TEST_F(reentrantProperties, dyingObjectLeavesPropertiesThatOthersHoldWhole) {
+    auto* object = new fxObj;
+    fxObj other;
+    int ends = 0;
+    other.setProperty(actingProperty(9, [&] { ++ends; }));
+    fxProperty* shared = other.getProperty(0);
+    object->setProperty(actingProperty(1, [&] {
+        object->setProperty(actingProperty(2, [&] {
+            object->setProperty(actingProperty(3, [&] { object->setProperty(shared); }));
+            object->setProperty(shared);
+        }));
+    }));
+    delete object;
+    EXPECT_EQ(1, shared->count);
+    EXPECT_EQ(0, ends);
+    other.removeAllProperties();
+    EXPECT_EQ(1, ends);
+}
+
+TEST_F(reentrantProperties, dyingObjectsMessageSetsAProperty) {
+    auto* object = new fxObj;
+    int ends = 0;
+    // The message goes when the object has no properties any more.
+    object->setProperty(actingProperty(1, [&] {
+        fx_theEventHandler->postEvent(
+            new fxMessageEvent(
+                new fxInputChannel(fxDT_int, object, nullptr, 0),
+                new SpyData(1, [&] { object->setProperty(actingProperty(7, [&] { ++ends; })); })),
+            0);
+    }));
+    delete object;
+    EXPECT_EQ(1, ends);
+    EXPECT_EQ(0U, queued());
+}
+
+TEST_F(reentrantProperties, dyingObjectTakesNoChannelsInItsLastWalk) {
+    auto* object = new fxObj;
+    const void* first = nullptr;
+    const void* last = this;
+    const void* lastOutput = this;
+    object->setProperty(actingProperty(60000, [&] {
+        first = object->addInput("in", fxDT_int, object, receiver(FlowNode::receiveInt), 0);
+        object->setProperty(actingProperty(60001, [&] {
+            object->removeProperty("inputs");
+            last = object->addInput("in", fxDT_int, object, receiver(FlowNode::receiveInt), 0);
+            lastOutput = object->addOutput("out", fxDT_int);
+        }));
+    }));
+    delete object;
+    EXPECT_NE(nullptr, first);
+    EXPECT_EQ(nullptr, last);
+    EXPECT_EQ(nullptr, lastOutput);
 }

@@ -1,5 +1,8 @@
 #include <malloc.h>
+#include <sys/resource.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -148,3 +151,55 @@ TEST_F(sendingMemory, memoryKeptForLaterIsBounded) {
     fx_theEventHandler->distributeEvents();
     EXPECT_GT(peak / 4, heapInUse() - heap);
 }
+
+#ifndef __SANITIZE_ADDRESS__
+// A sanitizer's allocator needs memory of its own to say that there is none.
+namespace {
+
+void takeAllMemory() {
+    const rlimit none = {0, 0};
+    ::setrlimit(RLIMIT_AS, &none);
+}
+
+// Of which the library makes more and more.
+void sendForEver(fxObj& object, fxOutputChannel& out) {
+    takeAllMemory();
+    for (;;)
+        object.sendInt(&out, 1, fxObj::fxSendQueued);
+}
+
+void sendTextsForEver(fxObj& object, fxOutputChannel& out) {
+    const std::string text(1000, 'x');
+    takeAllMemory();
+    for (;;)
+        object.sendCharPtr(&out, text.c_str(), fxObj::fxSendQueued);
+}
+
+void addInputsForEver(fxObj& object) {
+    takeAllMemory();
+    for (int i = 0;; ++i)
+        object.addInput(std::to_string(i).c_str(), fxDT_int, nullptr, nullptr, 0);
+}
+
+void connectForEver(fxOutputChannel& out, fxInputChannel* in) {
+    takeAllMemory();
+    for (;;)
+        out.add(in);
+}
+
+using sendingMemoryDeathTest = sendingMemory;
+
+}  // namespace
+
+TEST_F(sendingMemoryDeathTest, refusedMemoryEndsTheProcess) {
+    const auto killed = testing::KilledBySignal(SIGABRT);
+    const char message[] = "^out of memory\n$";
+    fxOutputChannel texts(fxDT_CharPtr);
+    fxInputChannel* in = object.addInput("text", fxDT_CharPtr, &calls, receiver(countVoid), 0);
+    texts.add(in);
+    EXPECT_EXIT(sendForEver(object, outs[2]), killed, message);
+    EXPECT_EXIT(sendTextsForEver(object, texts), killed, message);
+    EXPECT_EXIT(addInputsForEver(object), killed, message);
+    EXPECT_EXIT(connectForEver(outs[2], in), killed, message);
+}
+#endif
