@@ -14,6 +14,7 @@ const unsigned int chunk = 65536;  // bytes read at a time: what a pipe holds
 
 LineReader::LineReader(int descriptor)
     : fxSelectHandler(descriptor, 1, 0, 0),
+      bytesRead(addOutput("bytes", fxDT_int)),
       line(addOutput("line", fxDT_CharPtr)),
       done(addOutput("done", fxDT_void)) {
     fx_theExecutive->addSelectHandler(this);
@@ -22,10 +23,12 @@ LineReader::LineReader(int descriptor)
 void LineReader::handleRead() {
     char bytes[chunk];
     const ssize_t n = ::read(fd, bytes, sizeof bytes);
-    if (n > 0)
+    if (n > 0) {
+        sendInt(bytesRead, static_cast<int>(n), fxSendNow);
         sendLines(bytes, static_cast<unsigned int>(n));
-    else if (n == 0 || (errno != EINTR && errno != EAGAIN))
+    } else if (n == 0 || (errno != EINTR && errno != EAGAIN)) {
         finish();
+    }
 }
 
 void LineReader::sendLines(const char* bytes, unsigned int n) {

@@ -7,7 +7,8 @@
 
 /// Reads a pipe, a terminal or anything else select() waits for.
 ///
-/// Outputs: "line", each line's text without its newline, sent at once; and
+/// Outputs: "bytes", how many have been read, and "line", each line's text
+/// without its newline, both sent at once; a last line needs no newline. And
 /// "done", no value, sent once there is no more, when the reader has taken
 /// itself out of the executive.
 class LineReader : public fxSelectHandler {
@@ -22,6 +23,7 @@ private:
     void sendLine(const char* bytes, std::size_t n);
     void finish();
 
+    fxOutputChannel* bytesRead;
     fxOutputChannel* line;
     fxOutputChannel* done;
     std::string rest;  // of a line whose end has not come yet

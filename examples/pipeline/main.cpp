@@ -1,5 +1,6 @@
 // pipeline - sends the lines of files, or of standard input, through objects that count them.
 //
+//   LineReader "bytes" ----int----------> "bytes"   LineCounter
 //   LineReader "line" -----text---------> "line"    LineCounter
 //                      \---text to int--> "number"  NumberSum
 //   LineCounter "total" ---int to text--> "lines"   Meter
@@ -145,6 +146,7 @@ void Pipeline::readNext() {
         }
         ++sources;
         reader = std::make_unique<LineReader>(fd);
+        reader->connect("bytes", &counter, "bytes");
         reader->connect("line", &counter, "line");
         reader->connect("line", &sum, "number");
         reader->connect("done", this, "done");

@@ -28,12 +28,16 @@ LineCounter::LineCounter()
       total(addOutput("total", fxDT_int)),
       length(addOutput("length", fxDT_int)),
       longest(-1) {
+    addInput("bytes", fxDT_int, this, receiver(takeBytes), 0);
     addInput("line", fxDT_CharPtr, this, receiver(take), 0);
+}
+
+void LineCounter::takeBytes(LineCounter* self, int n) {
+    self->bytes += static_cast<unsigned int>(n);
 }
 
 void LineCounter::take(LineCounter* self, char* text) {
     const int n = static_cast<int>(std::strlen(text));
-    self->bytes += static_cast<unsigned int>(n) + 1;
     self->sendInt(self->total, static_cast<int>(++self->lines), fxSendQueued);
     if (n <= self->longest)
         return;

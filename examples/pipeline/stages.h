@@ -8,9 +8,9 @@
 
 /// Counts lines and bytes.
 ///
-/// Input: "line", a text. Outputs: "total", the number of lines so far, and
-/// "length", the bytes of a line that is longer than every one before; both
-/// int, queued.
+/// Inputs: "bytes", how many more have been read, and "line", a text. Outputs:
+/// "total", the number of lines so far, and "length", the bytes of a line that
+/// is longer than every one before; both int, queued.
 class LineCounter : public fxObj {
 public:
     LineCounter();
@@ -19,6 +19,7 @@ public:
     std::uint64_t bytes;
 
 private:
+    static void takeBytes(LineCounter* self, int n);
     static void take(LineCounter* self, char* text);
 
     fxOutputChannel* total;
