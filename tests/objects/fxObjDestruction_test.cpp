@@ -268,6 +268,19 @@ TEST_F(fxObjDestruction, inputDictionaryReleasesEveryChannel) {
     EXPECT_EQ("node=3", distribute());
 }
 
+TEST_F(fxObjDestruction, inputsAreFlushedWhileTheyAreConnected) {
+    FlowNode sender(log);
+    FlowNode object(log, "object");
+    sender.connect("out", &object, "in");
+    unsigned int connections = 0;
+    sender.sendData(sender.out,
+                    new SpyData(1, [&] { connections = sender.out->getNumberOfConnections(); }),
+                    fxObj::fxSendQueued);
+    object.removeProperty("inputs");
+    EXPECT_EQ(1U, connections) << "when the value went";
+    EXPECT_EQ(0U, sender.out->getNumberOfConnections());
+}
+
 TEST_F(fxObjDestruction, outputDictionaryDeletesEveryChannel) {
     FlowNode object(log);
     auto* dict = new fxVoidPtrDict;

@@ -271,6 +271,28 @@ TEST_F(sending, messagesHoldTheirConnectionAndTheValue) {
         EXPECT_EQ(2U, node->in->count);
 }
 
+TEST_F(sending, messageReleasesItsConnectionBeforeItsValue) {
+    const struct {
+        const char* what;
+        void (*end)(FlowNode& node);
+    } rows[] = {
+        {"delivered", [](FlowNode&) { fx_theEventHandler->distributeEvents(); }},
+        {"flushed", [](FlowNode& node) { node.in->flush(); }},
+        {"taken", [](FlowNode&) { delete fx_theEventHandler->getQueue().get(); }},
+    };
+    sender.connect("out", &a, "in");
+    const ChannelReference in(a.in);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        unsigned int others = 0;
+        sender.sendData(sender.out, new SpyData(1, [&] { others = in.others(); }),
+                        fxObj::fxSendQueued);
+        EXPECT_EQ(3U, in.others()) << "dictionary, connection, message";
+        row.end(a);
+        EXPECT_EQ(2U, others) << "when the value went";
+    }
+}
+
 TEST_F(sending, valueOfAnotherHolderOutlivesItsMessages) {
     connectAll();
     for (const fxObj::fxSendFlags flags : {fxObj::fxSendQueued, fxObj::fxSendUrgent}) {

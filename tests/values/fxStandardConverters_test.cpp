@@ -1,6 +1,7 @@
 #include <cfloat>
 #include <climits>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -392,6 +393,23 @@ TEST_F(fxStandardConvertersTest, textOfALargeNumberBecomesTheNearestInt) {
     textToInt.gives(textOf(above), INT_MAX);
     textToInt.gives(textOf(below), INT_MIN);
     textToInt.gives(textOf(far), INT_MAX);
+}
+
+// First to double, then to float: what lies just above the middle of two floats
+// is the middle as a double, and that goes to the even one.
+TEST_F(fxStandardConvertersTest, textIsRoundedTwiceOnItsWayToAFloat) {
+    const struct {
+        std::string text;
+        float twice, once;
+    } rows[] = {{"1.00000005960464477539062500000001", 1.0F, 1.00000012F},
+                {"-1.00000005960464477539062500000001", -1.0F, -1.00000012F},
+                {"16777217.000000001", 16777216.0F, 16777218.0F}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        std::string text = row.text;
+        ASSERT_EQ(row.once, std::strtof(text.c_str(), nullptr)) << "the two ways differ";
+        textToFloat.gives(textOf(text), row.twice);
+    }
 }
 
 TEST_F(fxStandardConvertersTest, textOfANumberBecomesAFloat) {
