@@ -125,11 +125,14 @@ void fxTimer::Alarm::takeOut(fxTimer* timer) {
 // The output.
 
 namespace {
-// The names exist once, so that a tick allocates nothing; timers that are
-// static objects may outlive other statics, so they are never freed.
+// The tag of "outputs", which every timer has when it is made: looking it up for
+// each tick would cost more than the tick.
+unsigned short outputsTag = fxProperty::noTag;
+
 fxOutputChannel* presentTickOf(const fxObj& timer) {
+    // A tick allocates nothing, and timers may outlive other static objects.
     static const fxStr& name = *fxNew<fxStr>("tick");
-    const fxProperty* outputs = timer.findProperty("outputs");
+    const fxProperty* outputs = timer.findProperty(outputsTag);
     if (!outputs || outputs->getType() != fxDT_VoidPtr)
         return nullptr;
     const auto* channels = static_cast<const fxVoidPtrDict*>(outputs->getAsVoidPtr());
@@ -142,6 +145,7 @@ fxOutputChannel* presentTickOf(const fxObj& timer) {
 fxTimer::fxTimer(unsigned char repeating)
     : interval(0), delta(0), active(0), repeat(repeating), tickOut(nullptr), next(nullptr) {
     tickOut = addOutput("tick", fxDT_void);
+    outputsTag = fxProperty::findTag("outputs");
 }
 
 fxTimer::~fxTimer() {
