@@ -9,6 +9,7 @@
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
+#include "kelvofxds/objects/fxTickOutputInternal.h"
 #include "kelvofxds/values/fxDataInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
@@ -72,6 +73,8 @@ fxOutputChannel* fxObj::addOutput(const char* name, unsigned short type) {
     void*& entry = channels->findCreate(name);
     auto* old = static_cast<fxOutputChannel*>(entry);
     entry = channel;
+    if (old)
+        fxTickOutput::isGoing(name);
     delete old;
     return channel;
 }
@@ -111,6 +114,7 @@ void fxObj::removeOutput(const char* name) {
     if (!channel)
         return;
     dict->remove(name);
+    fxTickOutput::isGoing(name);
     delete channel;
 }
 
@@ -133,6 +137,8 @@ void dt_output_dict(void* dict) {
     for (fxVoidPtrDictIter iter(channels); iter.getValue(); ++iter) {
         auto* channel = static_cast<fxOutputChannel*>(*iter.value());
         *iter.value() = nullptr;
+        if (channel)
+            fxTickOutput::isGoing(iter.key()->c_str());
         delete channel;
     }
     delete channels;

@@ -1,12 +1,15 @@
 #include "kelvofxds/objects/fxTimer.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <utility>
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
+#include "kelvofxds/objects/fxTickOutputInternal.h"
 #include "kelvofxds/values/fxData.h"
 #include "kelvofxds/values/fxProperty.h"
 
@@ -31,8 +34,12 @@ struct fxTimer::Alarm : public fxInProgress<fxTimer::Alarm> {
 
         fxTimer* takeFirst() {
             fxTimer* timer = first;
-            if (timer)
-                remove(timer);
+            if (!timer)
+                return nullptr;
+            first = timer->next;
+            timer->next = nullptr;
+            if (!first)
+                end = &first;
             return timer;
         }
 
@@ -124,28 +131,30 @@ void fxTimer::Alarm::takeOut(fxTimer* timer) {
 
 // The output.
 
-namespace {
-// The tag of "outputs", which every timer has when it is made: looking it up for
-// each tick would cost more than the tick.
-unsigned short outputsTag = fxProperty::noTag;
+void fxTickOutput::isGoing(const char* itsName) {
+    gone = gone || std::strcmp(itsName, name()) == 0;
+}
 
-fxOutputChannel* presentTickOf(const fxObj& timer) {
-    // A tick allocates nothing, and timers may outlive other static objects.
-    static const fxStr& name = *fxNew<fxStr>("tick");
-    const fxProperty* outputs = timer.findProperty(outputsTag);
+namespace {
+// The pointer to the output without value that is called "tick" in the object's
+// dictionary; null if there is none.
+void** presentTickOf(const fxObj& timer) {
+    const fxProperty* outputs = timer.findProperty("outputs");
     if (!outputs || outputs->getType() != fxDT_VoidPtr)
         return nullptr;
+    // A tick allocates nothing, and timers may outlive other static objects.
+    static const fxStr& name = *fxNew<fxStr>(fxTickOutput::name());
     const auto* channels = static_cast<const fxVoidPtrDict*>(outputs->getAsVoidPtr());
     void** found = channels ? channels->find(name) : nullptr;
-    auto* channel = found ? static_cast<fxOutputChannel*>(*found) : nullptr;
-    return channel && channel->getType() == fxDT_void ? channel : nullptr;
+    if (!found || !*found || static_cast<fxOutputChannel*>(*found)->getType() != fxDT_void)
+        return nullptr;
+    return found;
 }
 }  // namespace
 
 fxTimer::fxTimer(unsigned char repeating)
     : interval(0), delta(0), active(0), repeat(repeating), tickOut(nullptr), next(nullptr) {
-    tickOut = addOutput("tick", fxDT_void);
-    outputsTag = fxProperty::findTag("outputs");
+    tickOut = addOutput(fxTickOutput::name(), fxDT_void);
 }
 
 fxTimer::~fxTimer() {
@@ -154,10 +163,16 @@ fxTimer::~fxTimer() {
             alarm.ticking = nullptr;
     });
     takeOut();
+    // The output ends here, so that what is left to the base is no timer's.
+    if (void** channel = presentTickOf(*this))
+        delete static_cast<fxOutputChannel*>(std::exchange(*channel, nullptr));
 }
 
 void fxTimer::tick() {
-    tickOut = presentTickOf(*this);
+    if (fxTickOutput::anyHasGone()) {
+        void** channel = presentTickOf(*this);
+        tickOut = channel ? static_cast<fxOutputChannel*>(*channel) : nullptr;
+    }
     if (tickOut)
         sendVoid(tickOut, fxSendQueued);
 }
@@ -165,6 +180,16 @@ void fxTimer::tick() {
 // Starting and stopping.
 
 void fxTimer::startTimer() {
+    if (Alarm::inProgress()) {
+        startInAnAlarm();
+        return;
+    }
+    if (active)
+        removeFromActiveList();
+    addToActiveList();
+}
+
+void fxTimer::startInAnAlarm() {
     const bool hasTicked = Alarm::hasTicked(this);
     takeOut();
     if (!hasTicked) {
@@ -183,6 +208,10 @@ void fxTimer::startTimer() {
 void fxTimer::stopTimer() {
     if (!active)
         return;
+    if (!Alarm::inProgress()) {
+        removeFromActiveList();
+        return;
+    }
     const bool hasTicked = Alarm::hasTicked(this);
     takeOut();
     if (hasTicked)

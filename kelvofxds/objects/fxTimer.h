@@ -54,6 +54,7 @@ private:
     struct Alarm;
 
     static void startThoseWaiting();
+    void startInAnAlarm();
     void takeOut();
     void addToActiveList();
     void removeFromActiveList();
