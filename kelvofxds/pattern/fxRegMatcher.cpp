@@ -132,12 +132,12 @@ bool fxRegMatcher::passes(const char* node) {
         case OP_EXACT: {
             const char* run = fxRegOperand(node);
             const char* at = reginput;
-            if (*run != *at)
-                return false;
             for (; *run == *at && *run != '\0'; ++run)
                 ++at;
+            // Without a byte it is the NUL that has to be there.
+            const bool isThere = *run == '\0' && (at != reginput || *at == '\0');
             reginput = at;
-            return *run == '\0';
+            return isThere;
         }
         case OP_WORDSTART:
             return isWordByte(*reginput) && (reginput == regbol || !isWordByte(reginput[-1]));

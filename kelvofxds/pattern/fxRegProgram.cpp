@@ -29,21 +29,41 @@ Kind kindOf(const char* node) {
     return op < knownOps ? kinds[op] : unknown;
 }
 
-// Walks the nodes of a program once, and those of its loops once more for each.
+// A program that passed, byte for byte: a block has no place to say so in, and
+// may be damaged from one search to the next.
+struct Passed {
+    unsigned int length;  // of `bytes`; 0 for none
+    char bytes[248];
+};
+
+// Per thread, since searches of different programs have nothing to do with each
+// other.
+const unsigned int mostPassed = 4;
+thread_local Passed passedLast[mostPassed];
+
+// Walks the nodes of a program once, and those of its loops once more for each,
+// unless it is one of those.
 class ProgramCheck {
 public:
     explicit ProgramCheck(const fxregexp& block)
         : prog(block),
           program(block.program),
           size(sizeOf(block)),
+          length(0),
           last(1),
           firstHead(sizeLimit),
           lastBack(0),
           cleared(0) {}
 
     bool passes() {
-        return walk() && everyTargetIsNode() && (lastBack == 0 || everyLoopConsumes()) &&
-               hintsAreInside();
+        Passed& known = passedLast[reinterpret_cast<std::uintptr_t>(&prog) / 64 % mostPassed];
+        if (!isSameAs(known)) {
+            if (!walk() || !everyTargetIsNode() || (lastBack != 0 && !everyLoopConsumes()))
+                return false;
+            length = last + fxRegNodeSize < size ? last + fxRegNodeSize : size;
+            rememberIn(known);
+        }
+        return hintsAreInside();
     }
 
 private:
@@ -78,11 +98,14 @@ private:
     bool isSettledAt(const char* next) const {
         return !next || next > program + lastBack || marks[next - program] & settled;
     }
+    bool isSameAs(const Passed& known);
+    void rememberIn(Passed& known) const;
     bool hintsAreInside() const;
 
     const fxregexp& prog;
     const char* program;
     unsigned int size;       // bytes of the program, or more where that cannot be told
+    unsigned int length;     // bytes up to the end, once that is known
     unsigned int last;       // the last target
     unsigned int firstHead;  // the first target of an OP_BACK
     unsigned int lastBack;   // the last OP_BACK, or 0
@@ -208,8 +231,23 @@ bool ProgramCheck::isSettled(const char* at) const {
     }
 }
 
+bool ProgramCheck::isSameAs(const Passed& known) {
+    if (known.length == 0 || known.length > size ||
+        std::memcmp(known.bytes, program, known.length) != 0)
+        return false;
+    length = known.length;
+    return true;
+}
+
+// What passed may depend on bytes behind the last target if that is not the end.
+void ProgramCheck::rememberIn(Passed& known) const {
+    if (length > sizeof known.bytes || fxRegOp(program + last) != OP_END)
+        return;
+    known.length = length;
+    std::memcpy(known.bytes, program, length);
+}
+
 bool ProgramCheck::hintsAreInside() const {
-    const std::size_t length = last + fxRegNodeSize < size ? last + fxRegNodeSize : size;
     if (prog.startchar && !std::memchr(program + 1, prog.startchar, length - 1))
         return false;
     if (!prog.must)

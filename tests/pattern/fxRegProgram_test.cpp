@@ -189,6 +189,24 @@ TEST(fxRegProgram, loopsThatConsumeRunHoweverTheyAreNested) {
     EXPECT_EQ(Messages(), takeRegErrors());
 }
 
+// Whatever it was, and whatever has been run in between.
+TEST(fxRegProgram, aProgramIsLookedAtAgainBeforeEverySearch) {
+    std::vector<Compiled> others;
+    for (const char* pattern : patterns)
+        others.push_back(compiled(pattern));
+    const Compiled program = compiled("(.)*x");
+    const unsigned int at = nodeWith(*program, OP_ANY);
+    for (unsigned int round = 0; round < 20; ++round) {
+        EXPECT_EQ(1, fxregexec(program.get(), "aax"));
+        EXPECT_EQ(1, fxregexec(compiled("(.)*x").get(), "aax"));
+        program->program[at] = OP_NOTHING;
+        expectRefused(*program, "aax");
+        expectRefused(*program, "aax");
+        program->program[at] = OP_ANY;
+        expectSane(*others[round % others.size()], "abc");
+    }
+}
+
 TEST(fxRegProgram, aTextThatMustBeThereMustBeInTheProgram) {
     const Compiled program = compiled("a*bcd");
     ASSERT_STREQ("bcd", program->must);
