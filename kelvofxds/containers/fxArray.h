@@ -153,7 +153,6 @@ protected:
 
 private:
     class CapacityChange;
-    class Gap;
 
     unsigned int bytesOf(unsigned int n) const;
     void bringBlock();
