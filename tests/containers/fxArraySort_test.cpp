@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/containers/fxArray.h"
+#include "tests/support/heapCalls.h"
 #include "tests/support/testArrays.h"
 
 // The expected results were worked out by hand from the algorithm. In the
@@ -219,6 +220,25 @@ TEST(fxArraySort, elementSizeDoesNotMatter) {
             array.qsort();
             EXPECT_EQ(c.after, array.digits());
         }
+    }
+}
+
+TEST(fxArraySort, theTemporaryIsOnTheStackUpTo32Bytes) {
+    if (!heapCallsAreCounted())
+        GTEST_SKIP() << "the calls of malloc are not counted in this build";
+    const struct {
+        unsigned short size;
+        unsigned long blocks;
+    } cases[] = {{1, 0}, {31, 0}, {32, 0}, {33, 1}, {2000, 1}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.size);
+        DigitArray array(c.size, "1");
+        array.comparisons.reserve(10);
+        const HeapCalls before = heapCalls();
+        array.qsort();
+        const HeapCalls after = heapCalls();
+        EXPECT_EQ(c.blocks, after.allocations - before.allocations);
+        EXPECT_EQ(c.blocks, after.releases - before.releases);
     }
 }
 
