@@ -99,6 +99,30 @@ void fxMakeBuckets(const char* owner, Buckets& buckets, unsigned int numBuckets)
     fxFatal("%s: no buckets", className);
 }
 
+/// Where a key is, or would be.
+template <class Bucket>
+struct fxPlace {
+    unsigned int bucketIndex;
+    Bucket** link;  ///< The pointer to the key's entry; null if it has none.
+};
+
+/// Looks a key up by the container's own operations. Without buckets, as read
+/// from a stream, there is nothing to find.
+template <class Bucket, class Container, class Buckets>
+[[gnu::always_inline]] inline fxPlace<Bucket> fxLookUp(const Container& c, const Buckets& buckets,
+                                                       const void* key) {
+    const unsigned int n = buckets.getLen() / static_cast<unsigned int>(sizeof(void*));
+    if (n == 0)
+        return {0, nullptr};
+    const unsigned int index = c.hashKey(key) % n;
+    auto* heads = static_cast<Bucket**>(const_cast<void*>(buckets.at(0)));
+    for (Bucket** link = heads + index; *link; link = &(*link)->next) {
+        if (c.compareKeys(key, fxBlockOf(*link)) == 0)
+            return {index, link};
+    }
+    return {index, nullptr};
+}
+
 /// A pointer to an entry that an operation holds while the host's code runs.
 /// When that code removes the entry, the pointer moves on to the next one, or
 /// becomes null. Those that are held make a stack, innermost first, which
@@ -118,13 +142,18 @@ public:
 
     /// Tells all pointers that `b` has been taken out of its chain.
     static void leave(const Bucket* b) {
+        if (innermost)
+            leaveAll(b);
+    }
+
+private:
+    [[gnu::cold]] static void leaveAll(const Bucket* b) {
         for (fxHeldEntry* h = innermost; h; h = h->outer) {
             if (h->held == b)
                 h->held = h->onRemoval == movesOn ? b->next : nullptr;
         }
     }
 
-private:
     static inline fxHeldEntry* innermost = nullptr;
 
     Bucket*& held;
@@ -138,6 +167,16 @@ Bucket* fxUnlink(Bucket** link) {
     Bucket* b = *link;
     *link = b->next;
     fxHeldEntry<Bucket>::leave(b);
+    return b;
+}
+
+/// Puts an entry in front of the chain at `head`. Null, and nothing changes,
+/// where there is no memory for it.
+template <class Bucket>
+Bucket* fxPushEntry(Bucket*& head, void* block) {
+    auto* b = fxTryNew<Bucket>(Bucket{block, head});
+    if (b)
+        head = b;
     return b;
 }
 

@@ -10,6 +10,9 @@
 #include "kelvofxds/containers/fxChainsInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
+// The block of an entry starts with its key.
+static inline void* fxBlockOf(const fxDictBucket* b) { return b->kvmem; }
+
 // The two tables.
 
 // Their elements are pointers.
@@ -34,6 +37,7 @@ bool fxDictBuckets::makeEmptyBuckets(unsigned int n) {
 namespace {
 const char owner[] = "fxDictionary";
 using HeldEntry = fxHeldEntry<fxDictBucket>;
+using Place = fxPlace<fxDictBucket>;
 }  // namespace
 
 fxDictionary::fxDictionary(unsigned int keyBytes, unsigned int valueBytes, unsigned int numBuckets)
@@ -61,11 +65,171 @@ void fxDictionary::operator=(const fxDictionary& other) {
         other.buckets, [this](const fxDictBucket* b) { addInternal(b->kvmem, valueOf(b)); });
 }
 
+// The operations on keys and values that have a default.
+
+unsigned int fxDictionary::hashKey(const void* key) const { return fxHashWords(key, keySize); }
+
+void fxDictionary::destroyKey(void*) const {}
+
+void fxDictionary::destroyValue(void*) const {}
+
+// Looking up.
+
+void* fxDictionary::find(const void* key, void** bucketOut) const {
+    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
+    fxDictBucket* b = place.link ? *place.link : nullptr;
+    if (bucketOut)
+        *bucketOut = b;
+    return b ? valueOf(b) : nullptr;
+}
+
+// Adding.
+
+namespace {
+// The block of a new entry, with a copy of `key` and what `makeValue` makes.
+template <class MakeValue>
+[[gnu::always_inline]] inline void* makeBlock(const fxDictionary& d, const void* key,
+                                              unsigned int keySize, unsigned int valueSize,
+                                              MakeValue makeValue) {
+    void* block = fxAllocate(fxSum(owner, keySize, valueSize));
+    bool hasKey = false;
+    try {
+        d.copyKey(key, block);
+        hasKey = true;
+        makeValue(static_cast<char*>(block) + keySize);
+    } catch (...) {
+        if (hasKey)
+            d.destroyKey(block);
+        std::free(block);
+        throw;
+    }
+    return block;
+}
+
+// Puts the block's entry in front of its bucket. It is counted once it is there.
+[[gnu::always_inline]] inline fxDictBucket* addEntry(fxDictBucket*& head, void* block,
+                                                     unsigned int& numItems) {
+    fxDictBucket* b = fxPushEntry(head, block);
+    if (!b)
+        fxOutOfMemory();
+    ++numItems;
+    return b;
+}
+}  // namespace
+
+fxDictBucket* fxDictionary::addInternal(const void* key, const void* value) {
+    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
+    if (!place.link) {
+        if (bucketCount() == 0)
+            fxNoBuckets(className());
+        void* block = makeBlock(*this, key, keySize, valueSize,
+                                [this, value](void* at) { copyValue(value, at); });
+        return addEntry(buckets[place.bucketIndex], block, numItems);
+    }
+    fxDictBucket* b = *place.link;
+    if (value == valueOf(b))
+        return b;  // the entry's own value
+    const void* block = b->kvmem;
+    const HeldEntry held(b, HeldEntry::drops);
+    destroyValue(valueOf(b));
+    if (!b)
+        return addAgain(key, value, block);
+    try {
+        copyValue(value, valueOf(b));
+    } catch (...) {
+        if (b)
+            removeEntry(b, place.bucketIndex);
+        throw;
+    }
+    return b;
+}
+
+// The end of the old value has removed the entry, whose block was `gone`.
+fxDictBucket* fxDictionary::addAgain(const void* key, const void* value, const void* gone) {
+    const unsigned int size = keySize + valueSize;
+    if (fxPointsInto(key, gone, size) || fxPointsInto(value, gone, size))
+        return nullptr;
+    return fxDictionary::addInternal(key, value);
+}
+
+void* fxDictionary::findCreate(const void* key) {
+    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
+    if (place.link)
+        return valueOf(*place.link);
+    if (bucketCount() == 0)
+        fxNoBuckets(className());
+    void* block = makeBlock(*this, key, keySize, valueSize, [this](void* at) { createValue(at); });
+    return valueOf(addEntry(buckets[place.bucketIndex], block, numItems));
+}
+
+// Removing.
+
+namespace {
+// Ends the key of an entry that has been unlinked. That may remove the entry
+// that followed it, to which its iterators are still to move.
+[[gnu::always_inline]] inline void endKey(const fxDictionary& d, fxDictBucket* b) {
+    const HeldEntry held(b->next, HeldEntry::movesOn);
+    d.destroyKey(b->kvmem);
+}
+
+// The same, and then its value.
+[[gnu::always_inline]] inline void endKeyAndValue(const fxDictionary& d, fxDictBucket* b,
+                                                  void* value) {
+    const HeldEntry held(b->next, HeldEntry::movesOn);
+    d.destroyKey(b->kvmem);
+    d.destroyValue(value);
+}
+}  // namespace
+
+// Removes an entry whose value is gone.
+void fxDictionary::removeEntry(fxDictBucket* b, unsigned int bucketIndex) {
+    fxDictBucket** link = &buckets[bucketIndex];
+    while (*link != b)
+        link = &(*link)->next;
+    fxUnlink(link);
+    endKey(*this, b);
+    invalidateIters(b);
+    release(b);
+    --numItems;
+}
+
+void fxDictionary::release(fxDictBucket* b) {
+    std::free(b->kvmem);
+    delete b;
+}
+
+void fxDictionary::remove(const void* key) {
+    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
+    if (!place.link)
+        return;
+    fxDictBucket* b = fxUnlink(place.link);
+    endKeyAndValue(*this, b, valueOf(b));
+    invalidateIters(b);
+    release(b);
+    --numItems;
+}
+
+void* fxDictionary::cut(const void* key) {
+    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
+    if (!place.link)
+        return nullptr;
+    fxDictBucket* b = fxUnlink(place.link);
+    void* value = fxAllocate(valueSize);
+    std::memcpy(value, valueOf(b), valueSize);
+    endKey(*this, b);
+    invalidateIters(b);
+    release(b);
+    --numItems;
+    return value;
+}
+
+// Cleaning up.
+
 void fxDictionary::cleanup() {
     for (unsigned int i = 0; i < bucketCount(); ++i) {
         while (buckets[i]) {
             fxDictBucket* b = fxUnlink(&buckets[i]);
-            endEntry(b, true);
+            endKeyAndValue(*this, b, valueOf(b));
             parkIters(b);
             release(b);
         }
@@ -93,183 +257,6 @@ void fxDictionary::parkIters(const fxDictBucket* b) const {
     });
 }
 
-// The operations on keys and values that have a default.
-
-unsigned int fxDictionary::hashKey(const void* key) const { return fxHashWords(key, keySize); }
-
-void fxDictionary::destroyKey(void*) const {}
-
-void fxDictionary::destroyValue(void*) const {}
-
-// Looking up.
-
-// Where a key is, or would be.
-struct fxDictionary::Place {
-    unsigned int bucketIndex;
-    fxDictBucket** link;  // the pointer to the key's entry; null if it has none
-};
-
-fxDictionary::Place fxDictionary::lookUp(const void* key) const {
-    const unsigned int n = bucketCount();
-    if (n == 0)
-        return {0, nullptr};  // as read from a stream; there is nothing to find
-    const unsigned int index = hashKey(key) % n;
-    auto* heads = static_cast<fxDictBucket**>(const_cast<void*>(buckets.at(0)));
-    for (fxDictBucket** link = heads + index; *link; link = &(*link)->next) {
-        if (compareKeys(key, (*link)->kvmem) == 0)
-            return {index, link};
-    }
-    return {index, nullptr};
-}
-
-fxDictionary::Place fxDictionary::lookUpToAdd(const void* key) const {
-    if (bucketCount() == 0)
-        fxNoBuckets(className());
-    return lookUp(key);
-}
-
-void* fxDictionary::find(const void* key, void** bucketOut) const {
-    const Place place = lookUp(key);
-    fxDictBucket* b = place.link ? *place.link : nullptr;
-    if (bucketOut)
-        *bucketOut = b;
-    return b ? valueOf(b) : nullptr;
-}
-
-// Adding.
-
-fxDictBucket* fxDictionary::pushEntry(unsigned int bucketIndex, void* kvmem) {
-    auto* b = fxTryNew<fxDictBucket>();
-    if (!b)
-        return nullptr;
-    fxDictBucket*& head = buckets[bucketIndex];
-    b->kvmem = kvmem;
-    b->next = head;
-    head = b;
-    return b;
-}
-
-// A new entry with a copy of `key` and one of `*value`; without a `value`, with
-// a default one. It is counted once it is there.
-fxDictBucket* fxDictionary::addEntry(unsigned int bucketIndex, const void* key,
-                                     const void* const* value) {
-    void* block = fxAllocate(fxSum(owner, keySize, valueSize));
-    void* valueAt = static_cast<char*>(block) + keySize;
-    bool hasKey = false;
-    try {
-        copyKey(key, block);
-        hasKey = true;
-        if (value)
-            copyValue(*value, valueAt);
-        else
-            createValue(valueAt);
-    } catch (...) {
-        if (hasKey)
-            destroyKey(block);
-        std::free(block);
-        throw;
-    }
-    fxDictBucket* b = pushEntry(bucketIndex, block);
-    if (!b)
-        fxOutOfMemory();
-    ++numItems;
-    return b;
-}
-
-fxDictBucket* fxDictionary::addInternal(const void* key, const void* value) {
-    const Place place = lookUpToAdd(key);
-    if (!place.link)
-        return addEntry(place.bucketIndex, key, &value);
-    fxDictBucket* b = *place.link;
-    if (value == valueOf(b))
-        return b;  // the entry's own value
-    return replaceValue(b, place.bucketIndex, key, value);
-}
-
-// The end of the old value may remove the entry.
-fxDictBucket* fxDictionary::replaceValue(fxDictBucket* b, unsigned int bucketIndex, const void* key,
-                                         const void* value) {
-    const void* block = b->kvmem;
-    const unsigned int size = keySize + valueSize;
-    const HeldEntry held(b, HeldEntry::drops);
-    destroyValue(valueOf(b));
-    if (!b) {
-        const bool areGone = fxPointsInto(key, block, size) || fxPointsInto(value, block, size);
-        return areGone ? nullptr : fxDictionary::addInternal(key, value);
-    }
-    try {
-        copyValue(value, valueOf(b));
-    } catch (...) {
-        if (b)
-            removeEntry(b, bucketIndex);
-        throw;
-    }
-    return b;
-}
-
-void* fxDictionary::findCreate(const void* key) {
-    const Place place = lookUpToAdd(key);
-    return valueOf(place.link ? *place.link : addEntry(place.bucketIndex, key, nullptr));
-}
-
-// Removing.
-
-// Takes the entry of `key` out of its chain; null when there is none.
-fxDictBucket* fxDictionary::unlink(const void* key) {
-    const Place place = lookUp(key);
-    return place.link ? fxUnlink(place.link) : nullptr;
-}
-
-// Ends the key of an entry that has been unlinked, and its value. That may
-// remove the entry that followed it, to which its iterators are still to move.
-void fxDictionary::endEntry(fxDictBucket* b, bool withValue) {
-    void* value = valueOf(b);
-    const HeldEntry held(b->next, HeldEntry::movesOn);
-    destroyKey(b->kvmem);
-    if (withValue)
-        destroyValue(value);
-}
-
-// Removes an entry whose value is gone.
-void fxDictionary::removeEntry(fxDictBucket* b, unsigned int bucketIndex) {
-    fxDictBucket** link = &buckets[bucketIndex];
-    while (*link != b)
-        link = &(*link)->next;
-    fxUnlink(link);
-    endEntry(b, false);
-    invalidateIters(b);
-    release(b);
-    --numItems;
-}
-
-void fxDictionary::release(fxDictBucket* b) {
-    std::free(b->kvmem);
-    delete b;
-}
-
-void fxDictionary::remove(const void* key) {
-    fxDictBucket* b = unlink(key);
-    if (!b)
-        return;
-    endEntry(b, true);
-    invalidateIters(b);
-    release(b);
-    --numItems;
-}
-
-void* fxDictionary::cut(const void* key) {
-    fxDictBucket* b = unlink(key);
-    if (!b)
-        return nullptr;
-    void* value = fxAllocate(valueSize);
-    std::memcpy(value, valueOf(b), valueSize);
-    endEntry(b, false);
-    invalidateIters(b);
-    release(b);
-    --numItems;
-    return value;
-}
-
 // Iterators.
 
 void fxDictionary::addIter(fxDictIter* iter) { fxRegisterIter(iters, iter); }
@@ -277,6 +264,8 @@ void fxDictionary::addIter(fxDictIter* iter) { fxRegisterIter(iters, iter); }
 void fxDictionary::removeIter(fxDictIter* iter) { fxDeregisterIter(iters, iter); }
 
 void fxDictionary::invalidateIters(const fxDictBucket* b) const {
+    if (iters.getLen() == 0)
+        return;
     fxVisitIters(iters, [b](fxDictIter& iter) {
         if (iter.bucket != b || !iter.dict || (iter.flags & fxDictIter::parked))
             return;

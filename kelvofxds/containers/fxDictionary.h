@@ -153,9 +153,6 @@ protected:
     /// the entries together over a megabyte larger (32 bytes a key or value not
     /// counted).
     unsigned char doxdrOfSizes(fxTranscriber& t, unsigned int keyBytes, unsigned int valueBytes);
-    /// Puts an entry whose block is `kvmem` at the front of a bucket, without
-    /// counting it. Null where there is no memory for it.
-    fxDictBucket* pushEntry(unsigned int bucketIndex, void* kvmem);
     /// Frees an entry that has been unlinked, and its block.
     void release(fxDictBucket* b);
 
@@ -166,15 +163,8 @@ protected:
     fxDictIters iters;       // registered iterators; null where one was detached
 
 private:
-    struct Place;
-    Place lookUp(const void* key) const;
-    Place lookUpToAdd(const void* key) const;
-    fxDictBucket* addEntry(unsigned int bucketIndex, const void* key, const void* const* value);
-    fxDictBucket* replaceValue(fxDictBucket* b, unsigned int bucketIndex, const void* key,
-                               const void* value);
+    fxDictBucket* addAgain(const void* key, const void* value, const void* gone);
     void removeEntry(fxDictBucket* b, unsigned int bucketIndex);
-    fxDictBucket* unlink(const void* key);
-    void endEntry(fxDictBucket* b, bool withValue);
     void parkIters(const fxDictBucket* b) const;
 
     struct Reading;

@@ -75,7 +75,7 @@ unsigned char fxDictionary::readEntries(Reading& reading) {
         unsigned int index = 0;
         if ((!block && size != 0) || !xdrKey(t, block) ||
             !xdrValue(t, static_cast<char*>(block) + keySize) || !t.xdr(&index, 1) ||
-            index >= bucketCount() || !pushEntry(index, block))
+            index >= bucketCount() || !fxPushEntry(buckets[index], block))
             return 0;
     }
     return 1;

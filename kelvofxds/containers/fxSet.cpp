@@ -10,6 +10,9 @@
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
+// The block of an entry is its key.
+static inline void* fxBlockOf(const fxSetBucket* b) { return b->key; }
+
 // The two tables.
 
 // Their elements are pointers.
@@ -33,6 +36,7 @@ bool fxSetBuckets::makeEmptyBuckets(unsigned int n) {
 
 namespace {
 using HeldEntry = fxHeldEntry<fxSetBucket>;
+using Place = fxPlace<fxSetBucket>;
 }  // namespace
 
 fxSet::fxSet(unsigned int keyBytes, unsigned int numBuckets) : numItems(0), keySize(keyBytes) {
@@ -119,50 +123,23 @@ void fxSet::destroyKey(void*) const {}
 
 // Looking up.
 
-// Requires: there are buckets.
-unsigned int fxSet::bucketOf(const void* key) const { return hashKey(key) % bucketCount(); }
-
-// The pointer to the entry of `key` in that bucket's chain; null if it has none.
-fxSetBucket** fxSet::lookUp(const void* key, unsigned int bucketIndex) const {
-    auto* heads = static_cast<fxSetBucket**>(const_cast<void*>(buckets.at(0)));
-    for (fxSetBucket** link = heads + bucketIndex; *link; link = &(*link)->next) {
-        if (compareKeys(key, (*link)->key) == 0)
-            return link;
-    }
-    return nullptr;
-}
-
 void* fxSet::find(const void* key) const {
-    if (bucketCount() == 0)
-        return nullptr;  // as read from a stream; there is nothing to find
-    fxSetBucket** link = lookUp(key, bucketOf(key));
-    return link ? (*link)->key : nullptr;
+    const Place place = fxLookUp<fxSetBucket>(*this, buckets, key);
+    return place.link ? (*place.link)->key : nullptr;
 }
 
 unsigned char fxSet::contains(const void* key) const {
-    return bucketCount() != 0 && lookUp(key, bucketOf(key));
+    return fxLookUp<fxSetBucket>(*this, buckets, key).link != nullptr;
 }
 
 // Adding and removing.
 
-// An entry that is not counted; null where there is no memory for it.
-fxSetBucket* fxSet::pushEntry(unsigned int bucketIndex, void* key) {
-    auto* b = fxTryNew<fxSetBucket>();
-    if (!b)
-        return nullptr;
-    fxSetBucket*& head = buckets[bucketIndex];
-    b->key = key;
-    b->next = head;
-    head = b;
-    return b;
-}
-
 fxSetBucket* fxSet::add(const void* key) {
+    const Place place = fxLookUp<fxSetBucket>(*this, buckets, key);
+    if (place.link)
+        return nullptr;
     if (bucketCount() == 0)
         fxNoBuckets(className());
-    const unsigned int bucketIndex = bucketOf(key);
-    if (lookUp(key, bucketIndex))
-        return nullptr;
     void* block = fxAllocate(keySize);
     try {
         copyKey(key, block);
@@ -170,7 +147,7 @@ fxSetBucket* fxSet::add(const void* key) {
         std::free(block);
         throw;
     }
-    fxSetBucket* b = pushEntry(bucketIndex, block);
+    fxSetBucket* b = fxPushEntry(buckets[place.bucketIndex], block);
     if (!b)
         fxOutOfMemory();
     ++numItems;
@@ -192,10 +169,9 @@ void fxSet::end(fxSetBucket* b) {
 }
 
 void fxSet::remove(const void* key) {
-    if (bucketCount() == 0)
-        return;
-    if (fxSetBucket** link = lookUp(key, bucketOf(key)))
-        end(fxUnlink(link));
+    const Place place = fxLookUp<fxSetBucket>(*this, buckets, key);
+    if (place.link)
+        end(fxUnlink(place.link));
 }
 
 // Set algebra. The host's code may change both sets meanwhile.
@@ -264,6 +240,8 @@ void fxSet::addIter(fxSetIter* iter) { fxRegisterIter(iters, iter); }
 void fxSet::removeIter(fxSetIter* iter) { fxDeregisterIter(iters, iter); }
 
 void fxSet::invalidateIters(const fxSetBucket* b) const {
+    if (iters.getLen() == 0)
+        return;
     fxVisitIters(iters, [b](fxSetIter& iter) { iter.leave(b); });
 }
 

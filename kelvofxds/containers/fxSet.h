@@ -163,10 +163,7 @@ protected:
     fxSetIters iters;       // registered iterators; null where one was detached
 
 private:
-    unsigned int bucketOf(const void* key) const;
-    fxSetBucket** lookUp(const void* key, unsigned int bucketIndex) const;
     void copyKeys(const fxSet& other) const;
-    fxSetBucket* pushEntry(unsigned int bucketIndex, void* key);
     void end(fxSetBucket* b);
     void detachIters();
 

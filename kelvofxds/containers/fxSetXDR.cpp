@@ -65,7 +65,7 @@ unsigned char fxSet::readEntries(Reading& reading) {
         void* block = std::malloc(keySize);
         unsigned int index = 0;
         if ((!block && keySize != 0) || !xdrKey(t, block) || !t.xdr(&index, 1) ||
-            index >= bucketCount() || !pushEntry(index, block))
+            index >= bucketCount() || !fxPushEntry(buckets[index], block))
             return 0;
     }
     return 1;
