@@ -63,6 +63,7 @@ TEST(fxDictIter, cutEndsTheKeyBeforeIteratorsMove) {
     const int seven = 7;
     const int* k = &seven;
     void* cut = d.cut(&k);
+    d.onDestroyKey = nullptr;
     EXPECT_FALSE(linked);
     EXPECT_EQ(block, key);
     EXPECT_NE(nullptr, value);
