@@ -84,7 +84,7 @@ void fxExec::prepareWait(Wait& wait, float timeout) {
         timeout = 0;
     } else if (fxTimer::activeTimers && timeout > wait.firstDelta) {
         // Where it lies in the past nothing is waited for, and the clock says
-        // how much time went by: none.
+        // how much time went by.
         timeout = wait.firstDelta;
         wait.untilTimer = wait.firstDelta >= 0;
     }
