@@ -2,7 +2,6 @@
 
 #include <cxxabi.h>
 
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 

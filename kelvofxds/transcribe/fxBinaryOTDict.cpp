@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kelvofxds/containers/fxChainsInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
@@ -51,7 +52,7 @@ void fxBinaryOTDict::addNew(unsigned int key, unsigned int value) {
     char* block = static_cast<char*>(fxAllocate(wordSize + wordSize));
     std::memcpy(block, &key, wordSize);
     std::memcpy(block + wordSize, &value, wordSize);
-    if (!pushEntry(hashOf(key) % bucketCount(), block))
+    if (!fxPushEntry(buckets[hashOf(key) % bucketCount()], block))
         fxOutOfMemory();
     ++numItems;
 }
