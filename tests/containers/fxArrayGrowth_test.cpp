@@ -402,6 +402,24 @@ TEST(fxArrayGrowth, spareBytesThatASubclassPreparesStay) {
     }
 }
 
+TEST(fxArrayGrowth, newSpareBytesAreZeroWhenAnotherArrayGrowsMeanwhile) {
+    class Array : public fxArray {
+    public:
+        Array() : fxArray(4, 0) {}
+        const char* className() const override { return "Array"; }
+        void getmem() override {
+            TracingArray other(4, 0);
+            other.setMaxLength(3);
+            std::memset(other.data, 7, 12);
+            fxArray::getmem();
+        }
+    } array;
+    // What a block held before is there again when it is new.
+    std::free(std::memset(std::malloc(400), 7, 400));
+    array.setMaxLength(100);
+    EXPECT_TRUE(spareIsZero(array));
+}
+
 TEST(fxArrayGrowth, bytesOfRemovedElementsStayInTheSpareCapacity) {
     TracingArray array(4, 0);
     appendInts(array, {1, 2, 3, 4});
