@@ -126,6 +126,22 @@ inline std::uint32_t getLittle(const char* at, unsigned int n) {
     return value;
 }
 
+// The same for a word, spelt out: compilers make one access of it.
+
+inline char* putWord(char* at, std::uint32_t value) {
+    at[0] = static_cast<char>(value);
+    at[1] = static_cast<char>(value >> 8);
+    at[2] = static_cast<char>(value >> 16);
+    at[3] = static_cast<char>(value >> 24);
+    return at + wordBytes;
+}
+
+inline std::uint32_t getWord(const char* at) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(at);
+    return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
+           static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
+}
+
 /// The bytes of a record up to its words, being put together.
 class Head {
 public:
@@ -136,7 +152,7 @@ public:
     }
 
     /// At most mostWords of them.
-    void addWord(std::uint32_t value) { end = putLittle(end, value, wordBytes); }
+    void addWord(std::uint32_t value) { end = putWord(end, value); }
 
     const char* data() const { return bytes; }
     unsigned int size() const { return static_cast<unsigned int>(end - bytes); }

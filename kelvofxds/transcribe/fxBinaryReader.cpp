@@ -149,8 +149,7 @@ unsigned char fxBinaryReader::readArguments() {
     unsigned int* const arguments[] = {&ignored, &arg1, &arg2, &arg3, &arg4};
     for (unsigned int i = 0; i < n; ++i) {
         const unsigned int place = static_cast<unsigned int>(record->words[i]);
-        *arguments[place] = fxBinaryFormat::getLittle(bytes + i * fxBinaryFormat::wordBytes,
-                                                      fxBinaryFormat::wordBytes);
+        *arguments[place] = fxBinaryFormat::getWord(bytes + i * fxBinaryFormat::wordBytes);
     }
     return !record->hasText || readType();
 }

@@ -124,7 +124,7 @@ private:
     unsigned char readLength(unsigned int lengthClass);
     unsigned char readArguments();
     unsigned char readType();
-    unsigned char readBlock(void** instance);
+    unsigned char readBlock(fxBinaryConverter convert, void** instance);
     unsigned char readObjectBody(void** instance);
     fxBinaryConverter converterOf(unsigned int blockTag) const;
     unsigned char awaitTarget(const fxBinaryReaderItem& item);

@@ -93,7 +93,7 @@ bool fxBinaryReader::Index::padString(unsigned int padding) {
 // What an array's owner asked for may be garbage: it is often read after the
 // pointer. So the block is never refused for it.
 void fxBinaryReader::Index::padArray(unsigned int& padding) {
-    padding = std::min({padding, longestPadding, arrayPadding});
+    padding = std::min(padding, std::min(longestPadding, arrayPadding));
     arrayPadding -= padding;
 }
 
@@ -127,8 +127,8 @@ unsigned char fxBinaryReader::readInstance(void** instance) {
         if (!fill())
             return 0;
     }
-    if (converterOf(tag))
-        return readBlock(instance);
+    if (const fxBinaryConverter convert = converterOf(tag))
+        return readBlock(convert, instance);
     if (tag == fxOT_Object)
         return readObjectBody(instance);
     fxFatal("XXX baddest news");
@@ -164,11 +164,10 @@ fxBinaryConverter fxBinaryReader::converterOf(unsigned int blockTag) const {
     return nullptr;
 }
 
-unsigned char fxBinaryReader::readBlock(void** instance) {
+unsigned char fxBinaryReader::readBlock(fxBinaryConverter convert, void** instance) {
     // The records that the body spans set the arguments anew.
     const unsigned int number = arg1;
     const unsigned int length = arg4;
-    const fxBinaryConverter convert = converterOf(tag);
 
     const Record* awaited = index->find(number);
     const bool forString = awaited && awaited->awaitedByString;

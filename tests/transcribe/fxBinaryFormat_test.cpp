@@ -90,7 +90,10 @@ TEST(fxBinaryFormat, littleEndianNumbersAreGotAsTheyWerePut) {
     EXPECT_EQ(0x84u, fxBinaryFormat::getLittle(bytes.data(), 1));
     EXPECT_EQ(0x8384u, fxBinaryFormat::getLittle(bytes.data(), 2));
     EXPECT_EQ(0x81828384u, fxBinaryFormat::getLittle(bytes.data(), 4));
+    EXPECT_EQ(0x81828384u, fxBinaryFormat::getWord(bytes.data()));
     char put[4] = {'.', '.', '.', '.'};
     EXPECT_EQ(put + 2, fxBinaryFormat::putLittle(put, 0x81828384, 2));
     EXPECT_EQ(dump(hex("84 83 '..'")), dump(std::string(put, 4)));
+    EXPECT_EQ(put + 4, fxBinaryFormat::putWord(put, 0x81828384));
+    EXPECT_EQ(dump(bytes), dump(std::string(put, 4)));
 }
