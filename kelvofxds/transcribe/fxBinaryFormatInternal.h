@@ -11,10 +11,10 @@ namespace fxBinaryFormat {
 
 // The header: two texts with their NULs, then two marks in the writer's order.
 
-constexpr char writerName[] = "fxBinaryWriter";
-constexpr char floatFormat[] = "ieee";
-constexpr short shortMark = 0x1122;
-constexpr long longMark = 0x33445566;
+inline constexpr char writerName[] = "fxBinaryWriter";
+inline constexpr char floatFormat[] = "ieee";
+inline constexpr short shortMark = 0x1122;
+inline constexpr long longMark = 0x33445566;
 
 /// Where the bytes 0 1 2 3 of a writer's numbers lie, seen from here.
 enum class Order : unsigned char {
@@ -31,9 +31,9 @@ struct Mark {
     Order order;
 };
 
-constexpr Mark shortMarks[] = {{shortMark, Order::same}, {0x2211, Order::bytesSwapped}};
+inline constexpr Mark shortMarks[] = {{shortMark, Order::same}, {0x2211, Order::bytesSwapped}};
 
-constexpr Mark longMarks[] = {{longMark, Order::same},
+inline constexpr Mark longMarks[] = {{longMark, Order::same},
                               {0x44336655, Order::bytesSwapped},
                               {0x55663344, Order::halvesSwapped},
                               {0x66554433, Order::reversed}};
@@ -50,10 +50,10 @@ constexpr Order orderOf(std::uint32_t mark, const Mark (&marks)[N]) {
 // Records: a head byte, the length of the payload, words, for some a text, and
 // the payload. All but the payload is little-endian on every host.
 
-constexpr unsigned int tagBits = 6;  // of the head byte; the others are the length class
-constexpr unsigned int wordBytes = 4;
-constexpr unsigned int mostWords = 3;
-constexpr unsigned char lengthBytes[] = {0, 1, 2, 4};  // size of the length, by its class
+inline constexpr unsigned int tagBits = 6;  // of the head byte; the others are the length class
+inline constexpr unsigned int wordBytes = 4;
+inline constexpr unsigned int mostWords = 3;
+inline constexpr unsigned char lengthBytes[] = {0, 1, 2, 4};  // size of the length, by its class
 
 /// What a word is. The values are the places of the transcribers' arguments:
 /// arg1 is the number, and so on.
@@ -70,7 +70,7 @@ struct Record {
 };
 
 /// All kinds, by tag. Each side takes the column that is its own.
-constexpr Record records[] = {
+inline constexpr Record records[] = {
     {fxOT_Data, "data", {}, 0, 0, false},
     {fxOT_Null, "null pointer", {}, 0, 0, false},
     {fxOT_Type, "type", {Word::typeNumber}, 1, 1, true},
@@ -87,7 +87,7 @@ constexpr Record records[] = {
     {fxOT_Embedded, "embedded object", {Word::number}, 1, 2, false},
     {fxOT_OldEmbedded, "known embedded object", {Word::number}, 1, 2, false},
 };
-constexpr unsigned int recordCount = sizeof records / sizeof records[0];
+inline constexpr unsigned int recordCount = sizeof records / sizeof records[0];
 
 constexpr bool recordsAreByTag() {
     for (unsigned int i = 0; i < recordCount; ++i) {
