@@ -3,22 +3,20 @@
 //
 // A program of its own: its definitions hold for the whole process.
 
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 #include "tests/hosts/growing.h"
+#include "tests/hosts/lastWords.h"
 
 namespace {
 
@@ -122,31 +120,6 @@ namespace {
 
 bool growsInItsBlocks() { return growing::failures() == 0; }
 
-// What `act` ends the process with, written to standard error; "" if it does not
-// end it by SIGABRT.
-std::string endedBy(void (*act)()) {
-    int ends[2];
-    if (::pipe(ends) != 0)
-        return "";
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::dup2(ends[1], STDERR_FILENO);
-        act();
-        std::_Exit(0);
-    }
-    ::close(ends[1]);
-    char message[200] = "";
-    std::size_t length = 0;
-    ssize_t n;
-    while ((n = ::read(ends[0], message + length, sizeof message - length)) > 0)
-        length += static_cast<std::size_t>(n);
-    ::close(ends[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    const bool aborted = WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT;
-    return aborted ? std::string(message, length) : "";
-}
-
 // Whether the process ends with its message when the next block is refused.
 bool endsForLackOfMemory() {
     void (*const acts[])() = {
@@ -183,15 +156,12 @@ bool endsForLackOfMemory() {
     };
     for (const auto& act : acts) {
         refusedFrom = SIZE_MAX;
-        static void (*refused)();
-        refused = act;
-        const std::string message = endedBy([] {
+        const LastWords words([act] {
             refusedFrom = 1;
-            refused();
+            act();
         });
-        if (message != "out of memory\n") {
-            std::fprintf(stderr, "%u: %s\n", static_cast<unsigned int>(&act - acts),
-                         message.c_str());
+        if (!words.are("out of memory\n")) {
+            std::fprintf(stderr, "%u: %s\n", static_cast<unsigned int>(&act - acts), words.text);
             return false;
         }
     }

@@ -1,18 +1,14 @@
 // refusedEntries.cpp - a host whose operator new refuses: nothing is thrown at it by dictionaries
 // and sets.
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
 #include "kelvofxds/containers/fxStrSet.h"
 #include "kelvofxds/containers/fxStrStrDictionary.h"
+#include "tests/hosts/lastWords.h"
 #include "tests/support/recordingTranscriber.h"
 
 namespace {
@@ -50,33 +46,14 @@ public:
     }
 };
 
-// Whether `work` ends a child with the message about memory.
+// Whether `work` ends a process with the message about memory.
 template <class Work>
 bool endsOutOfMemory(Work work) {
-    int ends[2];
-    if (::pipe(ends) != 0)
-        return false;
-    const pid_t child = ::fork();
-    if (child == 0) {
-        std::signal(SIGABRT, SIG_DFL);
-        ::dup2(ends[1], STDERR_FILENO);
+    const LastWords words([&] {
         refuses = true;
         work();
-        ::_exit(0);
-    }
-    ::close(ends[1]);
-    char text[100] = "";
-    std::size_t length = 0;
-    for (ssize_t n = 1; n > 0 && length < sizeof text - 1; length += static_cast<std::size_t>(n)) {
-        n = ::read(ends[0], text + length, sizeof text - 1 - length);
-        if (n < 0)
-            break;
-    }
-    ::close(ends[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT &&
-           std::strcmp(text, "out of memory\n") == 0;
+    });
+    return words.are("out of memory\n");
 }
 
 void makingInstances() {

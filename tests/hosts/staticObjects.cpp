@@ -2,12 +2,7 @@
 // timers before it initialises the toolkit. Exits with 0 when they all work
 // afterwards, and when what cannot work before ends the process with a message.
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
 #include <cstdio>
-#include <cstring>
 
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/objects/fxApplication.h"
@@ -17,6 +12,7 @@
 #include "kelvofxds/objects/fxTimer.h"
 #include "kelvofxds/values/fxData.h"
 #include "kelvofxds/values/fxProperty.h"
+#include "tests/hosts/lastWords.h"
 
 namespace {
 
@@ -84,33 +80,6 @@ void ticks() { timer.tick(); }
 void connectsWithAConversion() { converted.connect("out", &receiver, "int"); }
 void makesAnApplication() { Application application; }
 
-// What the child that calls `function` says before it aborts; empty if it does
-// not abort.
-struct LastWords {
-    explicit LastWords(void (*function)()) {
-        int ends[2];
-        if (::pipe(ends) != 0)
-            return;
-        const pid_t child = ::fork();
-        if (child == 0) {
-            ::dup2(ends[1], STDERR_FILENO);
-            function();
-            ::_exit(0);
-        }
-        ::close(ends[1]);
-        std::size_t size = 0;  // a message comes in pieces
-        for (ssize_t n = 1; n > 0; size += static_cast<std::size_t>(n > 0 ? n : 0))
-            n = ::read(ends[0], text + size, sizeof text - 1 - size);
-        ::close(ends[0]);
-        int status = 0;
-        ::waitpid(child, &status, 0);
-        const bool aborted = WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT;
-        text[aborted ? size : 0] = '\0';
-    }
-
-    char text[256] = "";
-};
-
 const char fromObjects[] = "fxObj: call fxInitializeToolkit first\n";
 
 const struct {
@@ -135,7 +104,7 @@ void check(bool isRight, const char* complaint) {
 
 void checkEndings() {
     for (const auto& ending : endings) {
-        if (std::strcmp(ending.expected, ending.found.text) == 0)
+        if (ending.found.are(ending.expected))
             continue;
         std::fprintf(stderr, "not \"%s\" but \"%s\"\n", ending.expected, ending.found.text);
         ++failures;
