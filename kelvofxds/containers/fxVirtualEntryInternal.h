@@ -17,7 +17,7 @@ std::uintptr_t fxVirtualEntry(const Class& object, Operation Class::*operation) 
     std::uintptr_t offset = 0;
     std::memcpy(&offset, &operation, sizeof offset);
     const char* table = nullptr;
-    std::memcpy(&table, &object, sizeof table);
+    std::memcpy(&table, static_cast<const void*>(&object), sizeof table);
     std::uintptr_t entry = 0;
     std::memcpy(&entry, table + (offset & ~std::uintptr_t(1)), sizeof entry);
     return entry;

@@ -301,6 +301,7 @@ void fxMessageIndex::grow(Table& table) {
         return;
     const Table old = table;
     table.size = old.size != 0 ? old.size * 2 : fewestBuckets;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): the buckets are pointers.
     table.buckets = static_cast<List**>(std::calloc(table.size, sizeof(List*)));
     if (!table.buckets)
         fxOutOfMemory();

@@ -37,6 +37,7 @@ std::istream& operator>>(std::istream& in, fxStr& s) {
 std::istream& _delimiter(std::istream& in, char c) {
     if (fxStr::delim_idx == -1)
         fxStr::delim_idx = std::ios_base::xalloc();
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse): the word holds the char's value.
     in.iword(fxStr::delim_idx) = c;
     return in;
 }

@@ -41,7 +41,7 @@ void fxTranscriber::resetToDefaultWriter() { makeWriter = makeDefaultWriter; }
 void fxTranscriber::addTranscriber(const char* name,
                                    fxTranscriber* (*factory)(fxStream*, short, long, const char*)) {
     if (!readers)
-        readers = fxNew<fxVoidPtrDict>(0);
+        readers = fxNew<fxVoidPtrDict>(0U);
     readers->add(name, reinterpret_cast<void*>(factory));
 }
 

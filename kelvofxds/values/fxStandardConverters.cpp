@@ -92,8 +92,8 @@ void CStr2CharPtr(fxInputChannel* in, fxStr value) { pass<char*>(in, &value[0U])
 
 void fxConverter::createStandardConverters() {
     const auto add = [](unsigned short from, unsigned short to, auto routine) {
-        // The registry keeps it.
         fxNew<fxConverter>(from, to, reinterpret_cast<void (*)()>(routine));
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the registry keeps it.
     };
     add(fxDT_fxBool, fxDT_int, CBool2int);
     add(fxDT_fxBool, fxDT_float, CBool2float);
