@@ -34,9 +34,9 @@ struct Mark {
 inline constexpr Mark shortMarks[] = {{shortMark, Order::same}, {0x2211, Order::bytesSwapped}};
 
 inline constexpr Mark longMarks[] = {{longMark, Order::same},
-                              {0x44336655, Order::bytesSwapped},
-                              {0x55663344, Order::halvesSwapped},
-                              {0x66554433, Order::reversed}};
+                                     {0x44336655, Order::bytesSwapped},
+                                     {0x55663344, Order::halvesSwapped},
+                                     {0x66554433, Order::reversed}};
 
 template <unsigned int N>
 constexpr Order orderOf(std::uint32_t mark, const Mark (&marks)[N]) {
@@ -56,7 +56,7 @@ inline constexpr unsigned int mostWords = 3;
 inline constexpr unsigned char lengthBytes[] = {0, 1, 2, 4};  // size of the length, by its class
 
 /// What a word is. The values are the places of the transcribers' arguments:
-/// arg1 is the number, and so on.
+/// arg1 is the number, and so on. A word that is ignored is written as 0.
 enum class Word : unsigned char { ignored, number, typeNumber, version, size };
 
 /// A kind of record.
@@ -118,15 +118,7 @@ inline char* putLittle(char* at, std::uint32_t value, unsigned int n) {
     return at + n;
 }
 
-/// The value of the `n` bytes at `at`, at most four.
-inline std::uint32_t getLittle(const char* at, unsigned int n) {
-    std::uint32_t value = 0;
-    for (unsigned int i = 0; i < n; ++i)
-        value |= static_cast<std::uint32_t>(static_cast<unsigned char>(at[i])) << 8 * i;
-    return value;
-}
-
-// The same for a word, spelt out: compilers make one access of it.
+// Words are spelt out: compilers make one access of them.
 
 inline char* putWord(char* at, std::uint32_t value) {
     at[0] = static_cast<char>(value);

@@ -129,11 +129,11 @@ unsigned char fxBinaryReader::readPayload() {
 }
 
 unsigned char fxBinaryReader::readLength(unsigned int lengthClass) {
-    char bytes[4];
+    char bytes[fxBinaryFormat::wordBytes] = {};
     const unsigned int n = fxBinaryFormat::lengthBytes[lengthClass];
     if (n != 0 && !stream->getBytes(bytes, n))
         return 0;
-    unreadPayload = fxBinaryFormat::getLittle(bytes, n);
+    unreadPayload = fxBinaryFormat::getWord(bytes);
     return 1;
 }
 
@@ -145,11 +145,24 @@ unsigned char fxBinaryReader::readArguments() {
     const unsigned int n = record->wordsRead;
     if (n != 0 && !stream->getBytes(bytes, n * fxBinaryFormat::wordBytes))
         return 0;
-    unsigned int ignored = 0;
-    unsigned int* const arguments[] = {&ignored, &arg1, &arg2, &arg3, &arg4};
     for (unsigned int i = 0; i < n; ++i) {
-        const unsigned int place = static_cast<unsigned int>(record->words[i]);
-        *arguments[place] = fxBinaryFormat::getWord(bytes + i * fxBinaryFormat::wordBytes);
+        const unsigned int word = fxBinaryFormat::getWord(bytes + i * fxBinaryFormat::wordBytes);
+        switch (record->words[i]) {
+            case fxBinaryFormat::Word::ignored:
+                break;
+            case fxBinaryFormat::Word::number:
+                arg1 = word;
+                break;
+            case fxBinaryFormat::Word::typeNumber:
+                arg2 = word;
+                break;
+            case fxBinaryFormat::Word::version:
+                arg3 = word;
+                break;
+            case fxBinaryFormat::Word::size:
+                arg4 = word;
+                break;
+        }
     }
     return !record->hasText || readType();
 }
