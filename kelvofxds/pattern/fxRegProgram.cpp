@@ -36,10 +36,12 @@ struct Passed {
     char bytes[248];
 };
 
-// Per thread, since searches of different programs have nothing to do with each
-// other.
 const unsigned int mostPassed = 4;
-thread_local Passed passedLast[mostPassed];
+Passed passedLast[mostPassed];
+
+// What the check knows of each place in a program: too much for the stack of a
+// small thread, and the engine is not reentrant.
+unsigned char marks[sizeLimit];
 
 // Walks the nodes of a program once, and those of its loops once more for each,
 // unless it is one of those.
@@ -110,7 +112,6 @@ private:
     unsigned int firstHead;  // the first target of an OP_BACK
     unsigned int lastBack;   // the last OP_BACK, or 0
     unsigned int cleared;    // of `marks`
-    unsigned char marks[sizeLimit];
 };
 
 // What malloc knows is a little more, and all there is against a program without

@@ -3,6 +3,7 @@
 
 #include <pthread.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -40,19 +41,27 @@ void* answer(void* argument) {
     return nullptr;
 }
 
+// Runs work(argument) in a thread with a stack of that size. False if there is no
+// such thread.
+bool runOnStackOf(std::size_t bytes, void* (*work)(void*), void* argument) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    const int refused = pthread_attr_setstacksize(&attributes, bytes);
+    pthread_t thread;
+    const int failed = refused ? refused : pthread_create(&thread, &attributes, work, argument);
+    pthread_attr_destroy(&attributes);
+    return !failed && pthread_join(thread, nullptr) == 0;
+}
+
 // What found() says on a stack of 256 KiB.
 std::string foundOnSmallStack(const std::string& pattern, const std::string& subject) {
     Question question = {pattern, subject, std::string()};
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 256 * 1024);
-    pthread_t thread;
-    const int failed = pthread_create(&thread, &attributes, answer, &question);
-    pthread_attr_destroy(&attributes);
-    if (failed)
-        return "no thread";
-    pthread_join(thread, nullptr);
-    return question.answer;
+    return runOnStackOf(256 * 1024, answer, &question) ? question.answer : "no thread";
+}
+
+void* searchAgain(void* argument) {
+    auto* block = static_cast<fxregexp*>(argument);
+    return fxregexec(block, "xxab") ? argument : nullptr;
 }
 
 std::string span(unsigned int start, unsigned int end) {
@@ -75,6 +84,20 @@ TEST(fxRegEngineCost, aMebibyteIsMatchedOnASmallStack) {
     EXPECT_EQ("none", foundOnSmallStack("(a|b)*c", subject));
     EXPECT_EQ("none", foundOnSmallStack("(a|b)*[c]", subject));
     EXPECT_EQ("none", foundOnSmallStack("((a)|(b))+[c]", subject));
+}
+
+TEST(fxRegEngineCost, aSearchFitsOnAStackOf32KiB) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "frames are larger here";
+#endif
+    const std::size_t stack = 32 * 1024;
+    if (stack < static_cast<std::size_t>(sysconf(_SC_THREAD_STACK_MIN)))
+        GTEST_SKIP() << "no stack is that small here";
+    fxregexp* block = fxregcomp("(a|b)+");
+    ASSERT_NE(nullptr, block);
+    EXPECT_TRUE(runOnStackOf(stack, searchAgain, block));
+    EXPECT_NE(nullptr, block->endp[0]);
+    std::free(block);
 }
 
 TEST(fxRegEngineCost, longProgramsAreMatchedOnASmallStack) {
