@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 /// What 0 buckets stands for.
@@ -125,40 +126,25 @@ template <class Bucket, class Container, class Buckets>
 
 /// A pointer to an entry that an operation holds while the host's code runs.
 /// When that code removes the entry, the pointer moves on to the next one, or
-/// becomes null. Those that are held make a stack, innermost first, which
-/// costs a removal a look at its top.
+/// becomes null. A removal pays a look at those that are held.
 template <class Bucket>
-class fxHeldEntry {
+class fxHeldEntry : public fxInProgress<fxHeldEntry<Bucket>> {
 public:
     enum Removal { movesOn, drops };
 
-    fxHeldEntry(Bucket*& entry, Removal removal)
-        : held(entry), onRemoval(removal), outer(innermost) {
-        innermost = this;
-    }
-    fxHeldEntry(const fxHeldEntry&) = delete;
-    fxHeldEntry& operator=(const fxHeldEntry&) = delete;
-    ~fxHeldEntry() { innermost = outer; }
+    fxHeldEntry(Bucket*& entry, Removal removal) : held(entry), onRemoval(removal) {}
 
     /// Tells all pointers that `b` has been taken out of its chain.
     static void leave(const Bucket* b) {
-        if (innermost)
-            leaveAll(b);
+        fxHeldEntry::forEach([b](fxHeldEntry& h) {
+            if (h.held == b)
+                h.held = h.onRemoval == movesOn ? b->next : nullptr;
+        });
     }
 
 private:
-    [[gnu::cold]] static void leaveAll(const Bucket* b) {
-        for (fxHeldEntry* h = innermost; h; h = h->outer) {
-            if (h->held == b)
-                h->held = h->onRemoval == movesOn ? b->next : nullptr;
-        }
-    }
-
-    static inline fxHeldEntry* innermost = nullptr;
-
     Bucket*& held;
     Removal onRemoval;
-    fxHeldEntry* outer;
 };
 
 /// Takes the entry that `link` leads to out of its chain and returns it.

@@ -180,16 +180,26 @@ namespace {
 }
 }  // namespace
 
+// The removal of an entry that has been unlinked, to be gone through with also
+// when the host's end of its key or value throws.
+struct fxDictionary::Going {
+    fxDictionary& from;
+    fxDictBucket* b;
+
+    ~Going() {
+        from.invalidateIters(b);
+        from.release(b);
+        --from.numItems;
+    }
+};
+
 // Removes an entry whose value is gone.
 void fxDictionary::removeEntry(fxDictBucket* b, unsigned int bucketIndex) {
     fxDictBucket** link = &buckets[bucketIndex];
     while (*link != b)
         link = &(*link)->next;
-    fxUnlink(link);
+    const Going going{*this, fxUnlink(link)};
     endKey(*this, b);
-    invalidateIters(b);
-    release(b);
-    --numItems;
 }
 
 void fxDictionary::release(fxDictBucket* b) {
@@ -201,24 +211,23 @@ void fxDictionary::remove(const void* key) {
     const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
     if (!place.link)
         return;
-    fxDictBucket* b = fxUnlink(place.link);
-    endKeyAndValue(*this, b, valueOf(b));
-    invalidateIters(b);
-    release(b);
-    --numItems;
+    const Going going{*this, fxUnlink(place.link)};
+    endKeyAndValue(*this, going.b, valueOf(going.b));
 }
 
 void* fxDictionary::cut(const void* key) {
     const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
     if (!place.link)
         return nullptr;
-    fxDictBucket* b = fxUnlink(place.link);
     void* value = fxAllocate(valueSize);
-    std::memcpy(value, valueOf(b), valueSize);
-    endKey(*this, b);
-    invalidateIters(b);
-    release(b);
-    --numItems;
+    const Going going{*this, fxUnlink(place.link)};
+    std::memcpy(value, valueOf(going.b), valueSize);
+    try {
+        endKey(*this, going.b);
+    } catch (...) {
+        std::free(value);  // which nobody gets
+        throw;
+    }
     return value;
 }
 

@@ -38,11 +38,12 @@ class FX_EXPORT fxDictIters : public fxArray {
 /// A subclass's destructor calls cleanup() first, while its own destroyKey and
 /// destroyValue can still be reached.
 ///
-/// Those operations may change the dictionary: an entry is out of its chain
-/// before its key and value end, and what an operation still needs is kept up
-/// to date. They may not end it. What they throw passes through and leaves the
-/// dictionary as it was before the step (but see addInternal). Running out of
-/// memory is fatal, "out of memory"; while reading it is a failed read.
+/// Those operations, but for hashKey and compareKeys, may change the dictionary:
+/// an entry is out of its chain before its key and value end, and what an
+/// operation still needs is kept up to date. They may not end it. What they
+/// throw passes through and leaves the dictionary as it was before the step (but
+/// see addInternal); a removal that has begun is gone through with. Running out
+/// of memory is fatal, "out of memory"; while reading it is a failed read.
 class FX_EXPORT fxDictionary : public fxXDRObj {
 public:
     /// `keySize` and `valueSize` are in bytes; a sum or a number of buckets that
@@ -167,6 +168,7 @@ private:
     void removeEntry(fxDictBucket* b, unsigned int bucketIndex);
     void parkIters(const fxDictBucket* b) const;
 
+    struct Going;
     struct Reading;
     unsigned char read(Reading reading);
     unsigned char readHead(Reading& reading);

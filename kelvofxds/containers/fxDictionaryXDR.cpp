@@ -87,7 +87,10 @@ unsigned char fxDictionary::write(fxTranscriber& t) {
         !t.xdr(&numBuckets, 1))
         return 0;
     for (unsigned int i = 0; i < bucketCount(); ++i) {
-        for (fxDictBucket* b = buckets[i]; b; b = b->next) {
+        fxDictBucket* next = buckets[i];
+        const fxHeldEntry<fxDictBucket> held(next, fxHeldEntry<fxDictBucket>::movesOn);
+        while (fxDictBucket* b = next) {
+            next = b->next;
             unsigned int index = i;
             if (!xdrKey(t, b->kvmem) || !xdrValue(t, valueOf(b)) || !t.xdr(&index, 1))
                 return 0;

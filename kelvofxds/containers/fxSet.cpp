@@ -154,18 +154,27 @@ fxSetBucket* fxSet::add(const void* key) {
     return b;
 }
 
+// The removal of an entry that has been unlinked, to be gone through with also
+// when the host's end of its key throws.
+struct fxSet::Going {
+    fxSet& from;
+    fxSetBucket* b;
+
+    ~Going() {
+        from.invalidateIters(b);
+        std::free(b->key);
+        delete b;
+        --from.numItems;
+    }
+};
+
 // Ends the key of an entry that has been unlinked, and frees the entry. The end
 // of the key may remove the entry that followed it, to which its iterators are
 // still to move.
 void fxSet::end(fxSetBucket* b) {
-    {
-        const HeldEntry held(b->next, HeldEntry::movesOn);
-        destroyKey(b->key);
-    }
-    invalidateIters(b);
-    std::free(b->key);
-    delete b;
-    --numItems;
+    const Going going{*this, b};
+    const HeldEntry held(b->next, HeldEntry::movesOn);
+    destroyKey(b->key);
 }
 
 void fxSet::remove(const void* key) {
@@ -184,12 +193,17 @@ fxSet& fxSet::operator|=(const fxSet& other) {
 fxSet& fxSet::operator&=(const fxSet& other) {
     for (unsigned int i = 0; i < bucketCount(); ++i) {
         fxSetBucket* kept = nullptr;  // the last one
+        fxSetBucket* b = nullptr;
         fxSetBucket* next = buckets[i];
         const HeldEntry heldKept(kept, HeldEntry::drops);
+        const HeldEntry heldNow(b, HeldEntry::drops);
         const HeldEntry heldNext(next, HeldEntry::movesOn);
-        while (fxSetBucket* b = next) {
+        while ((b = next) != nullptr) {
             next = b->next;
-            if (other.contains(b->key)) {
+            const bool stays = other.contains(b->key) != 0;
+            if (!b)
+                continue;  // a comparison has removed it
+            if (stays) {
                 kept = b;
                 continue;
             }

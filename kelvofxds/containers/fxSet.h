@@ -40,11 +40,12 @@ class FX_EXPORT fxSetIters : public fxArray {
 /// outlive the set. A subclass's destructor calls cleanup() first, while its
 /// own destroyKey can still be reached.
 ///
-/// Those operations may change the set: an entry is out of its chain before its
-/// key ends, and what an operation still needs is kept up to date. They may not
-/// end it. What they throw passes through and leaves the set as it was before
-/// the step. Running out of memory is fatal, "out of memory"; while reading it
-/// is a failed read.
+/// Those operations, but for hashKey and compareKeys, may change the set: an
+/// entry is out of its chain before its key ends, and what an operation still
+/// needs is kept up to date. They may not end it. What they throw passes through
+/// and leaves the set as it was before the step; a removal that has begun is gone
+/// through with. Running out of memory is fatal, "out of memory"; while reading
+/// it is a failed read.
 class FX_EXPORT fxSet : public fxXDRObj {
 public:
     /// `keySize` is in bytes. 0 buckets stands for 31; more than memory can hold
@@ -167,6 +168,7 @@ private:
     void end(fxSetBucket* b);
     void detachIters();
 
+    struct Going;
     struct Reading;
     unsigned char read(Reading reading);
     unsigned char readHead(Reading& reading);

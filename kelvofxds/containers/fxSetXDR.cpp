@@ -76,7 +76,10 @@ unsigned char fxSet::write(fxTranscriber& t) {
     if (!t.xdr(&numItems, 1) || !t.xdr(&keySize, 1) || !t.xdr(&numBuckets, 1))
         return 0;
     for (unsigned int i = 0; i < bucketCount(); ++i) {
-        for (const fxSetBucket* b = buckets[i]; b; b = b->next) {
+        fxSetBucket* next = buckets[i];
+        const fxHeldEntry<fxSetBucket> held(next, fxHeldEntry<fxSetBucket>::movesOn);
+        while (const fxSetBucket* b = next) {
+            next = b->next;
             unsigned int index = i;
             if (!xdrKey(t, b->key) || !t.xdr(&index, 1))
                 return 0;

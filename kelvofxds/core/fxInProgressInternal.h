@@ -6,8 +6,9 @@
 /// changes the thing can tell them. `class Walk : public fxInProgress<Walk>`.
 ///
 /// Walks are local variables, so they end in the reverse order of their
-/// beginnings, also when a host's exception passes through. Nothing is
-/// allocated.
+/// beginnings, also when a host's exception passes through. Each thread has its
+/// own: a host may use separate containers in separate threads. Nothing is
+/// allocated, neither by a walk nor by the loader (the initial-exec model).
 template <class Walk>
 class __attribute__((visibility("hidden"))) fxInProgress {
 public:
@@ -27,7 +28,8 @@ protected:
     ~fxInProgress() { innermost = outer; }
 
 private:
-    inline static fxInProgress* innermost = nullptr;  // the newest
+    // The newest.
+    [[gnu::tls_model("initial-exec")]] inline static thread_local fxInProgress* innermost = nullptr;
 
     fxInProgress* outer;  // the one around this one
 };

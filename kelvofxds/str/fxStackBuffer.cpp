@@ -36,6 +36,20 @@ void fxStackBuffer::addc(char c) {
     *next++ = c;
 }
 
+bool fxStackBuffer::tryAddc(char c) {
+    if (next == end) {
+        unsigned int bytes = 0;
+        if (__builtin_add_overflow(capacity(), growIncrement, &bytes))
+            return false;
+        void* block = std::realloc(isInline() ? nullptr : base, bytes);
+        if (!block)
+            return false;
+        moveTo(static_cast<char*>(block), bytes);
+    }
+    *next++ = c;
+    return true;
+}
+
 void fxStackBuffer::put(const char* data, unsigned int n) {
     if (n == 0)
         return;
@@ -52,15 +66,17 @@ void fxStackBuffer::grow(unsigned int n) {
     setCapacity(fxSum(owner, capacity(), n > growIncrement ? n : growIncrement));
 }
 
-// Moves the content to a heap block of `bytes` bytes.
 void fxStackBuffer::setCapacity(unsigned int bytes) {
+    moveTo(static_cast<char*>(isInline() ? fxAllocate(bytes) : fxReallocate(base, bytes)), bytes);
+}
+
+// Goes on in `block`, which has `bytes` bytes and, unless the content was inline,
+// the content.
+void fxStackBuffer::moveTo(char* block, unsigned int bytes) {
     const unsigned int used = length();
-    if (isInline()) {
-        base = static_cast<char*>(fxAllocate(bytes));
-        std::memcpy(base, inlineBuffer, sizeof inlineBuffer);
-    } else {
-        base = static_cast<char*>(fxReallocate(base, bytes));
-    }
+    if (isInline())
+        std::memcpy(block, inlineBuffer, sizeof inlineBuffer);
+    base = block;
     end = base + bytes;
     next = base + used;
 }

@@ -23,6 +23,9 @@ public:
 
     /// Appends one byte.
     void addc(char c);
+    /// The same, but where memory for it is refused returns false and changes
+    /// nothing. For content whose length somebody else decides.
+    bool tryAddc(char c);
     /// Appends `n` bytes of `data`, which may lie in this buffer.
     void put(const char* data, unsigned int n);
     /// Makes room for at least `n` more bytes, and for growIncrement at least.
@@ -43,6 +46,7 @@ private:
 
     bool isInline() const { return base == inlineBuffer; }
     void setCapacity(unsigned int bytes);
+    void moveTo(char* block, unsigned int bytes);
 
     char inlineBuffer[1000];
     char* next;                  // where the next byte goes

@@ -230,6 +230,8 @@ unsigned char fxBinaryReader::readPrimPointer(void* field, unsigned int length) 
         isStringBuffer() ? fxBinaryReaderItem::stringTarget : fxBinaryReaderItem::blockTarget;
     item.wantedSize = length;
     markStringBuffer(false);
+    if (item.target == fxBinaryReaderItem::stringTarget && length == 0)
+        return 0;  // a string's buffer has a NUL at least
     if (!fill())
         return 0;
     item.number = arg1;

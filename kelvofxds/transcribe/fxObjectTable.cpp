@@ -1,9 +1,13 @@
 #include "kelvofxds/transcribe/fxObjectTableInternal.h"
 
+#include <mutex>
+
 namespace {
 // Those that live, the newest first. What writer and reader share has a fixed
-// layout and no room for a pointer to them.
+// layout and no room for a pointer to them. Separate transcribers may be used by
+// separate threads, so it is locked.
 fxObjectTable* newest = nullptr;
+std::mutex liveTables;
 }  // namespace
 
 fxObjectTable::fxObjectTable(fxBinaryOTDict& dictionary)
@@ -11,20 +15,24 @@ fxObjectTable::fxObjectTable(fxBinaryOTDict& dictionary)
       last(&ends),
       shown(false),
       table(dictionary),
-      older(newest),
+      older(nullptr),
       place(&newest) {
+    const std::lock_guard<std::mutex> lock(liveTables);
+    older = newest;
     if (older)
         older->place = &older;
     newest = this;
 }
 
 fxObjectTable::~fxObjectTable() {
+    const std::lock_guard<std::mutex> lock(liveTables);
     *place = older;
     if (older)
         older->place = place;
 }
 
 fxObjectTable* fxObjectTable::of(const fxBinaryOTDict& dictionary) {
+    const std::lock_guard<std::mutex> lock(liveTables);
     for (fxObjectTable* t = newest; t; t = t->older) {
         if (&t->table == &dictionary)
             return t;

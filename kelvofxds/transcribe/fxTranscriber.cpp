@@ -35,9 +35,8 @@ unsigned char fxTranscriber::xdr(unsigned int** block, unsigned int n) {
 unsigned char readNullTerminatedString(fxStream* stream, fxStackBuffer& buffer) {
     char c = 0;
     do {
-        if (!stream->getBytes(&c, 1))
+        if (!stream->getBytes(&c, 1) || !buffer.tryAddc(c))
             return 0;
-        buffer.addc(c);
     } while (c != '\0');
     return 1;
 }

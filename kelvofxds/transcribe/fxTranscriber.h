@@ -93,7 +93,8 @@ public:
     /// Says whether the pointer that is handed over next, by xdr(char**, n), is
     /// a string's to its own buffer; fxStr says so, reading and writing. What a
     /// reader stores there has to come from malloc, with n bytes, and is that
-    /// string's alone, whereas other blocks come from new[]. A transcriber that
+    /// string's alone, whereas other blocks come from new[]. Without a size, in
+    /// xdr(char**) or with n 0, reading such a pointer fails. A transcriber that
     /// forwards to another one passes it on before each such call:
     /// inner.markStringBuffer(isStringBuffer()).
     void markStringBuffer(bool isOne) { stringBuffer = isOne; }

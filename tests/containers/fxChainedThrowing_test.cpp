@@ -57,6 +57,32 @@ TYPED_TEST(fxChainedThrowing, whatIsThrownWhileLookingUpLeavesTheContainerAsItWa
     }
 }
 
+// Its key is gone, so it cannot be put back.
+TYPED_TEST(fxChainedThrowing, aRemovalWhoseKeyThrowsIsGoneThroughWith) {
+    TypeParam c(4);
+    fill(c);
+    typename TypeParam::Iter iter(c);
+    c.hook = throwing("destroyKey", 12);
+    EXPECT_THROW(c.drop(12), Refused);
+    EXPECT_EQ("8 4 0 1 2", walk(c));
+    EXPECT_EQ(5u, c.length());
+    EXPECT_EQ(nullptr, iter.getKey());
+    ++iter;
+    EXPECT_EQ(8, numberAt(iter.getKey()));
+}
+
+TEST(fxDictionaryThrowing, aRemovalWhoseValueThrowsIsGoneThroughWith) {
+    IntDictionary d(4);
+    fill(d);
+    const int key = 4;
+    d.hook = throwing("destroyValue", 120);
+    EXPECT_THROW(d.drop(12), Refused);
+    d.hook = throwing("destroyKey", 4);
+    EXPECT_THROW(d.cut(&key), Refused);
+    EXPECT_EQ("8 0 1 2", walk(d));
+    EXPECT_EQ(4u, d.length());
+}
+
 TEST(fxDictionaryThrowing, valuesThatCannotBeMadeLeaveNoKey) {
     IntDictionary d(4);
     fill(d);

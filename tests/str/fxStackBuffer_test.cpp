@@ -283,6 +283,28 @@ namespace {
 const char* const tooLarge = "^fxStackBuffer: size too large\n$";
 }  // namespace
 
+TEST(fxStackBuffer, tryAddcAppendsAsAddcDoes) {
+    fxStackBuffer buffer(7);
+    for (unsigned int i = 0; i < 1010; ++i)
+        ASSERT_TRUE(buffer.tryAddc(static_cast<char>(i)));
+    EXPECT_EQ(1010u, buffer.length());
+    EXPECT_EQ(1014u, buffer.capacity());
+    for (unsigned int i = 0; i < 1010; ++i)
+        ASSERT_EQ(static_cast<char>(i), buffer.getBase()[i]);
+}
+
+TEST(fxStackBuffer, tryAddcChangesNothingWithoutMemory) {
+    for (unsigned int increment : {0xFFFFFFFFu, 0xE0000000u}) {
+        fxStackBuffer buffer(increment);
+        for (unsigned int i = 0; i < 1000; ++i)
+            ASSERT_TRUE(buffer.tryAddc('x'));
+        EXPECT_FALSE(buffer.tryAddc('y'));
+        EXPECT_EQ(1000u, buffer.length());
+        EXPECT_EQ(1000u, buffer.capacity());
+        EXPECT_EQ('x', buffer.getBase()[999]);
+    }
+}
+
 TEST(fxStackBufferDeathTest, growthPastTheAddressSpaceEndsTheProcess) {
     EXPECT_EXIT(
         {

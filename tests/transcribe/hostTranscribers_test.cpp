@@ -276,3 +276,16 @@ TEST(hostTranscribers, markIsForTheNextPointerAloneInTheLibrarysReader) {
     reader->markStringBuffer(false);
     EXPECT_FALSE(reader->isStringBuffer());
 }
+
+TEST(hostTranscribers, stringsBufferWithoutASizeFails) {
+    fxInitializeToolkit();
+    MemoryStream in(hostHeader() + hex("03 03000000 02000000 | 45 02 03000000 02000000 'a' 00"));
+    const std::unique_ptr<fxTranscriber> reader(fxTranscriber::getReader(&in));
+    char* buffer = nullptr;
+    reader->markStringBuffer(true);
+    EXPECT_EQ(0, reader->xdr(&buffer));
+    reader->markStringBuffer(true);
+    EXPECT_EQ(0, reader->xdr(&buffer, 0U));
+    EXPECT_FALSE(reader->isStringBuffer());
+    EXPECT_EQ(nullptr, buffer);
+}
