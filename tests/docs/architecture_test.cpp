@@ -109,6 +109,25 @@ TEST(architecture, listsIncludeNothingButInterfacesAndNothingIncludesThem) {
     }
 }
 
+TEST(architecture, everySourceIsLinkedAndEveryPublicHeaderIsInTheOneOfAll) {
+    const std::string sources = bytesOf(library + "CMakeLists.txt");
+    const auto all = includes();
+    std::set<std::string> offered{"kelvofxds.h"};
+    for (std::vector<std::string> rest = all.at("kelvofxds.h"); !rest.empty();) {
+        const std::string file = rest.back();
+        rest.pop_back();
+        if (offered.insert(file).second)
+            rest.insert(rest.end(), all.at(file).begin(), all.at(file).end());
+    }
+    for (const auto& entry : all) {
+        const std::string& file = entry.first;
+        const bool isSource = fs::path(file).extension() == ".cpp";
+        const bool isInternal = file.find("Internal.h") != std::string::npos;
+        const bool isLinked = sources.find("\n    " + file + "\n") != std::string::npos;
+        EXPECT_TRUE(isSource ? isLinked : isInternal || offered.count(file) == 1) << file;
+    }
+}
+
 TEST(architecture, noFileIncludesItselfByADetour) {
     auto rest = includes();
     // Takes away what includes nothing that is left, until only circles are.
