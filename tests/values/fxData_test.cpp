@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <new>
 #include <set>
@@ -19,6 +20,7 @@
 
 #include "kelvofxds/core/fxRCObj.h"
 #include "kelvofxds/core/fxToolkit.h"
+#include "kelvofxds/values/fxDataInternal.h"
 #include "tests/support/heapCalls.h"
 #include "tests/support/vtable.h"
 
@@ -168,8 +170,11 @@ TEST_F(fxDataTest, typeCodesHaveTheStatedValues) {
     const unsigned short codes[] = {fxDT_void,    fxDT_fxBool, fxDT_int,     fxDT_long,
                                     fxDT_float,   fxDT_double, fxDT_CharPtr, fxDT_fxStr,
                                     fxDT_VoidPtr, fxDT_ObjPtr, fxDT_DataPtr, fxDT_fxStrArray};
-    for (unsigned short i = 0; i < 12; ++i)
+    ASSERT_EQ(std::size(fxValueTypeCodes), std::size(codes));
+    for (unsigned short i = 0; i < std::size(codes); ++i) {
         EXPECT_EQ(i, codes[i]);
+        EXPECT_EQ(i, *fxValueTypeCodes[i]);
+    }
 }
 
 // The table of holders.
