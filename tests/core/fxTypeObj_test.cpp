@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "kelvofxds/containers/fxStrSet.h"
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 #include "kelvofxds/containers/fxTypedArrays.h"
+#include "kelvofxds/containers/fxTypedArraysInternal.h"
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/core/fxXDRObj.h"
 #include "kelvofxds/str/fxStr.h"
@@ -70,15 +72,16 @@ struct RecordRow {
 #define ABSTRACT_ROW(Class, name) \
     { #Class "_type", Class##_type, name, nullptr, nullptr, Class::xdr }
 
-const RecordRow rows[] = {
-    ROW(fxXDRObj, "fxXDRObj"),          ROW(fxStr, "fxStr"),
-    ABSTRACT_ROW(fxArray, "fxArray"),   ABSTRACT_ROW(fxDictionary, "fxDictionary"),
-    ROW(fxBoolArray, "ARRAY"),          ROW(fxCharArray, "ARRAY"),
-    ROW(fxShortArray, "ARRAY"),         ROW(fxIntArray, "ARRAY"),
-    ROW(fxLongArray, "ARRAY"),          ROW(fxFloatArray, "ARRAY"),
-    ROW(fxDoubleArray, "ARRAY"),        ROW(fxUnsignedCharArray, "ARRAY"),
-    ROW(fxUnsignedShortArray, "ARRAY"), ROW(fxUnsignedLongArray, "ARRAY"),
-    ROW(fxStrStrDictionary, "DICT")};
+#define ARRAY_ROW(Class, Element) ROW(Class, "ARRAY"),
+
+const RecordRow rows[] = {ROW(fxXDRObj, "fxXDRObj"),
+                          ROW(fxStr, "fxStr"),
+                          ABSTRACT_ROW(fxArray, "fxArray"),
+                          ABSTRACT_ROW(fxDictionary, "fxDictionary"),
+                          ABSTRACT_ROW(fxSet, "fxSet"),
+                          FX_TYPED_ARRAYS(ARRAY_ROW) ROW(fxStrStrDictionary, "DICT"),
+                          ROW(fxStrSet, "SET"),
+                          ROW(fxStrArray, "ARRAY")};
 
 }  // namespace
 

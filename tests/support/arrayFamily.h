@@ -9,6 +9,7 @@
 #include "kelvofxds/containers/fxDictionary.h"
 #include "kelvofxds/containers/fxSet.h"
 #include "kelvofxds/containers/fxTypedArrays.h"
+#include "kelvofxds/containers/fxTypedArraysInternal.h"
 #include "tests/support/arrayFixture.h"
 
 /// `Element` is the element type, `size` its declared width in bytes.
@@ -30,7 +31,8 @@ ARRAY_TRAITS(fxSetIters, fxSetIter*, 4)
 #undef ARRAY_TRAITS
 
 /// The classes with a record also have that, and `operation`, the overload
-/// that transcribes elements as RecordingTranscriber calls it.
+/// that transcribes elements as RecordingTranscriber calls it. Each class of
+/// FX_TYPED_ARRAYS needs its line.
 #define ARRAY_TRAITS(Class, ElementType, elementSize, operationName) \
     template <>                                                      \
     struct ArrayTraits<Class> {                                      \
@@ -52,38 +54,34 @@ ARRAY_TRAITS(fxFloatArray, float, 4, "float*")
 ARRAY_TRAITS(fxDoubleArray, double, 8, "double*")
 #undef ARRAY_TRAITS
 
-using ArraysWithRecords =
-    testing::Types<fxBoolArray, fxCharArray, fxUnsignedCharArray, fxShortArray,
-                   fxUnsignedShortArray, fxIntArray, fxLongArray, fxUnsignedLongArray, fxFloatArray,
-                   fxDoubleArray>;
-using ArraysOfPointers =
-    testing::Types<fxVoidPtrArray, fxDictBuckets, fxDictIters, fxSetBuckets, fxSetIters>;
-using AllArrays = testing::Types<fxBoolArray, fxCharArray, fxUnsignedCharArray, fxShortArray,
-                                 fxUnsignedShortArray, fxIntArray, fxLongArray, fxUnsignedLongArray,
-                                 fxFloatArray, fxDoubleArray, fxVoidPtrArray, fxDictBuckets,
-                                 fxDictIters, fxSetBuckets, fxSetIters>;
+/// `testing::Types` of all but the first, which stands for nothing.
+template <class, class... Classes>
+struct TypesOf {
+    using Types = testing::Types<Classes...>;
+};
+
+// Each with a comma in front.
+#define NEXT(Class, Element) , Class
+#define POINTER_ARRAYS(ARRAY)           \
+    ARRAY(fxVoidPtrArray, void*)        \
+    ARRAY(fxDictBuckets, fxDictBucket*) \
+    ARRAY(fxDictIters, fxDictIter*)     \
+    ARRAY(fxSetBuckets, fxSetBucket*)   \
+    ARRAY(fxSetIters, fxSetIter*)
+using ArraysWithRecords = TypesOf<void FX_TYPED_ARRAYS(NEXT)>::Types;
+using ArraysOfPointers = TypesOf<void POINTER_ARRAYS(NEXT)>::Types;
+using AllArrays = TypesOf<void FX_TYPED_ARRAYS(NEXT) POINTER_ARRAYS(NEXT)>::Types;
+#undef NEXT
 
 /// Any bytes will do for their elements.
-#define UNIFORM_ELEMENTS(Class) \
-    template <>                 \
+#define UNIFORM_ELEMENTS(Class, Element) \
+    template <>                          \
     struct ArrayElements<Class> : UniformElements<Class> {};
 
-UNIFORM_ELEMENTS(fxBoolArray)
-UNIFORM_ELEMENTS(fxCharArray)
-UNIFORM_ELEMENTS(fxUnsignedCharArray)
-UNIFORM_ELEMENTS(fxShortArray)
-UNIFORM_ELEMENTS(fxUnsignedShortArray)
-UNIFORM_ELEMENTS(fxIntArray)
-UNIFORM_ELEMENTS(fxLongArray)
-UNIFORM_ELEMENTS(fxUnsignedLongArray)
-UNIFORM_ELEMENTS(fxFloatArray)
-UNIFORM_ELEMENTS(fxDoubleArray)
-UNIFORM_ELEMENTS(fxVoidPtrArray)
-UNIFORM_ELEMENTS(fxDictBuckets)
-UNIFORM_ELEMENTS(fxDictIters)
-UNIFORM_ELEMENTS(fxSetBuckets)
-UNIFORM_ELEMENTS(fxSetIters)
+FX_TYPED_ARRAYS(UNIFORM_ELEMENTS)
+POINTER_ARRAYS(UNIFORM_ELEMENTS)
 #undef UNIFORM_ELEMENTS
+#undef POINTER_ARRAYS
 
 /// Elements are told apart by a digit that fills all their bytes.
 template <class Element>
