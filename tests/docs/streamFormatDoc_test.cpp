@@ -220,15 +220,29 @@ std::vector<std::vector<std::string>> tableUnder(const std::string& head) {
     return rows;
 }
 
-// What a record's words are called in the document.
+// What a word is called in the document.
+std::string nameOf(fxBinaryFormat::Word word) {
+    switch (word) {
+        case fxBinaryFormat::Word::ignored:
+            return "4 bytes that are ignored";
+        case fxBinaryFormat::Word::number:
+            return "number";
+        case fxBinaryFormat::Word::typeNumber:
+            return "type's number";
+        case fxBinaryFormat::Word::version:
+            return "version";
+        case fxBinaryFormat::Word::size:
+            return "size of the block";
+    }
+    return "";
+}
+
+// What a record's words are called there.
 std::string wordsOf(const fxBinaryFormat::Record& record, unsigned int n) {
-    static const char* const names[] = {"4 bytes that are ignored", "number", "type's number",
-                                        "version", "size of the block"};
     std::string text;
     for (unsigned int i = 0; i < n; ++i) {
-        const bool numberOfType = record.tag == fxOT_Type;
         text += text.empty() ? "" : "; ";
-        text += numberOfType ? "number" : names[static_cast<unsigned int>(record.words[i])];
+        text += record.tag == fxOT_Type ? "number" : nameOf(record.words[i]);
     }
     if (record.hasText)
         text += "; name with NUL";

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 #include "tests/support/hostileReading.h"
 #include "tests/support/hostileStreams.h"
 #include "tests/support/trialRunner.h"
@@ -86,7 +87,8 @@ std::string mutated(const std::vector<std::string>& streams, Random& random) {
                 bytes.replace(at, 4, host(edges[random.below(sizeof edges / sizeof edges[0])]));
                 break;
             case 3:  // a head with a valid tag
-                bytes[at] = static_cast<char>(random.below(15) | random.below(4) << 6);
+                bytes[at] = static_cast<char>(random.below(fxBinaryFormat::recordCount) |
+                                              random.below(4) << 6);
                 break;
             case 4:
                 bytes.erase(at, 1 + random.below(20));
