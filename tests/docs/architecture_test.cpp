@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/runProgram.h"
+#include "tests/support/testNames.h"
 
 namespace {
 namespace fs = std::filesystem;
@@ -143,6 +144,27 @@ TEST(architecture, noFileIncludesItselfByADetour) {
     }
     for (const auto& entry : rest)
         ADD_FAILURE() << entry.first << " is in a circle, or includes one";
+}
+
+TEST(architecture, filesAndTestsThatAreNamedExist) {
+    std::set<std::string> files;
+    for (const char* folder : {"cmake", "docs", "kelvofxds", "tests"}) {
+        for (const fs::directory_entry& entry :
+             fs::recursive_directory_iterator(KELVOFXDS_SOURCE_DIR "/" + std::string(folder)))
+            files.insert(entry.path().filename().string());
+    }
+    const std::set<std::string> tests = testsOfThisProgram();
+    const std::string document = bytesOf(KELVOFXDS_SOURCE_DIR "/docs/architecture.md");
+    const std::regex name("`(?:[A-Za-z]+/)*([A-Za-z0-9_]+\\.([A-Za-z0-9_]+))`");
+    unsigned int named = 0;
+    for (std::sregex_iterator match(document.begin(), document.end(), name), end; match != end;
+         ++match, ++named) {
+        const std::string extension = (*match)[2];
+        const bool isFile = extension == "h" || extension == "cpp" || extension == "md" ||
+                            extension == "txt" || extension == "sh";
+        EXPECT_EQ(1U, (isFile ? files : tests).count((*match)[1])) << (*match)[1];
+    }
+    EXPECT_LT(30U, named);
 }
 
 TEST(architecture, foldersThatLookBothWaysAreThoseInTheTable) {
