@@ -9,7 +9,6 @@
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
-#include "kelvofxds/objects/fxTickOutputInternal.h"
 #include "kelvofxds/values/fxDataInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
@@ -73,8 +72,6 @@ fxOutputChannel* fxObj::addOutput(const char* name, unsigned short type) {
     void*& entry = channels->findCreate(name);
     auto* old = static_cast<fxOutputChannel*>(entry);
     entry = channel;
-    if (old)
-        fxTickOutput::isGoing(name);
     delete old;
     return channel;
 }
@@ -114,7 +111,6 @@ void fxObj::removeOutput(const char* name) {
     if (!channel)
         return;
     dict->remove(name);
-    fxTickOutput::isGoing(name);
     delete channel;
 }
 
@@ -137,8 +133,6 @@ void dt_output_dict(void* dict) {
     for (fxVoidPtrDictIter iter(channels); iter.getValue(); ++iter) {
         auto* channel = static_cast<fxOutputChannel*>(*iter.value());
         *iter.value() = nullptr;
-        if (channel)
-            fxTickOutput::isGoing(iter.key()->c_str());
         delete channel;
     }
     delete channels;

@@ -5,6 +5,7 @@
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxSendWalkInternal.h"
+#include "kelvofxds/objects/fxTickOutputInternal.h"
 #include "kelvofxds/values/fxConverter.h"
 #include "kelvofxds/values/fxData.h"
 
@@ -38,6 +39,8 @@ fxOutputChannel::fxOutputChannel(unsigned short typeCode) : type(typeCode), conn
 
 fxOutputChannel::~fxOutputChannel() {
     fxSendWalk::destroyed(this);
+    if (type == fxDT_void)
+        fxTickOutput::isGoing(this);
     const unsigned int n = getNumberOfConnections();
     for (unsigned int i = 0; i < n; ++i) {
         fxInputChannel* element = (*this)[i];

@@ -1,7 +1,8 @@
 #include "kelvofxds/objects/fxTimer.h"
 
 #include <cmath>
-#include <cstring>
+#include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -15,13 +16,93 @@
 
 fxTimer* fxTimer::activeTimers = nullptr;
 
-// An alarm in progress. Ticks may delete and start timers, so it is told.
-//
-// A timer that has ticked while any is in progress is known: it is the one
-// whose tick is being called, or in one of the lists, or its `active` is 2.
-struct fxTimer::Alarm : public fxInProgress<fxTimer::Alarm> {
-    static const unsigned char hasTickedAndIsActive = 2;
+// What is known of the living timers beside their fields.
 
+namespace {
+// A timer's entry. Its key is the timer's output, or the timer itself while it
+// has none.
+struct Known {
+    const void* key;  // null in a free place
+    fxTimer* timer;
+    std::uint64_t tickedIn;  // number of the last alarm in which it ticked; 0: none
+};
+
+// The entries by key: a table with open addressing, at most half full. Timers
+// may live as long as the process, so it is never freed.
+class KnownTimers {
+public:
+    // The first entry with `key`, of `timer` unless that is null; or null.
+    static Known* find(const void* key, const fxTimer* timer) {
+        if (count == 0)
+            return nullptr;
+        for (unsigned int i = homeOf(key); places[i].key; i = behind(i)) {
+            if (places[i].key == key && (!timer || places[i].timer == timer))
+                return &places[i];
+        }
+        return nullptr;
+    }
+
+    static void add(const Known& entry) {
+        if (2 * count >= size)
+            grow();
+        put(entry);
+        ++count;
+    }
+
+    // Those behind the entry move up, unless they are before their home then.
+    static void remove(const Known* entry) {
+        unsigned int free = static_cast<unsigned int>(entry - places);
+        for (unsigned int i = behind(free); places[i].key; i = behind(i)) {
+            const unsigned int fromHome = i - homeOf(places[i].key);
+            const unsigned int fromFree = i - free;
+            if ((fromHome & (size - 1)) >= (fromFree & (size - 1))) {
+                places[free] = places[i];
+                free = i;
+            }
+        }
+        places[free].key = nullptr;
+        --count;
+    }
+
+private:
+    static unsigned int homeOf(const void* key) {
+        const std::uint32_t golden = 2654435769U;  // spreads addresses, whose low bits are alike
+        const auto hash = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(key));
+        return (hash * golden >> 8) & (size - 1);
+    }
+
+    static unsigned int behind(unsigned int i) { return (i + 1) & (size - 1); }
+
+    static void put(const Known& entry) {
+        unsigned int i = homeOf(entry.key);
+        while (places[i].key)
+            i = behind(i);
+        places[i] = entry;
+    }
+
+    static void grow() {
+        const unsigned int fewest = 16;
+        const unsigned int oldSize = size;
+        Known* old = places;
+        size = oldSize != 0 ? 2 * oldSize : fewest;
+        places = static_cast<Known*>(std::calloc(size, sizeof(Known)));
+        if (!places)
+            fxOutOfMemory();
+        for (unsigned int i = 0; i < oldSize; ++i) {
+            if (old[i].key)
+                put(old[i]);
+        }
+        std::free(old);
+    }
+
+    inline static Known* places = nullptr;
+    inline static unsigned int size = 0;  // a power of two
+    inline static unsigned int count = 0;
+};
+}  // namespace
+
+// An alarm in progress. Ticks may delete and start timers, so it is told.
+struct __attribute__((visibility("hidden"))) fxTimer::Alarm : public fxInProgress<fxTimer::Alarm> {
     // Timers out of the active list, linked by `next`.
     class List {
     public:
@@ -43,10 +124,13 @@ struct fxTimer::Alarm : public fxInProgress<fxTimer::Alarm> {
             return timer;
         }
 
-        bool contains(const fxTimer* timer) const { return *linkOf(timer) != nullptr; }
-
+        // False if it is not in the list; most are in none, which is seen at once.
         bool remove(fxTimer* timer) {
-            fxTimer** link = const_cast<fxTimer**>(linkOf(timer));
+            if (!first || (!timer->next && end != &timer->next))
+                return false;
+            fxTimer** link = &first;
+            while (*link && *link != timer)
+                link = &(*link)->next;
             if (!*link)
                 return false;
             *link = timer->next;
@@ -57,178 +141,154 @@ struct fxTimer::Alarm : public fxInProgress<fxTimer::Alarm> {
         }
 
     private:
-        // Most timers asked for are in no list, which is seen at once.
-        fxTimer* const* linkOf(const fxTimer* timer) const {
-            if (!timer->next && end != &timer->next)
-                return end;
-            fxTimer* const* link = &first;
-            while (*link && *link != timer)
-                link = &(*link)->next;
-            return link;
-        }
-
         fxTimer* first;
         fxTimer** end;  // where the next one is linked
     };
 
-    Alarm() : ticking(nullptr) {}
-    ~Alarm();
+    Alarm() : ticking(nullptr) {
+        if (depth++ == 0)
+            ++number;
+    }
 
-    static bool inProgress();
-    static bool hasTicked(const fxTimer* timer);
-    static void takeOut(fxTimer* timer);
+    // Timers start anew, also when a tick threw.
+    ~Alarm() {
+        ticked();
+        if (--depth == 0) {
+            lately = 0;
+            startThoseWaiting();
+        }
+        while (fxTimer* timer = restart.takeFirst())
+            timer->addToActiveList();
+    }
+
+    void isToTick(fxTimer* timer) {
+        ticking = timer;
+        if (lately == few)
+            noteThoseOfLately();
+        tickedLately[lately++] = timer;
+    }
+
+    // Whether it ticked in the alarms in progress.
+    static bool hasTicked(const fxTimer* timer) {
+        noteThoseOfLately();
+        return KnownTimers::find(fxTickOutput::keyOf(*timer), timer)->tickedIn == number;
+    }
+
+    // Most alarms end before anybody has asked.
+    static void noteThoseOfLately() {
+        while (lately != 0) {
+            const fxTimer* timer = tickedLately[--lately];
+            KnownTimers::find(fxTickOutput::keyOf(*timer), timer)->tickedIn = number;
+        }
+    }
+
+    // The tick is over.
+    void ticked() {
+        fxTimer* timer = std::exchange(ticking, nullptr);
+        if (timer && timer->repeat && !timer->active)
+            restart.append(timer);
+    }
 
     fxTimer* ticking;  // the timer whose tick is being called; null once it is destroyed
     List restart;      // repeating timers that have ticked, to start anew in firing order
 
-    inline static List waiting;             // active from the next alarm on
-    inline static List spent;               // have ticked and wait for nothing
-    inline static unsigned int marked = 0;  // timers in the active list that have ticked
+    static const unsigned int few = 256;
+    inline static fxTimer* tickedLately[few];  // not yet noted in their entries
+    inline static unsigned int lately = 0;     // how many
+
+    inline static List waiting;              // active from the next alarm on
+    inline static unsigned int depth = 0;    // alarms in progress
+    inline static std::uint64_t number = 0;  // counts those that are in no other
 };
-
-// Timers start anew, also when a tick threw. What has ticked is forgotten with
-// the outermost alarm; those that are marked are near the front, where a start
-// has just put them.
-fxTimer::Alarm::~Alarm() {
-    bool isOutermost = true;
-    forEach([&](const Alarm& alarm) { isOutermost = isOutermost && &alarm == this; });
-    if (isOutermost)
-        startThoseWaiting();
-    while (fxTimer* timer = restart.takeFirst())
-        timer->addToActiveList();
-    if (!isOutermost)
-        return;
-    while (spent.takeFirst()) {
-    }
-    for (fxTimer* timer = activeTimers; timer && marked != 0; timer = timer->next) {
-        if (timer->active == hasTickedAndIsActive) {
-            timer->active = 1;
-            --marked;
-        }
-    }
-}
-
-bool fxTimer::Alarm::inProgress() {
-    bool any = false;
-    forEach([&](const Alarm&) { any = true; });
-    return any;
-}
-
-bool fxTimer::Alarm::hasTicked(const fxTimer* timer) {
-    bool found = timer->active == hasTickedAndIsActive;
-    forEach([&](const Alarm& alarm) {
-        found = found || alarm.ticking == timer ||
-                (!timer->active && (alarm.restart.contains(timer) || spent.contains(timer)));
-    });
-    return found;
-}
-
-// `timer`, which is not active, waits for no alarm to start it anew.
-void fxTimer::Alarm::takeOut(fxTimer* timer) {
-    forEach([&](Alarm& alarm) { alarm.restart.remove(timer); });
-    spent.remove(timer);
-}
 
 // The output.
 
-void fxTickOutput::isGoing(const char* itsName) {
-    gone = gone || std::strcmp(itsName, name()) == 0;
-}
-
 namespace {
-// The pointer to the output without value that is called "tick" in the object's
-// dictionary; null if there is none.
-void** presentTickOf(const fxObj& timer) {
+const char tickName[] = "tick";
+
+// The output without value that is called "tick" in the object's dictionary;
+// null if there is none.
+fxOutputChannel* presentTickOf(const fxObj& timer) {
     const fxProperty* outputs = timer.findProperty("outputs");
     if (!outputs || outputs->getType() != fxDT_VoidPtr)
         return nullptr;
     // A tick allocates nothing, and timers may outlive other static objects.
-    static const fxStr& name = *fxNew<fxStr>(fxTickOutput::name());
+    static const fxStr& name = *fxNew<fxStr>(tickName);
     const auto* channels = static_cast<const fxVoidPtrDict*>(outputs->getAsVoidPtr());
     void** found = channels ? channels->find(name) : nullptr;
-    if (!found || !*found || static_cast<fxOutputChannel*>(*found)->getType() != fxDT_void)
-        return nullptr;
-    return found;
+    auto* channel = found ? static_cast<fxOutputChannel*>(*found) : nullptr;
+    return channel && channel->getType() == fxDT_void ? channel : nullptr;
 }
 }  // namespace
 
+// The entry's key; see Known.
+const void* fxTickOutput::keyOf(const fxTimer& timer) {
+    if (timer.tickOut)
+        return timer.tickOut;
+    return &timer;
+}
+
+void fxTickOutput::set(fxTimer& timer, fxOutputChannel* out) {
+    const Known* entry = KnownTimers::find(keyOf(timer), &timer);
+    Known moved = *entry;
+    KnownTimers::remove(entry);
+    timer.tickOut = out;
+    moved.key = keyOf(timer);
+    KnownTimers::add(moved);
+}
+
+void fxTickOutput::isGoing(const fxOutputChannel* out) {
+    while (const Known* known = KnownTimers::find(out, nullptr))
+        set(*known->timer, nullptr);
+}
+
 fxTimer::fxTimer(unsigned char repeating)
     : interval(0), delta(0), active(0), repeat(repeating), tickOut(nullptr), next(nullptr) {
-    tickOut = addOutput(fxTickOutput::name(), fxDT_void);
+    tickOut = addOutput(tickName, fxDT_void);
+    KnownTimers::add({fxTickOutput::keyOf(*this), this, 0});
 }
 
 fxTimer::~fxTimer() {
+    stopTimer();
     Alarm::forEach([this](Alarm& alarm) {
         if (alarm.ticking == this)
             alarm.ticking = nullptr;
+        alarm.restart.remove(this);
     });
-    takeOut();
-    // The output ends here, so that what is left to the base is no timer's.
-    if (void** channel = presentTickOf(*this))
-        delete static_cast<fxOutputChannel*>(std::exchange(*channel, nullptr));
+    Alarm::noteThoseOfLately();
+    KnownTimers::remove(KnownTimers::find(fxTickOutput::keyOf(*this), this));
 }
 
 void fxTimer::tick() {
-    if (fxTickOutput::anyHasGone()) {
-        void** channel = presentTickOf(*this);
-        tickOut = channel ? static_cast<fxOutputChannel*>(*channel) : nullptr;
+    if (!tickOut) {
+        fxOutputChannel* out = presentTickOf(*this);
+        if (!out)
+            return;
+        fxTickOutput::set(*this, out);
     }
-    if (tickOut)
-        sendVoid(tickOut, fxSendQueued);
+    sendVoid(tickOut, fxSendQueued);
 }
 
 // Starting and stopping.
 
 void fxTimer::startTimer() {
-    if (Alarm::inProgress()) {
-        startInAnAlarm();
-        return;
-    }
     if (active)
         removeFromActiveList();
+    if (Alarm::depth != 0) {
+        Alarm::forEach([this](Alarm& alarm) { alarm.restart.remove(this); });
+        if (!(interval > 0) && Alarm::hasTicked(this)) {
+            delta = 0;
+            active = 1;
+            Alarm::waiting.append(this);
+            return;
+        }
+    }
     addToActiveList();
 }
 
-void fxTimer::startInAnAlarm() {
-    const bool hasTicked = Alarm::hasTicked(this);
-    takeOut();
-    if (!hasTicked) {
-        addToActiveList();
-        return;
-    }
-    if (interval > 0) {
-        addToActiveList();
-        ++Alarm::marked;
-    } else {
-        Alarm::waiting.append(this);
-    }
-    active = Alarm::hasTickedAndIsActive;
-}
-
 void fxTimer::stopTimer() {
-    if (!active)
-        return;
-    if (!Alarm::inProgress()) {
+    if (active)
         removeFromActiveList();
-        return;
-    }
-    const bool hasTicked = Alarm::hasTicked(this);
-    takeOut();
-    if (hasTicked)
-        Alarm::spent.append(this);
-}
-
-// Takes the timer out of whatever list it is in.
-void fxTimer::takeOut() {
-    if (!active) {
-        Alarm::takeOut(this);
-    } else if (active == Alarm::hasTickedAndIsActive && Alarm::waiting.remove(this)) {
-        active = 0;
-    } else {
-        if (active == Alarm::hasTickedAndIsActive)
-            --Alarm::marked;
-        removeFromActiveList();
-    }
 }
 
 void fxTimer::startThoseWaiting() {
@@ -262,13 +322,15 @@ void fxTimer::removeFromActiveList() {
     fxTimer** link = &activeTimers;
     while (*link && *link != this)
         link = &(*link)->next;
-    if (!*link)
+    active = 0;
+    if (!*link) {
+        Alarm::waiting.remove(this);
         return;
+    }
     if (next)
         next->delta += delta;
     *link = next;
     next = nullptr;
-    active = 0;
 }
 
 void fxTimer::alarm(float elapsed) {
@@ -281,21 +343,13 @@ void fxTimer::alarm(float elapsed) {
             timer->delta = due - elapsed;
             break;
         }
-        if (timer->active == Alarm::hasTickedAndIsActive)
-            --Alarm::marked;
         activeTimers = timer->next;
         timer->next = nullptr;
         timer->active = 0;
-        alarm.ticking = timer;
+        alarm.isToTick(timer);
         timer->tick();
-        // An endless new delta would keep the others from ticking for ever.
-        const bool lives = alarm.ticking != nullptr;
-        elapsed = number(elapsed - (lives && std::isfinite(timer->delta) ? timer->delta : due));
-        if (lives && !timer->active) {
-            Alarm::spent.remove(timer);
-            (timer->repeat ? alarm.restart : Alarm::spent).append(timer);
-        }
-        alarm.ticking = nullptr;
+        elapsed = number(elapsed - (alarm.ticking ? timer->delta : due));
+        alarm.ticked();
     }
     // NOLINTNEXTLINE(clang-analyzer-core.StackAddressEscape): its end puts the one before back.
 }

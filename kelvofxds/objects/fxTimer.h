@@ -50,19 +50,18 @@ public:
 
 private:
     friend class fxExec;
+    friend class fxTickOutput;
     friend struct fxTimerLayout;  // tests/objects/fxTimer_test.cpp
     struct Alarm;
 
     static void startThoseWaiting();
-    void startInAnAlarm();
-    void takeOut();
     void addToActiveList();
     void removeFromActiveList();
 
     float interval;            // seconds
     float delta;               // seconds from the expiry of the timer before
-    unsigned char active;      // 1 while in the active list; 2: see Alarm
+    unsigned char active;      // 1 while in the active list, or waiting to be
     unsigned char repeat;      // as constructed
-    fxOutputChannel* tickOut;  // the output "tick"
+    fxOutputChannel* tickOut;  // the output "tick"; null once that has gone
     fxTimer* next;             // in the active list
 };

@@ -496,18 +496,24 @@ TEST_F(fxTimerAlarm, endlessIntervalsLetTheOthersTick) {
     timer.stopTimer();
 }
 
-TEST_F(fxTimerAlarm, timerThatStartsItselfForeverLetsTheOthersTick) {
-    ScriptedTimer timer("tick", 0.5F), other("other", 1.0F);
+// It is charged as any other new delta is, so nothing is left for the others;
+// no delta is lost in that, and a timer that is started anew comes before it.
+TEST_F(fxTimerAlarm, deliberateTimerThatStartsItselfForeverMakesTheNextOneWaitForever) {
+    ScriptedTimer timer("tick", 0.5F), other("other", 1.0F), last("last", 2.0F);
     timer.onTick = [&] {
         timer.setInterval(infinity);
         timer.startTimer();
     };
-    timer.startTimer();
-    other.startTimer();
+    for (fxTimer* t : {&timer, &other, &last})
+        t->startTimer();
     fxTimer::alarm(0.75F);
     EXPECT_EQ("tick ", log());
-    EXPECT_EQ(ActiveList({{&other, 0.25F}, {&timer, infinity}}), activeList());
-    fxTimer::alarm(0.25F);
-    EXPECT_EQ("other ", log());
+    EXPECT_EQ(ActiveList({{&other, infinity}, {&last, 1.0F}, {&timer, infinity}}), activeList());
+    for (fxTimer* t : {&other, &last})
+        t->startTimer();
+    EXPECT_EQ(ActiveList({{&other, 1.0F}, {&last, 1.0F}, {&timer, infinity}}), activeList());
+    fxTimer::alarm(2.0F);
+    EXPECT_EQ("other last ", log());
+    EXPECT_EQ(ActiveList({{&timer, infinity}}), activeList());
     timer.stopTimer();
 }

@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -84,6 +85,43 @@ TEST_F(fxTimerImmediate, oneThatHasNotTickedTicksInTheAlarmThatStartsIt) {
     expectTicks("a fresh active ", 0.5F);
 }
 
+// What it has of this alarm is nothing, so that is what it is charged; as with
+// any new delta, the one behind it is charged the difference to the old one.
+TEST_F(fxTimerImmediate, oneThatStartsItselfIsChargedNothing) {
+    const float notANumber = std::numeric_limits<float>::quiet_NaN();
+    for (const float interval : {0.0F, -0.0F, -0.001F, -1e30F, notANumber}) {
+        for (const bool repeats : {false, true}) {
+            SCOPED_TRACE(testing::Message() << interval << (repeats ? ", repeating" : ""));
+            ScriptedTimer timer("tick", 1.0F, repeats), behind("behind", 2.0F), last("last", 4.0F);
+            startsInItsTick(timer, timer, interval);
+            for (fxTimer* t : {&timer, &behind, &last})
+                t->startTimer();
+            expectTicks("tick behind ", 1.5F);
+            EXPECT_EQ(&timer, fxTimer::activeTimers);
+            EXPECT_EQ(&last, successorOf(timer));
+            if (!(interval < 0)) {
+                EXPECT_EQ(ActiveList({{&timer, 0}, {&last, 1.5F}}), activeList());
+            }
+            timer.stopTimer();
+        }
+    }
+}
+
+// It is charged the same as one that starts itself with next to nothing.
+TEST_F(fxTimerImmediate, oneThatStartsItselfAlmostAtOnceIsChargedAlmostNothing) {
+    ScriptedTimer timer("tick", 1.0F), behind("behind", 2.0F);
+    bool first = true;
+    timer.onTick = [&] {
+        if (std::exchange(first, false)) {
+            timer.setInterval(0x1p-20F);
+            timer.startTimer();
+        }
+    };
+    timer.startTimer();
+    behind.startTimer();
+    expectTicks("tick tick behind ", 1.5F);
+}
+
 TEST_F(fxTimerImmediate, oneThatTickedBeforeAnotherStartsItWaits) {
     for (const bool repeats : {false, true}) {
         SCOPED_TRACE(repeats);
@@ -123,6 +161,24 @@ TEST_F(fxTimerImmediate, whatHappensInBetweenDoesNotMatter) {
         EXPECT_EQ(&fired, fxTimer::activeTimers);
         fired.stopTimer();
     }
+}
+
+// In an alarm it may tick again and again.
+TEST_F(fxTimerImmediate, onesThatTickOftenWaitOnceTheyStartAtOnce) {
+    ScriptedTimer a("a", 0.25F), b("b", 0.25F), last("last", 1.0F);
+    a.onTick = [&] { a.startTimer(); };
+    b.onTick = [&] { b.startTimer(); };
+    last.onTick = [&] {
+        a.setInterval(0);
+        a.startTimer();
+    };
+    for (fxTimer* timer : {&a, &b, &last})
+        timer->startTimer();
+    expectTicks("a b a b a b last b ", 1.0F);
+    EXPECT_EQ(ActiveList({{&a, 0}, {&b, 0.25F}}), activeList());
+    a.onTick = nullptr;
+    expectTicks("a ", 0);
+    b.stopTimer();
 }
 
 TEST_F(fxTimerImmediate, oneThatIsStoppedAfterwardsDoesNotTick) {
@@ -254,4 +310,38 @@ TEST_F(fxTimerImmediate, tickThatThrowsLeavesTheOthersToTheNextAlarm) {
     again.stopTimer();
     expectTicks("due waits ", 0);
     waits.stopTimer();
+}
+
+TEST_F(fxTimerImmediate, repeatingTimerWhoseTickThrowsStartsAnewAfterTheOthers) {
+    for (const bool startsItself : {false, true}) {
+        SCOPED_TRACE(startsItself);
+        ScriptedTimer again("again", 0.25F, true), thrower("thrower", 0.25F, true);
+        thrower.onTick = [&] {
+            if (startsItself)
+                thrower.startTimer();
+            throw 1;
+        };
+        again.startTimer();
+        thrower.startTimer();
+        EXPECT_THROW(fxTimer::alarm(0.25F), int);
+        EXPECT_EQ("again thrower ", log());
+        if (startsItself)
+            EXPECT_EQ(ActiveList({{&thrower, 0.25F}, {&again, 0}}), activeList());
+        else
+            EXPECT_EQ(ActiveList({{&again, 0.25F}, {&thrower, 0}}), activeList());
+        again.stopTimer();
+        thrower.stopTimer();
+    }
+}
+
+TEST_F(fxTimerImmediate, repeatingTimerThatThrowsInItsDestructionIsForgotten) {
+    auto thrower = std::make_unique<ScriptedTimer>("thrower", 0.25F, true);
+    thrower->onTick = [&] {
+        thrower.reset();
+        throw 1;
+    };
+    thrower->startTimer();
+    EXPECT_THROW(fxTimer::alarm(0.25F), int);
+    EXPECT_EQ("thrower ", log());
+    EXPECT_EQ(nullptr, fxTimer::activeTimers);
 }

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
 #include "kelvofxds/values/fxProperty.h"
 #include "tests/support/loopFixture.h"
@@ -204,6 +205,80 @@ TEST_F(fxTimerTest, sendsOnItsPresentOutputOrOnNone) {
     }
 }
 
+namespace {
+
+// Counts the look-ups in it.
+class CountingDict : public fxVoidPtrDict {
+public:
+    unsigned int hashKey(const void* key) const override {
+        ++lookUps;
+        return fxVoidPtrDict::hashKey(key);
+    }
+
+    mutable int lookUps = 0;
+};
+
+}  // namespace
+
+TEST_F(fxTimerTest, looksItsOutputUpOnlyAfterItsOwnHasGone) {
+    auto* outputs = new CountingDict;
+    outputs->findCreate("tick") = new fxOutputChannel(fxDT_void);
+    fxTimer timer(0);
+    timer.setProperty(new fxProperty(fxProperty::findTag("outputs"), outputs, dt_output_dict));
+    timer.tick();
+    {
+        fxObj other, removed;
+        other.addOutput("tick", fxDT_void);
+        removed.addOutput("tick", fxDT_void);
+        removed.removeOutput("tick");
+        const fxTimer another(0);
+    }
+    outputs->lookUps = 0;
+    timer.tick();
+    EXPECT_EQ(0, outputs->lookUps);
+    EXPECT_EQ(*outputs->find("tick"), fxTimerLayout::tickOut(timer));
+}
+
+TEST_F(fxTimerTest, ofManyTimersThoseWhoseOutputGoesForgetIt) {
+    Receiver receiver("received");
+    std::vector<std::unique_ptr<fxTimer>> many;
+    for (int i = 0; i < 300; ++i) {
+        many.push_back(std::make_unique<fxTimer>(0));
+        many.back()->connect("tick", &receiver, "in");
+    }
+    for (int i = 0; i < 300; i += 2)
+        many[i % 4 == 0 ? i : 300 - i]->removeOutput("tick");
+    for (int i = 0; i < 300; i += 3)
+        many[i].reset();
+    for (int i = 0; i < 300; ++i) {
+        if (many[i]) {
+            SCOPED_TRACE(i);
+            const bool sends = fxTimerLayout::tickOut(*many[i]) != nullptr;
+            many[i]->tick();
+            fx_theEventHandler->distributeEvents();
+            EXPECT_EQ(sends ? "received " : "", log());
+            EXPECT_EQ(i % 2 == 1, sends);
+        }
+    }
+}
+
+// A property may belong to several objects.
+TEST_F(fxTimerTest, timersThatShareTheirOutputForgetItTogether) {
+    fxTimer a(0), b(0);
+    Receiver receiver("received");
+    b.setProperty(a.findProperty("outputs"));
+    a.connect("tick", &receiver, "in");
+    a.tick();
+    b.tick();
+    fx_theEventHandler->distributeEvents();
+    EXPECT_EQ("received received ", log());
+    b.removeOutput("tick");
+    a.tick();
+    b.tick();
+    fx_theEventHandler->distributeEvents();
+    EXPECT_EQ("", log());
+}
+
 // The delta list.
 
 TEST_F(fxTimerTest, startPutsATimerWhereItExpires) {
@@ -263,6 +338,24 @@ TEST_F(fxTimerTest, startedTimerIsActive) {
     EXPECT_TRUE(timer.isActive());
     EXPECT_EQ(&timer, fxTimer::activeTimers);
     timer.stopTimer();
+}
+
+TEST_F(fxTimerTest, timerStartedInAnAlarmIsActiveAsAnyOther) {
+    for (const float interval : {0.0F, 0.5F}) {
+        SCOPED_TRACE(interval);
+        ScriptedTimer timer("", 0.5F);
+        timer.onTick = [&] {
+            EXPECT_EQ(0u, fxTimerLayout::active(timer));
+            timer.setInterval(interval);
+            timer.startTimer();
+            EXPECT_EQ(1u, fxTimerLayout::active(timer));
+        };
+        timer.startTimer();
+        fxTimer::alarm(0.5F);
+        EXPECT_EQ(1u, fxTimerLayout::active(timer));
+        timer.stopTimer();
+        EXPECT_EQ(0u, fxTimerLayout::active(timer));
+    }
 }
 
 TEST_F(fxTimerTest, intervalAppliesFromTheNextStart) {
