@@ -12,6 +12,8 @@ public:
     /// `out` is being deleted. The cost does not depend on the number of timers.
     static void isGoing(const fxOutputChannel* out);
 
+    /// What `timer` is known by: its output, or itself without one.
     static const void* keyOf(const fxTimer& timer);
+    /// `timer` sends on `out` from now on; null: on none.
     static void set(fxTimer& timer, fxOutputChannel* out);
 };

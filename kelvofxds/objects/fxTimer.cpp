@@ -31,15 +31,22 @@ struct Known {
 // may live as long as the process, so it is never freed.
 class KnownTimers {
 public:
-    // The first entry with `key`, of `timer` unless that is null; or null.
-    static Known* find(const void* key, const fxTimer* timer) {
+    // The first entry with `key`, or null.
+    static Known* find(const void* key) {
         if (count == 0)
             return nullptr;
-        for (unsigned int i = homeOf(key); places[i].key; i = behind(i)) {
-            if (places[i].key == key && (!timer || places[i].timer == timer))
-                return &places[i];
-        }
-        return nullptr;
+        unsigned int i = homeOf(key);
+        while (places[i].key && places[i].key != key)
+            i = behind(i);
+        return places[i].key ? &places[i] : nullptr;
+    }
+
+    // The entry of `timer`, which has `key`.
+    static Known& of(const fxTimer& timer, const void* key) {
+        unsigned int i = homeOf(key);
+        while (places[i].key != key || places[i].timer != &timer)
+            i = behind(i);
+        return places[i];
     }
 
     static void add(const Known& entry) {
@@ -50,8 +57,8 @@ public:
     }
 
     // Those behind the entry move up, unless they are before their home then.
-    static void remove(const Known* entry) {
-        unsigned int free = static_cast<unsigned int>(entry - places);
+    static void remove(const Known& entry) {
+        unsigned int free = static_cast<unsigned int>(&entry - places);
         for (unsigned int i = behind(free); places[i].key; i = behind(i)) {
             const unsigned int fromHome = i - homeOf(places[i].key);
             const unsigned int fromFree = i - free;
@@ -124,20 +131,19 @@ struct __attribute__((visibility("hidden"))) fxTimer::Alarm : public fxInProgres
             return timer;
         }
 
-        // False if it is not in the list; most are in none, which is seen at once.
-        bool remove(fxTimer* timer) {
+        // If it is in the list; most are in none, which is seen at once.
+        [[gnu::noinline]] void remove(fxTimer* timer) {
             if (!first || (!timer->next && end != &timer->next))
-                return false;
+                return;
             fxTimer** link = &first;
             while (*link && *link != timer)
                 link = &(*link)->next;
             if (!*link)
-                return false;
+                return;
             *link = timer->next;
             timer->next = nullptr;
             if (end == &timer->next)
                 end = link;
-            return true;
         }
 
     private:
@@ -171,15 +177,27 @@ struct __attribute__((visibility("hidden"))) fxTimer::Alarm : public fxInProgres
     // Whether it ticked in the alarms in progress.
     static bool hasTicked(const fxTimer* timer) {
         noteThoseOfLately();
-        return KnownTimers::find(fxTickOutput::keyOf(*timer), timer)->tickedIn == number;
+        return KnownTimers::of(*timer, fxTickOutput::keyOf(*timer)).tickedIn == number;
     }
 
-    // Most alarms end before anybody has asked.
+    // To note each tick at once would cost as much as the rest of the alarm; most
+    // alarms end before anybody has asked.
     static void noteThoseOfLately() {
         while (lately != 0) {
             const fxTimer* timer = tickedLately[--lately];
-            KnownTimers::find(fxTickOutput::keyOf(*timer), timer)->tickedIn = number;
+            KnownTimers::of(*timer, fxTickOutput::keyOf(*timer)).tickedIn = number;
         }
+    }
+
+    // Starts a timer that has to wait for the next alarm; false if it has not.
+    [[gnu::noinline]] static bool letWait(fxTimer* timer) {
+        forEach([timer](Alarm& alarm) { alarm.restart.remove(timer); });
+        if (timer->interval > 0 || !hasTicked(timer))
+            return false;
+        timer->delta = 0;
+        timer->active = 1;
+        waiting.append(timer);
+        return true;
     }
 
     // The tick is over.
@@ -229,8 +247,8 @@ const void* fxTickOutput::keyOf(const fxTimer& timer) {
 }
 
 void fxTickOutput::set(fxTimer& timer, fxOutputChannel* out) {
-    const Known* entry = KnownTimers::find(keyOf(timer), &timer);
-    Known moved = *entry;
+    const Known& entry = KnownTimers::of(timer, keyOf(timer));
+    Known moved = entry;
     KnownTimers::remove(entry);
     timer.tickOut = out;
     moved.key = keyOf(timer);
@@ -238,7 +256,7 @@ void fxTickOutput::set(fxTimer& timer, fxOutputChannel* out) {
 }
 
 void fxTickOutput::isGoing(const fxOutputChannel* out) {
-    while (const Known* known = KnownTimers::find(out, nullptr))
+    while (const Known* known = KnownTimers::find(out))
         set(*known->timer, nullptr);
 }
 
@@ -256,7 +274,7 @@ fxTimer::~fxTimer() {
         alarm.restart.remove(this);
     });
     Alarm::noteThoseOfLately();
-    KnownTimers::remove(KnownTimers::find(fxTickOutput::keyOf(*this), this));
+    KnownTimers::remove(KnownTimers::of(*this, fxTickOutput::keyOf(*this)));
 }
 
 void fxTimer::tick() {
@@ -274,16 +292,8 @@ void fxTimer::tick() {
 void fxTimer::startTimer() {
     if (active)
         removeFromActiveList();
-    if (Alarm::depth != 0) {
-        Alarm::forEach([this](Alarm& alarm) { alarm.restart.remove(this); });
-        if (!(interval > 0) && Alarm::hasTicked(this)) {
-            delta = 0;
-            active = 1;
-            Alarm::waiting.append(this);
-            return;
-        }
-    }
-    addToActiveList();
+    if (Alarm::depth == 0 || !Alarm::letWait(this))
+        addToActiveList();
 }
 
 void fxTimer::stopTimer() {
@@ -307,8 +317,11 @@ void fxTimer::addToActiveList() {
     float d = interval >= std::numeric_limits<float>::lowest() ? interval : 0;
     fxTimer** link = &activeTimers;
     while (*link && d >= (*link)->delta) {
-        d = number(d - (*link)->delta);
+        d -= (*link)->delta;
         link = &(*link)->next;
+        // Of two endless ones the second is due with the first.
+        if (__builtin_expect(std::isnan(d), false))
+            d = 0;
     }
     delta = d;
     next = *link;

@@ -181,6 +181,39 @@ TEST_F(fxTimerImmediate, onesThatTickOftenWaitOnceTheyStartAtOnce) {
     b.stopTimer();
 }
 
+TEST_F(fxTimerImmediate, howManyHaveTickedDoesNotMatter) {
+    for (const unsigned int n : {1U, 255U, 256U, 257U, 1000U}) {
+        SCOPED_TRACE(n);
+        std::vector<std::unique_ptr<ScriptedTimer>> timers;
+        for (unsigned int i = 0; i < n; ++i) {
+            timers.push_back(std::make_unique<ScriptedTimer>("", 0.0F));
+            timers.back()->startTimer();
+        }
+        unsigned int waiting = 0;
+        ScriptedTimer last("last", 0), fresh("fresh", 0);
+        last.onTick = [&] {
+            for (unsigned int i = 0; i < n; i += 3)
+                timers[i].reset();
+            for (const auto& timer : timers) {
+                if (timer) {
+                    timer->name = "w";
+                    timer->startTimer();
+                    ++waiting;
+                }
+            }
+            fresh.startTimer();
+        };
+        last.startTimer();
+        fxTimer::alarm(0);
+        const std::string first = log();
+        EXPECT_EQ("last fresh ", first.substr(first.find('l')));
+        EXPECT_EQ(waiting, activeList().size());
+        fxTimer::alarm(0);
+        EXPECT_EQ(2 * waiting, log().size());
+        EXPECT_EQ(nullptr, fxTimer::activeTimers);
+    }
+}
+
 TEST_F(fxTimerImmediate, oneThatIsStoppedAfterwardsDoesNotTick) {
     for (const bool byAnother : {false, true}) {
         SCOPED_TRACE(byAnother);
