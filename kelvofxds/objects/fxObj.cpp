@@ -1,7 +1,5 @@
 #include "kelvofxds/objects/fxObj.h"
 
-#include <utility>
-
 #include "kelvofxds/containers/fxTypedArrays.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxInProgressInternal.h"
@@ -25,7 +23,8 @@ fxProperty* propertyAt(const fxVoidPtrArray& properties, unsigned int i) {
 // A removal of all properties. What they call back may set and remove some, and
 // delete the object.
 struct __attribute__((visibility("hidden"))) fxObj::Removal : public fxInProgress<fxObj::Removal> {
-    explicit Removal(fxObj* o, bool last = false) : object(o), isLast(last), isReleasing(false) {}
+    explicit Removal(fxObj* o, bool last = false)
+        : object(o), isLast(last), isEndless(false), depth(0) {}
 
     void run() const {
         while (const fxProperty* property = next())
@@ -78,21 +77,25 @@ struct __attribute__((visibility("hidden"))) fxObj::Removal : public fxInProgres
         return last;
     }
 
-    // Takes a property from an object that takes none. One that is set by
-    // another one that goes in this way would set the next, and so on, if its
-    // value were told.
+    // Takes a property from an object that takes none. The end of its value may
+    // set the next, and so on. Where that has gone deepest it is taken for
+    // endless: from then on, what is set within such an end sets nothing.
     void releaseAtOnce(fxProperty* property) {
         ++property->count;
-        if (isReleasing && property->count == 1)
+        isEndless = isEndless || depth == deepest;
+        if (depth != 0 && isEndless && property->count == 1)
             property->abandon();
-        const bool before = std::exchange(isReleasing, true);
+        ++depth;
         release(property);
-        isReleasing = before;
+        --depth;
     }
+
+    static const unsigned int deepest = 100;
 
     fxObj* object;  // null once it is destroyed
     const bool isLast;
-    bool isReleasing;
+    bool isEndless;
+    unsigned int depth;        // of properties released at once
     fxVoidPtrArray newcomers;  // set meanwhile: they stay
 };
 

@@ -56,6 +56,10 @@ public:
     /// with the same tag. Returns this object.
     /// An object in its destructor releases what its properties set while they
     /// go; from then on it takes nothing more: what is set is released at once.
+    /// Deliberate: where one that is released at once sets another, and so on a
+    /// hundred deep, this is taken for endless, and what further ones hold is
+    /// left to itself: no destroy function is called and no object or holder
+    /// deleted. Texts and strings always go.
     fxObj& setProperty(fxProperty* property);
     /// Releases the property with the tag or name, if there is one. Returns
     /// this object.

@@ -124,6 +124,12 @@ void fxProperty::cleanup() {
 }
 
 void fxProperty::abandon() {
+    if (type == fxDT_CharPtr || type == fxDT_fxStr)
+        return;
+    if (type == fxDT_ObjPtr && value.asObjPtr && value.asObjPtr->count > 1)
+        --value.asObjPtr->count;
+    if (type == fxDT_DataPtr && value.asData && value.asData->count > 1)
+        --value.asData->count;
     std::memset(&value, 0, sizeof value);
     std::memset(&extra, 0, sizeof extra);
 }

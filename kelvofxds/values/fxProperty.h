@@ -85,7 +85,7 @@ private:
     friend class fxObj;
     friend struct fxPropertyLayout;  // tests/values/fxProperty_test.cpp
 
-    // Leaves the value, with what it owns, to itself.
+    // Leaves the value to itself if its end may call a host back.
     void abandon();
 
     unsigned short tag;   // index of the name

@@ -1,3 +1,4 @@
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
@@ -6,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/objects/fxMessageEvent.h"
+#include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/values/fxProperty.h"
 #include "tests/support/dataFlow.h"
 
@@ -292,8 +294,8 @@ TEST_F(reentrantProperties, removalOfAllLeavesWhatIsSetMeanwhile) {
     object->removeAllProperties();
     EXPECT_EQ(2, renewal.ends);
     delete object;
-    EXPECT_EQ(5, renewal.ends)
-        << "the one there, the one set meanwhile, and the one that is released at once";
+    EXPECT_EQ(4 + 100, renewal.ends)
+        << "the one there, the one set meanwhile, and those that are released at once";
 }
 
 TEST_F(reentrantProperties, removalOfAllLeavesWhatTookTheSameTag) {
@@ -356,6 +358,60 @@ TEST_F(reentrantProperties, dyingObjectReleasesAtOnceWhatIsSetInItsLastWalk) {
     delete object;
     EXPECT_EQ("132", ends);
     EXPECT_EQ(0U, found);
+}
+
+TEST_F(reentrantProperties, dyingObjectReleasesWhatThoseSetThatItReleasesAtOnce) {
+    auto* object = new fxObj;
+    std::string ends;
+    auto* held = new FlowNode(log, "held");
+    ++held->count;
+    object->setProperty(actingProperty(1, [&] {
+        object->setProperty(actingProperty(2, [&] {
+            object->setProperty(actingProperty(3, [&] {
+                for (const char* word : {"a", "b", "c"})
+                    object->setProperty(actingProperty(4, [&ends, word] { ends += word; }));
+                object->setProperty(new fxProperty(tagOf(4), ::strdup("owned"), 1));
+                object->setProperty(new fxProperty(tagOf(4), fxStr("a string's text")));
+                object->setProperty(new fxProperty(tagOf(4), static_cast<fxObj*>(held)));
+                object->setProperty(new fxProperty(tagOf(4), new SpyData(1)));
+                EXPECT_EQ("1abc", ends) << "at once";
+                EXPECT_EQ(0, SpyData::alive);
+                EXPECT_EQ(1, held->count);
+                ends += '3';
+            }));
+            ends += '2';
+        }));
+        ends += '1';
+    }));
+    delete object;
+    EXPECT_EQ("1abc32", ends);
+    delete held;
+}
+
+TEST_F(reentrantProperties, deliberateDestroyFunctionsOfADyingObjectSetAHundredDeep) {
+    // Each sets those behind it, and two kinds of text, as often as told.
+    struct Endless {
+        fxObj* object;
+        int times;
+        int ends = 0;
+
+        static void renew(void* value) {
+            auto* self = static_cast<Endless*>(value);
+            const bool inAWalk = ++self->ends <= 2;
+            for (int i = 0; i < (inAWalk ? 1 : self->times); ++i)
+                self->object->setProperty(new fxProperty(tagOf(5), self, renew));
+            self->object->setProperty(new fxProperty(tagOf(6), ::strdup("owned"), 1));
+            self->object->setProperty(new fxProperty(tagOf(6), fxStr("a string's text")));
+        }
+    };
+    for (const int times : {1, 2, 10}) {
+        SCOPED_TRACE(times);
+        auto* object = new fxObj;
+        Endless endless{object, times};
+        object->setProperty(new fxProperty(tagOf(5), &endless, Endless::renew));
+        delete object;
+        EXPECT_EQ(2 + 100, endless.ends) << "one in each walk, and those set at once";
+    }
 }
 
 TEST_F(reentrantProperties, dyingObjectLeavesPropertiesThatOthersHoldWhole) {
