@@ -22,6 +22,25 @@ void fxEventHandler::postEvent(fxEvent* e, unsigned char atFront) {
 
 // Messages.
 
+namespace {
+// Deletes a holder that has been sent, unless messages hold it; also when a
+// host's exception passes.
+class Sent {
+public:
+    Sent(fxData* d, fxObj::fxSendFlags f) : data(d), flags(f) {}
+    Sent(const Sent&) = delete;
+    Sent& operator=(const Sent&) = delete;
+    ~Sent() {
+        if (flags == fxObj::fxSendNow || data->count == 0)
+            delete data;
+    }
+
+private:
+    fxData* data;
+    fxObj::fxSendFlags flags;
+};
+}  // namespace
+
 void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSendFlags flags) {
     if (fxSendWalk::countOf(out) == 0) {
         delete data;
@@ -29,30 +48,27 @@ void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSe
     }
     if (!data)
         return;
-    {
-        fxSendWalk walk(out);
-        while (fxInputChannel* connection = walk.next()) {
-            if (connection->isLatestOnly()) {
-                while (walk.currentIsConnected() && connection->pending)
-                    dropPending(connection, data);
-                if (!walk.currentIsConnected())
-                    continue;
-            }
-            if (flags == fxObj::fxSendNow) {
-                data->deliverTo(connection->function, connection->target);
-            } else if (flags == fxObj::fxSendQueued || flags == fxObj::fxSendUrgent) {
-                fxMessageEvent* message = fxMessagePool::take(connection, data);
-                if (flags == fxObj::fxSendUrgent)
-                    queue.linkFirst(message);
-                else
-                    queue.linkLast(message);
-                if (connection->isLatestOnly())
-                    connection->pending = message;
-            }
+    const Sent ended(data, flags);
+    fxSendWalk walk(out);
+    while (fxInputChannel* connection = walk.next()) {
+        if (connection->isLatestOnly()) {
+            while (walk.currentIsConnected() && connection->pending)
+                dropPending(connection, data);
+            if (!walk.currentIsConnected())
+                continue;
+        }
+        if (flags == fxObj::fxSendNow) {
+            data->deliverTo(connection->function, connection->target);
+        } else if (flags == fxObj::fxSendQueued || flags == fxObj::fxSendUrgent) {
+            fxMessageEvent* message = fxMessagePool::take(connection, data);
+            if (flags == fxObj::fxSendUrgent)
+                queue.linkFirst(message);
+            else
+                queue.linkLast(message);
+            if (connection->isLatestOnly())
+                connection->pending = message;
         }
     }
-    if (flags == fxObj::fxSendNow || data->count == 0)
-        delete data;
 }
 
 // Removes the undelivered message of a connection. It may hold the last
@@ -68,15 +84,29 @@ void fxEventHandler::dropPending(fxInputChannel* connection, fxData* data) {
     --data->count;
 }
 
+namespace {
+// Ends an event that has been delivered, also when a host's exception passes.
+class Delivered {
+public:
+    explicit Delivered(fxEvent* e) : event(e) {}
+    Delivered(const Delivered&) = delete;
+    Delivered& operator=(const Delivered&) = delete;
+    ~Delivered() { fxMessagePool::put(event); }
+
+private:
+    fxEvent* event;
+};
+}  // namespace
+
 void fxEventHandler::distributeEvents() {
     for (unsigned int n = queue.getCount(); n != 0; --n) {
-        fxMessageIndex::beforeDelivery(queue);
         fxEvent* e = queue.head;
         if (!e)
             break;
+        fxMessageIndex::beforeDelivery(queue);
         queue.unlink(e);
+        const Delivered ended(e);
         e->deliver();
-        fxMessagePool::put(e);
     }
     fxMessageIndex::afterDistribution(queue);
 }

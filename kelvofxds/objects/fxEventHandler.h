@@ -27,11 +27,13 @@ public:
     /// whatever the flags. Without connections the holder is deleted.
     /// Deliberate: with fxSendNow the holder is deleted afterwards whatever
     /// its count, and so is one without a connection. Urgent messages end up
-    /// in reverse connection order. Flags of another value send nothing.
+    /// in reverse connection order. Flags of another value send nothing. A
+    /// receiver's exception passes through, and the holder is deleted.
     void postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSendFlags flags);
 
     /// Delivers and deletes events from the head, as many as are queued when
-    /// it is called.
+    /// it is called. A host's exception passes through; the event that threw it
+    /// is deleted.
     /// Deliberate: the bound keeps one call finite; what is posted at the tail
     /// meanwhile waits for the next call.
     void distributeEvents();
