@@ -40,9 +40,6 @@ public:
 
 protected:
     friend class fxEventQueue;
-    friend class fxMessageIndex;
-    friend class fxMessagePool;
-    friend class fxQueueWalk;
     friend struct fxEventLayout;  // tests/objects/fxEvent_test.cpp
 
     fxEvent* next;           // toward the tail of the queue

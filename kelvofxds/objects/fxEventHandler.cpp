@@ -42,14 +42,14 @@ private:
 }  // namespace
 
 void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSendFlags flags) {
-    if (fxSendWalk::countOf(out) == 0) {
+    if (fxOutputChannel::Walk::countOf(out) == 0) {
         delete data;
         return;
     }
     if (!data)
         return;
     const Sent ended(data, flags);
-    fxSendWalk walk(out);
+    fxOutputChannel::Walk walk(out);
     while (fxInputChannel* connection = walk.next()) {
         if (connection->isLatestOnly()) {
             while (walk.currentIsConnected() && connection->pending)
@@ -60,7 +60,7 @@ void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSe
         if (flags == fxObj::fxSendNow) {
             data->deliverTo(connection->function, connection->target);
         } else if (flags == fxObj::fxSendQueued || flags == fxObj::fxSendUrgent) {
-            fxMessageEvent* message = fxMessagePool::take(connection, data);
+            fxMessageEvent* message = fxMessageEvent::Pool::take(connection, data);
             if (flags == fxObj::fxSendUrgent)
                 queue.linkFirst(message);
             else
@@ -79,7 +79,7 @@ void fxEventHandler::dropPending(fxInputChannel* connection, fxData* data) {
     ++data->count;
     if (queue.isLinked(old)) {
         queue.unlink(old);
-        fxMessagePool::put(old);
+        fxMessageEvent::Pool::put(old);
     }
     --data->count;
 }
@@ -91,7 +91,7 @@ public:
     explicit Delivered(fxEvent* e) : event(e) {}
     Delivered(const Delivered&) = delete;
     Delivered& operator=(const Delivered&) = delete;
-    ~Delivered() { fxMessagePool::put(event); }
+    ~Delivered() { fxMessageEvent::Pool::put(event); }
 
 private:
     fxEvent* event;
@@ -103,18 +103,18 @@ void fxEventHandler::distributeEvents() {
         fxEvent* e = queue.head;
         if (!e)
             break;
-        fxMessageIndex::beforeDelivery(queue);
+        fxEventQueue::Index::beforeDelivery(queue);
         queue.unlink(e);
         const Delivered ended(e);
         e->deliver();
     }
-    fxMessageIndex::afterDistribution(queue);
+    fxEventQueue::Index::afterDistribution(queue);
 }
 
 // Removing.
 
 void fxEventHandler::removeEvents(unsigned char (*predicate)(fxEvent*, void*), void* arg) {
-    fxQueueWalk walk(queue.head);
+    fxEventQueue::Walk walk(queue.head);
     while (fxEvent* e = walk.next()) {
         if (predicate(e, arg) && walk.currentIsQueued())
             queue.remove(e);
@@ -131,7 +131,7 @@ unsigned char zapMessageEvents(fxEvent* e, void* ch) {
 }
 
 void fxEventHandler::removeMessageEvents(fxInputChannel* ch) {
-    if (!ch || !fxMessageIndex::remove(queue, fxMessageIndex::byChannel, ch, zapMessageEvents))
+    if (!ch || !fxEventQueue::Index::removeFor(queue, ch, zapMessageEvents))
         removeEvents(zapMessageEvents, ch);
 }
 
@@ -148,6 +148,6 @@ void fxEventHandler::removeEventsFor(const void* address) {
     if (!queue.head)
         return;
     void* target = const_cast<void*>(address);
-    if (!fxMessageIndex::remove(queue, fxMessageIndex::byTarget, target, isMessageFor))
+    if (!fxEventQueue::Index::removeForTarget(queue, target, isMessageFor))
         removeEvents(isMessageFor, target);
 }

@@ -42,10 +42,11 @@ public:
     void removeEvents(unsigned char (*predicate)(fxEvent*, void*), void* arg);
     /// Removes the messages for connection `ch` itself; those that are for it
     /// through a conversion link stay. In a long queue, its cost is that of the
-    /// messages removed; so is that of removeEventsFor.
+    /// messages removed.
     void removeMessageEvents(fxInputChannel* ch);
     /// Removes the messages that would be delivered to `target`, directly or
-    /// through a conversion link.
+    /// through a conversion link. In a long queue, its cost is that of the
+    /// messages removed and of a look at each channel that has messages.
     void removeEventsFor(const void* target);
 
     /// The queue itself.

@@ -3,7 +3,7 @@
 #include "kelvofxds/objects/fxEvent.h"
 #include "kelvofxds/objects/fxEventQueueInternal.h"
 
-fxEvent* fxQueueWalk::next() {
+fxEvent* fxEventQueue::Walk::next() {
     current = following;
     if (current)
         following = current->next;
@@ -12,7 +12,7 @@ fxEvent* fxQueueWalk::next() {
 
 fxEventQueue::fxEventQueue() : head(nullptr), tail(nullptr), count(0) {}
 
-fxEventQueue::~fxEventQueue() { delete fxMessageIndex::of(this); }
+fxEventQueue::~fxEventQueue() { delete Index::of(this); }
 
 void fxEventQueue::append(fxEvent* e) { linkLast(e); }
 

@@ -30,9 +30,11 @@ public:
     /// Number of events queued.
     unsigned int getCount() const { return count; }
 
+    class Index;
+    class Walk;
+
 private:
     friend class fxEventHandler;
-    friend class fxMessageIndex;
     friend struct fxEventQueueLayout;  // tests/objects/fxEventQueue_test.cpp
 
     // Inline in fxEventQueueInternal.h.

@@ -8,9 +8,10 @@
 
 /// Visits the events from one of them to the tail, although deleting an event
 /// may remove others. The queue tells the walks in progress what it unlinks.
-class fxQueueWalk : public fxInProgress<fxQueueWalk> {
+class __attribute__((visibility("hidden"))) fxEventQueue::Walk
+    : public fxInProgress<fxEventQueue::Walk> {
 public:
-    explicit fxQueueWalk(fxEvent* first) : current(nullptr), following(first) {}
+    explicit Walk(fxEvent* first) : current(nullptr), following(first) {}
 
     /// The next event, or null at the end.
     fxEvent* next();
@@ -19,7 +20,7 @@ public:
 
     /// `e` is about to be unlinked.
     static void unlinking(const fxEvent* e, fxEvent* itsNext) {
-        forEach([e, itsNext](fxQueueWalk& walk) {
+        forEach([e, itsNext](Walk& walk) {
             if (walk.current == e)
                 walk.current = nullptr;
             if (walk.following == e)
@@ -46,8 +47,6 @@ inline void fxEventQueue::linkLast(fxEvent* e) {
         head = e;
     tail = e;
     ++count;
-    if (fxMessageIndex* index = fxMessageIndex::of(this))
-        index->linkedLast(e);
 }
 
 inline void fxEventQueue::linkFirst(fxEvent* e) {
@@ -59,15 +58,13 @@ inline void fxEventQueue::linkFirst(fxEvent* e) {
         tail = e;
     head = e;
     ++count;
-    if (fxMessageIndex* index = fxMessageIndex::of(this))
-        index->linkedFirst(e);
 }
 
 inline void fxEventQueue::unlink(fxEvent* e) {
     // The walks see to it that no event is met again once it is deleted.
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
-    fxQueueWalk::unlinking(e, e->next);
-    if (fxMessageIndex* index = fxMessageIndex::of(this))
+    Walk::unlinking(e, e->next);
+    if (Index* index = Index::of(this))
         index->unlinking(e);
     if (e->prev)
         e->prev->next = e->next;

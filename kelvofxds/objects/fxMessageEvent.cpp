@@ -9,8 +9,8 @@ fxMessageEvent::fxMessageEvent(fxInputChannel* in, fxData* holder)
 }
 
 fxMessageEvent::~fxMessageEvent() {
-    fxMessagePool::releaseContents(this);
-    fxMessagePool::sayNobodysTarget(this);
+    if (channel)
+        Pool::releaseContents(this);
 }
 
 void fxMessageEvent::deliver() {
@@ -24,25 +24,30 @@ fxInputChannel* fxMessageEvent::getChannel() { return channel; }
 
 // The library's own.
 
-fxPooledMessage* fxMessagePool::first = nullptr;
-unsigned int fxMessagePool::length = 0;
-const void* fxMessagePool::ownTable = nullptr;
-void* fxMessagePool::markPlace = nullptr;
+fxMessageEvent::Pool::Message* fxMessageEvent::Pool::first = nullptr;
+unsigned int fxMessageEvent::Pool::length = 0;
+const void* fxMessageEvent::Pool::ownTable = nullptr;
 
-fxPooledMessage::~fxPooledMessage() {}
+// One that has had properties may have inputs.
+fxMessageEvent::Pool::Message::~Message() {
+    releaseContents(this);
+    channel = nullptr;
+    if (!properties)
+        properties = nobodysTarget();
+}
 
-fxMessageEvent* fxMessagePool::make(fxInputChannel* channel, fxData* data) {
-    auto* e = fxNew<fxPooledMessage>(channel, data);
+fxMessageEvent* fxMessageEvent::Pool::make(fxInputChannel* channel, fxData* data) {
+    auto* e = fxNew<Message>(channel, data);
     ownTable = tableOf(e);
     return e;
 }
 
-void fxMessagePool::put(fxEvent* event) {
+void fxMessageEvent::Pool::put(fxEvent* event) {
     if (length >= fxMostKept || !isPooled(event) || event->properties) {
         delete event;
         return;
     }
-    auto* e = static_cast<fxPooledMessage*>(event);
+    auto* e = static_cast<Message*>(event);
     releaseContents(e);
     e->count = 0;
     e->next = first;

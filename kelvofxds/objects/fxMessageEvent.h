@@ -20,8 +20,9 @@ public:
     void dump(std::FILE* out) override;
     fxInputChannel* getChannel() override;
 
+    class Pool;
+
 private:
-    friend class fxMessagePool;
     friend struct fxEventLayout;  // tests/objects/fxEvent_test.cpp
 
     fxInputChannel* channel;  // the connection, a reference

@@ -2,17 +2,15 @@
 
 #include "kelvofxds/objects/fxMessageIndexInternal.h"
 
-#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
-#include <utility>
 
 #include "kelvofxds/core/fxFreeListInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
-#include "kelvofxds/objects/fxEventQueueInternal.h"
+#include "kelvofxds/objects/fxEvent.h"
 #include "kelvofxds/objects/fxInputChannel.h"
+#include "kelvofxds/objects/fxMessagePoolInternal.h"
 
 namespace {
 // Up to the first a look at each event is as good. An index that exists is kept
@@ -23,6 +21,13 @@ const unsigned int shortQueue = 32;
 
 const unsigned int fewestBuckets = 64;
 
+// An event that its base's constructor has posted has another channel, or
+// becomes a message, when its own constructor runs. Whether that has happened
+// shows in its first word. Such an event is looked at until the next delivery,
+// before which no constructor that has posted anything can be running; and by
+// so many look-ups at most, so that each event pays for a bounded number.
+const unsigned int mostLooks = 64;
+
 template <class Block>
 fxFreeList<sizeof(Block)> freeBlocks;
 
@@ -31,287 +36,352 @@ fxInputChannel* channelOf(fxEvent* e) {
     return e->getType() == fxET_MessageEvent ? e->getChannel() : nullptr;
 }
 
-const void* targetOf(fxInputChannel* channel) {
-    return channel ? channel->finalChannel()->target : nullptr;
+const void* targetOf(const fxInputChannel* channel) {
+    while (channel->isLink())
+        channel = static_cast<const fxInputChannel*>(channel->target);
+    return channel->target;
 }
 }  // namespace
 
-// A queued message. It is in one list of each relation.
-struct fxMessageIndex::Entry {
-    fxEvent* event;
-    long long place;  // orders the entries as the queue is ordered
-    List* list[relations];
+// A queued message, or an event of a host's class.
+struct fxEventQueue::Index::Entry {
+    fxEvent* key;
+    Entry* following;   // in the bucket
+    long long place;    // orders the entries as the queue is ordered
+    Chain* chain;       // null unless it is a message
+    const void* table;  // null once it is settled
+    unsigned int looks;
     Entry* previous[relations];
     Entry* next[relations];
 };
 
-// The messages with one key, in the order of the queue.
-struct fxMessageIndex::List {
-    const void* key;
-    Entry* first;
-    Entry* last;
-    List* following;  // in the bucket
+// The messages for one channel, in the order of the queue.
+struct fxEventQueue::Index::Chain {
+    fxInputChannel* key;
+    Chain* following;  // in the bucket
+    Chain* previous;
+    Chain* next;
+    List messages;
+    unsigned int count;
 };
 
-fxMessageIndex* fxMessageIndex::newest = nullptr;
+fxEventQueue::Index* fxEventQueue::Index::newest = nullptr;
 
 // When there is one.
 
-fxMessageIndex::fxMessageIndex(fxEventQueue* owner)
+fxEventQueue::Index::Index(fxEventQueue* owner)
     : queue(owner),
       older(newest),
+      firstEntered(nullptr),
+      lastEntered(nullptr),
       lowest(0),
       highest(-1),
-      tables(),
-      ends(nullptr),
-      endCount(0),
-      endRoom(0) {
+      entries(),
+      channels(),
+      chains(nullptr),
+      young(),
+      lookUps(0),
+      hasBeenLookedUp(false) {
     newest = this;
-    for (fxEvent* e = queue->head; e; e = e->next)
-        linkedLast(e);
 }
 
-fxMessageIndex::~fxMessageIndex() {
-    fxMessageIndex** link = &newest;
+fxEventQueue::Index::~Index() {
+    Index** link = &newest;
     while (*link != this)
         link = &(*link)->older;
     *link = older;
-    for (const Table& table : tables) {
-        for (unsigned int i = 0; i < table.size; ++i) {
-            while (List* list = table.buckets[i]) {
-                table.buckets[i] = list->following;
-                if (&table == &tables[byEvent])
-                    freeBlocks<Entry>.release(list->first, sizeof(Entry));
-                freeBlocks<List>.release(list, sizeof(List));
-            }
-        }
-        std::free(table.buckets);
+    for (unsigned int i = 0; i < entries.size; ++i) {
+        while (Entry* entry = entries.buckets[i])
+            leave(entry);
     }
-    std::free(ends);
+    std::free(entries.buckets);
+    std::free(channels.buckets);
 }
 
-fxMessageIndex* fxMessageIndex::among(const fxEventQueue* queue) {
-    fxMessageIndex* index = newest;
+fxEventQueue::Index* fxEventQueue::Index::among(const fxEventQueue* queue) {
+    Index* index = newest;
     while (index && index->queue != queue)
         index = index->older;
     return index;
 }
 
-// Drops the index of a queue that has become short.
-void fxMessageIndex::tidy(fxEventQueue& queue) {
-    if (!of(&queue) || queue.count >= shortQueue)
+// Drops an index that nobody needs.
+void fxEventQueue::Index::tidy(fxEventQueue& queue) {
+    Index* index = of(&queue);
+    if (!index || index->lookUps != 0)
         return;
-    settle(queue);
-    delete of(&queue);
+    if (!index->hasBeenLookedUp || queue.count < shortQueue)
+        delete index;
+    else
+        index->hasBeenLookedUp = false;
 }
 
-// The index of a long queue, made if need be; null for a short one.
-fxMessageIndex* fxMessageIndex::wanted(fxEventQueue& queue) {
-    tidy(queue);
-    fxMessageIndex* index = of(&queue);
-    return index || queue.count < longQueue ? index : fxNew<fxMessageIndex>(&queue);
-}
+// Looking up. What is removed may change everything but whether the index is
+// there.
 
-// Looking up. What is removed may change everything, the index included.
+class fxEventQueue::Index::LookUp {
+public:
+    // Makes the index of a long queue if need be.
+    explicit LookUp(fxEventQueue& q) : queue(q), index(of(&q)) {
+        if (index && index->lookUps == 0 && queue.count < shortQueue) {
+            delete index;
+            index = nullptr;
+        }
+        if (!index && queue.count >= longQueue)
+            index = fxNew<Index>(&queue);
+        if (!index)
+            return;
+        ++index->lookUps;
+        index->hasBeenLookedUp = true;
+        index->catchUp();
+        index->ask();
+    }
+    LookUp(const LookUp&) = delete;
+    LookUp& operator=(const LookUp&) = delete;
+    ~LookUp() {
+        if (index)
+            --index->lookUps;
+    }
 
-bool fxMessageIndex::remove(fxEventQueue& queue, Relation relation, void* key,
-                            Predicate predicate) {
-    fxMessageIndex* index = wanted(queue);
+    // Null in a short queue.
+    Index* found() const { return index; }
+
+    // Removes the entries that first(place) finds behind a place, one by one.
+    template <class First>
+    void remove(void* argument, Predicate predicate, First first) {
+        // As a walk over the queue does, this stops behind the event that is
+        // the last one when it is reached.
+        bool isLast = false;
+        for (long long place = LLONG_MIN; !isLast; index->catchUp()) {
+            Entry* entry = first(place);
+            if (!entry)
+                break;
+            place = entry->place;
+            fxEvent* e = entry->key;
+            isLast = e == queue.tail;
+            if (predicate(e, argument))
+                queue.remove(e);
+        }
+    }
+
+private:
+    fxEventQueue& queue;
+    Index* index;
+};
+
+bool fxEventQueue::Index::removeFor(fxEventQueue& queue, fxInputChannel* channel,
+                                    Predicate predicate) {
+    LookUp lookUp(queue);
+    const Index* index = lookUp.found();
     if (!index)
         return false;
-    // As a walk over the queue does, this stops behind the event that is the
-    // last one when it is reached.
-    bool isLast = false;
-    for (long long place = LLONG_MIN; index && !isLast; index = of(&queue)) {
-        Entry* entry = index->firstBehind(relation, key, place);
-        if (!entry)
-            break;
-        place = entry->place;
-        fxEvent* e = entry->event;
-        isLast = e == queue.tail;
-        if (predicate(e, key))
-            queue.remove(e);
-        else
-            settle(queue);
-    }
+    lookUp.remove(channel, predicate, [index, channel](long long place) {
+        const Chain* chain = index->channels.find(channel);
+        Entry* entry = chain ? chain->messages.first : nullptr;
+        while (entry && entry->place <= place)
+            entry = entry->next[ofChannel];
+        return entry;
+    });
     return true;
 }
 
-fxMessageIndex::Entry* fxMessageIndex::firstBehind(Relation relation, const void* key,
-                                                   long long place) const {
-    const List* list = *linkTo(relation, key);
-    Entry* entry = list ? list->first : nullptr;
-    while (entry && entry->place <= place)
-        entry = entry->next[relation];
-    return entry;
-}
-
-// Channels whose target has changed.
-
-bool fxMessageIndex::isMisfiled(fxEvent* e) const {
-    const List* list = *linkTo(byEvent, e);
-    if (!list)
+bool fxEventQueue::Index::removeForTarget(fxEventQueue& queue, void* target, Predicate predicate) {
+    LookUp lookUp(queue);
+    const Index* index = lookUp.found();
+    if (!index)
         return false;
-    fxInputChannel* channel = channelOf(e);
-    return list->first->list[byChannel]->key != channel ||
-           list->first->list[byTarget]->key != targetOf(channel);
-}
-
-void fxMessageIndex::settleHead(fxEventQueue& queue) {
-    const fxMessageIndex* index = of(&queue);
-    if (index && queue.head && index->isMisfiled(queue.head))
-        settle(queue);
-}
-
-// What ends are remembered for is looked for when they are as many as the
-// events, so that each end pays for a look at one.
-void fxMessageIndex::noteEnd(fxEventQueue& queue, const void* target) {
-    fxMessageIndex* index = of(&queue);
-    if (!index)
-        return;
-    const unsigned int most = std::max(longQueue, queue.count);
-    if (index->endCount == index->endRoom) {
-        index->endRoom = std::max(most, index->endRoom + 1);
-        index->ends =
-            static_cast<const void**>(fxReallocate(index->ends, sizeof(void*) * index->endRoom));
+    unsigned long long messages = 0;
+    for (const Chain* chain = index->chains; chain; chain = chain->next) {
+        if (targetOf(chain->key) == target)
+            messages += chain->count;
     }
-    index->ends[index->endCount++] = target;
-    if (index->endCount >= most)
-        settle(queue);
+    // What goes may retarget others, so all are asked again for each message.
+    if (messages * index->channels.used > queue.count)
+        return false;
+    if (messages != 0)
+        lookUp.remove(target, predicate, [index, target](long long place) {
+            return index->firstBehind(place, target);
+        });
+    return true;
 }
 
-// Puts every message where it belongs now. One that turns out to be for a
-// target that has ended would have been removed then.
-void fxMessageIndex::settle(fxEventQueue& queue) {
-    fxMessageIndex* index = of(&queue);
-    if (!index)
-        return;
-    const void** gone = std::exchange(index->ends, nullptr);
-    const void** goneEnd = gone + std::exchange(index->endCount, 0U);
-    index->endRoom = 0;
-    std::sort(gone, goneEnd, std::less<>());
-    fxQueueWalk walk(queue.head);
-    while (fxEvent* e = walk.next()) {
-        index = of(&queue);
-        if (!index)
-            break;
-        if (!index->isMisfiled(e))
+fxEventQueue::Index::Entry* fxEventQueue::Index::firstBehind(long long place,
+                                                             const void* target) const {
+    Entry* found = nullptr;
+    for (const Chain* chain = chains; chain; chain = chain->next) {
+        if (targetOf(chain->key) != target)
             continue;
-        const void* target = targetOf(channelOf(e));
-        if (std::binary_search(gone, goneEnd, target, std::less<>()))
-            queue.remove(e);
-        else
-            index->refile((*index->linkTo(byEvent, e))->first);
+        Entry* entry = chain->messages.first;
+        while (entry && entry->place <= place)
+            entry = entry->next[ofChannel];
+        if (entry && (!found || entry->place < found->place))
+            found = entry;
     }
-    std::free(gone);
+    return found;
 }
 
 // Entering and leaving.
 
-void fxMessageIndex::enter(fxEvent* e, long long place) {
-    fxInputChannel* channel = channelOf(e);
-    if (!channel)
-        return;
-    auto* entry = new (freeBlocks<Entry>.allocate(sizeof(Entry))) Entry();
-    entry->event = e;
-    entry->place = place;
-    file(entry, byEvent, e);
-    file(entry, byChannel, channel);
-    file(entry, byTarget, targetOf(channel));
+// Events are linked at the two ends only.
+void fxEventQueue::Index::catchUp() {
+    fxEvent* e = firstEntered ? firstEntered->prev : nullptr;
+    for (; e; e = e->prev)
+        enter(e, --lowest);
+    e = lastEntered ? lastEntered->next : queue->head;
+    for (; e; e = e->next)
+        enter(e, ++highest);
+    firstEntered = queue->head;
+    lastEntered = queue->tail;
 }
 
-void fxMessageIndex::unlinking(const fxEvent* e) {
-    const List* list = *linkTo(byEvent, e);
-    if (!list)
+void fxEventQueue::Index::enter(fxEvent* e, long long place) {
+    auto* entry = new (freeBlocks<Entry>.allocate(sizeof(Entry))) Entry();
+    entry->key = e;
+    entry->place = place;
+    entries.add(entry);
+    if (!fxMessageEvent::Pool::isPooled(e)) {
+        entry->table = fxMessageEvent::Pool::tableOf(e);
+        link(young, unsettled, entry, young.last);
+    }
+    join(entry);
+}
+
+void fxEventQueue::Index::unlinking(const fxEvent* e) {
+    Entry* entry = entries.find(e);
+    if (!entry)
         return;
-    Entry* entry = list->first;
-    for (const Relation relation : {byEvent, byChannel, byTarget})
-        unfile(entry, relation);
+    const bool isFirst = e == firstEntered;
+    const bool isLast = e == lastEntered;
+    if (isFirst)
+        firstEntered = isLast ? nullptr : e->next;
+    if (isLast)
+        lastEntered = isFirst ? nullptr : e->prev;
+    leave(entry);
+}
+
+void fxEventQueue::Index::leave(Entry* entry) {
+    if (entry->table)
+        unlink(young, unsettled, entry);
+    part(entry);
+    entries.cut(entry);
     freeBlocks<Entry>.release(entry, sizeof(Entry));
 }
 
-void fxMessageIndex::refile(Entry* entry) {
-    fxInputChannel* channel = channelOf(entry->event);
-    if (!channel) {
-        unlinking(entry->event);
-        return;
+// Asks those events anew that have become something else.
+void fxEventQueue::Index::ask() {
+    Entry* following = nullptr;
+    for (Entry* entry = young.first; entry; entry = following) {
+        following = entry->next[unsettled];
+        const void* table = fxMessageEvent::Pool::tableOf(entry->key);
+        if (table != entry->table) {
+            entry->table = table;
+            part(entry);
+            join(entry);
+        } else if (++entry->looks == mostLooks) {
+            unlink(young, unsettled, entry);
+            entry->table = nullptr;
+        }
     }
-    unfile(entry, byChannel);
-    file(entry, byChannel, channel);
-    unfile(entry, byTarget);
-    file(entry, byTarget, targetOf(channel));
+}
+
+void fxEventQueue::Index::settle() {
+    for (Entry* entry = young.first; entry; entry = entry->next[unsettled])
+        entry->table = nullptr;
+    young = List();
 }
 
 // Most messages come last, urgent ones first.
-void fxMessageIndex::file(Entry* entry, Relation relation, const void* key) {
-    List** link = linkTo(relation, key);
-    if (!*link) {
-        grow(tables[relation]);
-        link = linkTo(relation, key);
-        *link = new (freeBlocks<List>.allocate(sizeof(List))) List{key, nullptr, nullptr, nullptr};
-        ++tables[relation].used;
+void fxEventQueue::Index::join(Entry* entry) {
+    fxInputChannel* channel = channelOf(entry->key);
+    entry->chain = nullptr;
+    if (!channel)
+        return;
+    Chain* chain = channels.find(channel);
+    if (!chain) {
+        chain = new (freeBlocks<Chain>.allocate(sizeof(Chain))) Chain();
+        chain->key = channel;
+        chain->next = chains;
+        if (chains)
+            chains->previous = chain;
+        chains = chain;
+        channels.add(chain);
     }
-    List* list = *link;
-    Entry* before = list->last;
-    if (list->first && entry->place < list->first->place)
+    Entry* before = chain->messages.last;
+    if (before && entry->place < chain->messages.first->place)
         before = nullptr;
     while (before && before->place > entry->place)
-        before = before->previous[relation];
-    Entry*& behind = before ? before->next[relation] : list->first;
-    entry->list[relation] = list;
+        before = before->previous[ofChannel];
+    link(chain->messages, ofChannel, entry, before);
+    entry->chain = chain;
+    ++chain->count;
+}
+
+void fxEventQueue::Index::part(Entry* entry) {
+    Chain* chain = entry->chain;
+    if (!chain)
+        return;
+    unlink(chain->messages, ofChannel, entry);
+    if (--chain->count != 0)
+        return;
+    (chain->previous ? chain->previous->next : chains) = chain->next;
+    if (chain->next)
+        chain->next->previous = chain->previous;
+    channels.cut(chain);
+    freeBlocks<Chain>.release(chain, sizeof(Chain));
+}
+
+void fxEventQueue::Index::link(List& list, Relation relation, Entry* entry, Entry* before) {
+    Entry*& behind = before ? before->next[relation] : list.first;
     entry->previous[relation] = before;
     entry->next[relation] = behind;
-    (behind ? behind->previous[relation] : list->last) = entry;
+    (behind ? behind->previous[relation] : list.last) = entry;
     behind = entry;
 }
 
-void fxMessageIndex::unfile(Entry* entry, Relation relation) {
-    List* list = entry->list[relation];
+void fxEventQueue::Index::unlink(List& list, Relation relation, Entry* entry) {
     Entry* before = entry->previous[relation];
     Entry* behind = entry->next[relation];
-    (before ? before->next[relation] : list->first) = behind;
-    (behind ? behind->previous[relation] : list->last) = before;
-    if (list->first)
-        return;
-    List** link = linkTo(relation, list->key);
-    *link = list->following;
-    --tables[relation].used;
-    freeBlocks<List>.release(list, sizeof(List));
+    (before ? before->next[relation] : list.first) = behind;
+    (behind ? behind->previous[relation] : list.last) = before;
 }
 
 // The tables.
 
-// Where the list with `key` is linked, or would be.
-fxMessageIndex::List** fxMessageIndex::linkTo(Relation relation, const void* key) const {
-    static List* nothing = nullptr;
-    const Table& table = tables[relation];
-    if (table.size == 0)
-        return &nothing;
+// Where the node with `key` is linked, or would be.
+template <class Node>
+Node** fxEventQueue::Index::Table<Node>::linkTo(const void* key) const {
     const std::uint32_t golden = 2654435769U;  // spreads addresses, whose low bits are alike
     const std::uint32_t hash = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(key));
-    List** link = &table.buckets[(hash * golden >> 8) & (table.size - 1)];
+    Node** link = &buckets[(hash * golden >> 8) & (size - 1)];
     while (*link && (*link)->key != key)
         link = &(*link)->following;
     return link;
 }
 
-// Makes room for one more list.
-void fxMessageIndex::grow(Table& table) {
-    if (table.used < table.size)
-        return;
-    const Table old = table;
-    table.size = old.size != 0 ? old.size * 2 : fewestBuckets;
-    // NOLINTNEXTLINE(bugprone-sizeof-expression): the buckets are pointers.
-    table.buckets = static_cast<List**>(std::calloc(table.size, sizeof(List*)));
-    if (!table.buckets)
-        fxOutOfMemory();
-    const auto relation = static_cast<Relation>(&table - tables);
-    for (unsigned int i = 0; i < old.size; ++i) {
-        while (List* list = old.buckets[i]) {
-            old.buckets[i] = list->following;
-            list->following = nullptr;
-            *linkTo(relation, list->key) = list;
+template <class Node>
+void fxEventQueue::Index::Table<Node>::add(Node* node) {
+    if (used == size) {
+        const Table old = *this;
+        size = old.size != 0 ? old.size * 2 : fewestBuckets;
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): the buckets are pointers.
+        buckets = static_cast<Node**>(std::calloc(size, sizeof(Node*)));
+        if (!buckets)
+            fxOutOfMemory();
+        for (unsigned int i = 0; i < old.size; ++i) {
+            while (Node* each = old.buckets[i]) {
+                old.buckets[i] = each->following;
+                each->following = nullptr;
+                *linkTo(each->key) = each;
+            }
         }
+        std::free(old.buckets);
     }
-    std::free(old.buckets);
+    *linkTo(node->key) = node;
+    ++used;
+}
+
+template <class Node>
+void fxEventQueue::Index::Table<Node>::cut(Node* node) {
+    *linkTo(node->key) = node->following;
+    --used;
 }

@@ -1,38 +1,40 @@
-// fxMessageIndexInternal.h - the messages of a long queue by whom they are for.
+// fxMessageIndexInternal.h - the messages of a long queue by the channels they are for.
 #pragma once
 
-class fxEvent;
-class fxEventQueue;
+#include "kelvofxds/objects/fxEventQueue.h"
+
+class fxInputChannel;
 
 /// Finds the queued messages for a channel or a target without a look at the
-/// others, so that the end of an object costs what is queued for it.
+/// others, so that the end of an object costs what is queued for it, and a look
+/// at each channel that messages are queued for.
+///
+/// A channel's target is asked for at each look-up, never remembered: hosts may
+/// set it at any time, of which nothing is heard.
 ///
 /// A queue has an index from the first look-up in a long queue until a look-up
-/// or a distribution finds it short; otherwise sending pays one test of a
-/// pointer. Whom a message is for is found out when it is queued. A host may
-/// set a channel's target afterwards, of which nothing is heard; look-ups ask
-/// again about what they find, and what they do not find is found out before
-/// its delivery: the targets that have ended since are remembered until then.
-class fxMessageIndex {
+/// or a distribution finds it short, or a distribution has passed without a
+/// look-up. What is queued is entered by the next look-up, so that sending pays
+/// nothing; what leaves the queue is taken out at once.
+class __attribute__((visibility("hidden"))) fxEventQueue::Index {
 public:
-    enum Relation { byEvent, byChannel, byTarget, relations };
     using Predicate = unsigned char (*)(fxEvent*, void*);
 
     /// The index of `queue`; null if it has none.
-    static fxMessageIndex* of(const fxEventQueue* queue) {
+    static Index* of(const fxEventQueue* queue) {
         return __builtin_expect(newest != nullptr, false) ? among(queue) : nullptr;
     }
 
     /// What fxEventHandler::removeEvents does, for a predicate that is true
-    /// only of messages that have `key` in this relation. False in a short
-    /// queue, where nothing is done.
-    static bool remove(fxEventQueue& queue, Relation relation, void* key, Predicate predicate);
-    /// `target` is no more. Its messages have been removed.
-    static void noteEnd(fxEventQueue& queue, const void* target);
-    /// The head of `queue` is about to be delivered.
+    /// only of messages for `channel`. False if that is to be done by a walk
+    /// over the queue, which then costs no more.
+    static bool removeFor(fxEventQueue& queue, fxInputChannel* channel, Predicate predicate);
+    /// The same for messages that reach `target`.
+    static bool removeForTarget(fxEventQueue& queue, void* target, Predicate predicate);
+    /// An event is about to be delivered.
     static void beforeDelivery(fxEventQueue& queue) {
-        if (__builtin_expect(newest != nullptr, false))
-            settleHead(queue);
+        if (Index* index = of(&queue))
+            index->settle();
     }
     /// The events have been distributed.
     static void afterDistribution(fxEventQueue& queue) {
@@ -40,51 +42,65 @@ public:
             tidy(queue);
     }
 
-    /// An index of what is queued now.
-    explicit fxMessageIndex(fxEventQueue* owner);
-    fxMessageIndex(const fxMessageIndex&) = delete;
-    fxMessageIndex& operator=(const fxMessageIndex&) = delete;
-    ~fxMessageIndex();
+    /// Without entries.
+    explicit Index(fxEventQueue* owner);
+    Index(const Index&) = delete;
+    Index& operator=(const Index&) = delete;
+    ~Index();
 
-    /// `e` has been linked at the head or the tail.
-    void linkedFirst(fxEvent* e) { enter(e, --lowest); }
-    void linkedLast(fxEvent* e) { enter(e, ++highest); }
     /// `e` is about to be unlinked.
     void unlinking(const fxEvent* e);
 
 private:
     struct Entry;
-    struct List;
-    struct Table {
-        List** buckets;
-        unsigned int size;  // a power of two
-        unsigned int used;  // lists
+    struct Chain;
+    class LookUp;
+    enum Relation { ofChannel, unsettled, relations };
+
+    struct List {
+        Entry* first;
+        Entry* last;
     };
 
-    static fxMessageIndex* among(const fxEventQueue* queue);
-    static fxMessageIndex* wanted(fxEventQueue& queue);
+    // What is found by its key, an address.
+    template <class Node>
+    struct Table {
+        Node* find(const void* key) const { return size != 0 ? *linkTo(key) : nullptr; }
+        Node** linkTo(const void* key) const;
+        void add(Node* node);
+        void cut(Node* node);
+
+        Node** buckets;
+        unsigned int size;  // a power of two
+        unsigned int used;
+    };
+
+    static Index* among(const fxEventQueue* queue);
     static void tidy(fxEventQueue& queue);
-    static void settle(fxEventQueue& queue);
-    static void settleHead(fxEventQueue& queue);
 
-    Entry* firstBehind(Relation relation, const void* key, long long place) const;
-    bool isMisfiled(fxEvent* e) const;
+    void catchUp();
+    void ask();
+    void settle();
     void enter(fxEvent* e, long long place);
-    void refile(Entry* entry);
-    void file(Entry* entry, Relation relation, const void* key);
-    void unfile(Entry* entry, Relation relation);
-    List** linkTo(Relation relation, const void* key) const;
-    void grow(Table& table);
+    void leave(Entry* entry);
+    void join(Entry* entry);
+    void part(Entry* entry);
+    static void link(List& list, Relation relation, Entry* entry, Entry* before);
+    static void unlink(List& list, Relation relation, Entry* entry);
+    Entry* firstBehind(long long place, const void* target) const;
 
-    static fxMessageIndex* newest;  // all of them; there is hardly ever more than one
+    static Index* newest;  // all of them; there is hardly ever more than one
 
     fxEventQueue* queue;
-    fxMessageIndex* older;
-    long long lowest;   // place of the head
-    long long highest;  // place of the tail
-    Table tables[relations];
-
-    const void** ends;  // owned: targets that have ended since all was in order
-    unsigned int endCount;
-    unsigned int endRoom;
+    Index* older;
+    fxEvent* firstEntered;  // those from here to lastEntered are in
+    fxEvent* lastEntered;
+    long long lowest;   // place of firstEntered
+    long long highest;  // place of lastEntered
+    Table<Entry> entries;
+    Table<Chain> channels;
+    Chain* chains;         // those in `channels`
+    List young;            // events that may be under construction
+    unsigned int lookUps;  // in progress
+    bool hasBeenLookedUp;  // since a distribution ended
 };

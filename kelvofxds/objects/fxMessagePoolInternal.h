@@ -9,25 +9,28 @@
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "kelvofxds/values/fxData.h"
 
-/// A message event that the library has made itself. Hosts make message
-/// events, and classes of them, of their own; those are simply deleted.
-class fxPooledMessage final : public fxMessageEvent {
-public:
-    using fxMessageEvent::fxMessageEvent;
-    ~fxPooledMessage() override;
-};
-
 /// Keeps delivered message events, still constructed, for the next messages:
 /// what makes and ends an event along its five base classes costs more than
 /// all that a message does. Bounded, single-threaded.
-class fxMessagePool {
+class __attribute__((visibility("hidden"))) fxMessageEvent::Pool {
 public:
+    /// A message event that the library has made itself. Hosts make message
+    /// events, and classes of them, of their own; those are simply deleted.
+    class Message final : public fxMessageEvent {
+    public:
+        using fxMessageEvent::fxMessageEvent;
+        ~Message() override;
+
+    private:
+        friend class Pool;
+    };
+
     /// A message event that nobody can tell from a new one.
     static fxMessageEvent* take(fxInputChannel* channel, fxData* data) {
-        fxPooledMessage* e = first;
+        Message* e = first;
         if (!e)
             return make(channel, data);
-        first = static_cast<fxPooledMessage*>(e->next);
+        first = static_cast<Message*>(e->next);
         --length;
         e->next = nullptr;
         e->type = fxET_MessageEvent;
@@ -49,34 +52,30 @@ public:
             delete e->data;
     }
 
-    /// The destructor of a message says so to the one of its base: what that
-    /// would look for in the queue are messages to a message. One that has had
-    /// properties may have inputs.
-    static void sayNobodysTarget(fxMessageEvent* e) {
-        if (!e->properties)
-            e->properties = mark();
-    }
-    /// The destructor of the base hears it.
-    static bool isNobodysTarget(const fxObj* object) { return object->properties == mark(); }
-
-private:
     // Of a host's class no run-time type information may be asked for, since
     // it may have none. But every object begins with the address of its
-    // class's table of virtual functions, and no other class has this one.
+    // class's table of virtual functions.
+
+    /// What tells the class of `e`, or the base that is under construction.
     static const void* tableOf(const fxEvent* e) {
         const void* table;
         std::memcpy(&table, static_cast<const void*>(e), sizeof table);
         return table;
     }
+    /// True of a message that the library has made.
     static bool isPooled(const fxEvent* e) { return tableOf(e) == ownTable; }
 
-    // In the place of properties: never looked into, only compared.
-    static fxVoidPtrArray* mark() { return reinterpret_cast<fxVoidPtrArray*>(&markPlace); }
-
+private:
     static fxMessageEvent* make(fxInputChannel* channel, fxData* data);
 
-    static fxPooledMessage* first;  // linked by `next`
+    static Message* first;  // linked by `next`
     static unsigned int length;
     static const void* ownTable;  // null until the first one is made
-    static void* markPlace;
 };
+
+// The destructor of the library's messages says it to the one of their base:
+// what that would look for in the queue are messages to a message.
+inline fxVoidPtrArray* fxObj::nobodysTarget() {
+    static char place;
+    return reinterpret_cast<fxVoidPtrArray*>(&place);
+}

@@ -5,7 +5,6 @@
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
-#include "kelvofxds/objects/fxMessageIndexInternal.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
@@ -108,7 +107,7 @@ fxObj::fxObj(const fxObj& other) : fxXDRObj(other), properties(nullptr) {}
 fxObj& fxObj::operator=(const fxObj&) { return *this; }
 
 fxObj::~fxObj() {
-    if (fxMessagePool::isNobodysTarget(this))
+    if (properties == nobodysTarget())
         return;
     if (fx_theEventHandler)
         fx_theEventHandler->removeEventsFor(this);
@@ -122,8 +121,6 @@ fxObj::~fxObj() {
             fx_theEventHandler->removeEventsFor(this);
         delete properties;
     }
-    if (fx_theEventHandler)
-        fxMessageIndex::noteEnd(fx_theEventHandler->getQueue(), this);
 }
 
 void fxObj::subClassMustDefine(const char* method) const {

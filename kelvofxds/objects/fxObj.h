@@ -107,9 +107,12 @@ public:
     void sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flags);
 
 private:
-    friend class fxMessagePool;
-    friend struct fxObjLayout;  // tests/objects/fxObj_test.cpp
+    friend class fxMessageEvent;  // may say that no messages to it can be queued
+    friend struct fxObjLayout;    // tests/objects/fxObj_test.cpp
     struct Removal;
+
+    // In the place of properties: never looked into, only compared.
+    __attribute__((visibility("hidden"))) static fxVoidPtrArray* nobodysTarget();
 
     fxVoidPtrArray* properties;  // owned: fxProperty*, by tag, a reference each; null at first
 };

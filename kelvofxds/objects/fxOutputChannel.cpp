@@ -11,8 +11,8 @@
 
 // Walks in progress.
 
-void fxSendWalk::removed(const fxOutputChannel* out, unsigned int gone) {
-    forEach([out, gone](fxSendWalk& walk) {
+void fxOutputChannel::Walk::removed(const fxOutputChannel* out, unsigned int gone) {
+    forEach([out, gone](Walk& walk) {
         if (walk.output != out)
             return;
         if (gone + 1 == walk.index)
@@ -24,8 +24,8 @@ void fxSendWalk::removed(const fxOutputChannel* out, unsigned int gone) {
     });
 }
 
-void fxSendWalk::destroyed(const fxOutputChannel* out) {
-    forEach([out](fxSendWalk& walk) {
+void fxOutputChannel::Walk::destroyed(const fxOutputChannel* out) {
+    forEach([out](Walk& walk) {
         if (walk.output != out)
             return;
         walk.index = walk.end;
@@ -38,7 +38,7 @@ void fxSendWalk::destroyed(const fxOutputChannel* out) {
 fxOutputChannel::fxOutputChannel(unsigned short typeCode) : type(typeCode), connections(nullptr) {}
 
 fxOutputChannel::~fxOutputChannel() {
-    fxSendWalk::destroyed(this);
+    Walk::destroyed(this);
     if (type == fxDT_void)
         fxTickOutput::isGoing(this);
     const unsigned int n = getNumberOfConnections();
@@ -88,11 +88,11 @@ void fxOutputChannel::remove(fxInputChannel* in) {
     in->remove(this);
     element->dec();
     connections->remove(i, 1);
-    fxSendWalk::removed(this, i);
+    Walk::removed(this, i);
 }
 
 fxInputChannel* fxOutputChannel::operator[](unsigned int index) {
     return static_cast<fxInputChannel*>((*connections)[index]);
 }
 
-unsigned int fxOutputChannel::getNumberOfConnections() { return fxSendWalk::countOf(this); }
+unsigned int fxOutputChannel::getNumberOfConnections() { return Walk::countOf(this); }

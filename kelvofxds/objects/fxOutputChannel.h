@@ -39,8 +39,9 @@ public:
     /// Data type code.
     unsigned short getType() const { return type; }
 
+    class Walk;
+
 private:
-    friend class fxSendWalk;
     friend struct fxOutputChannelLayout;  // tests/objects/fxOutputChannel_test.cpp
 
     unsigned short type;          // data type code

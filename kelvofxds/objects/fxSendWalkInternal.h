@@ -7,9 +7,10 @@
 /// Visits the connections that an output has when the walk begins, each once,
 /// although receivers may disconnect some of them or delete the output. The
 /// output tells the walks in progress what it removes; nothing is allocated.
-class fxSendWalk : public fxInProgress<fxSendWalk> {
+class __attribute__((visibility("hidden"))) fxOutputChannel::Walk
+    : public fxInProgress<fxOutputChannel::Walk> {
 public:
-    explicit fxSendWalk(const fxOutputChannel* out)
+    explicit Walk(const fxOutputChannel* out)
         : current(false), output(out), index(0), end(countOf(out)) {}
 
     /// Number of connections of `out`.

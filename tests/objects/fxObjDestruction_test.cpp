@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
+#include "kelvofxds/objects/fxMessageEvent.h"
 #include "kelvofxds/objects/fxObj.h"
 #include "tests/support/dataFlow.h"
 #include "tests/support/heapCalls.h"
@@ -213,6 +214,27 @@ TEST_F(fxObjDestruction, anEventThatIsTheTargetOfAnothersInputDropsItsMessages) 
     delete event;
     EXPECT_EQ(0U, queued());
     owner.removeInput("in");
+}
+
+TEST_F(fxObjDestruction, aHostsMessageThatIsATargetDropsItsMessages) {
+    struct HostMessage : public fxMessageEvent {
+        using fxMessageEvent::fxMessageEvent;
+    };
+    FlowNode sender(log);
+    FlowNode object(log, "object");
+    fxObj owner;
+    auto* own = new HostMessage(object.in, new SpyData(1));
+    auto* plain = new fxMessageEvent(object.in, new SpyData(2));
+    fxMessageEvent* const messages[] = {own, plain};
+    for (fxMessageEvent* message : messages) {
+        owner.addInput("in", fxDT_int, message, receiver(FlowNode::receiveInt), 0);
+        sender.connect("out", &owner, "in");
+        sender.send(1);
+        EXPECT_EQ(1U, queued());
+        delete message;
+        EXPECT_EQ(0U, queued());
+        owner.removeInput("in");
+    }
 }
 
 TEST_F(fxObjDestruction, eventsAreObjectsAndDropTheirMessagesToo) {

@@ -36,6 +36,42 @@ private:
 unsigned long AskedEvent::asked = 0;
 unsigned int AskedEvent::delivered = 0;
 
+// What receives when the target is no object.
+struct Inbox {
+    FlowLog& log;
+    const char* name;
+
+    static void receive(void* target, int value) {
+        const auto* self = static_cast<Inbox*>(target);
+        self->log.note(std::string(self->name) + '=' + std::to_string(value));
+    }
+};
+
+// Posts itself, for a channel of its own or none; then objects may end.
+class PostingBase : public fxEvent {
+public:
+    PostingBase(fxInputChannel* itsOwn, int endings) : fxEvent(fxET_MessageEvent), own(itsOwn) {
+        fx_theEventHandler->postEvent(this, 0);
+        for (int i = 0; i < endings; ++i)
+            const fxObj ending;
+    }
+    void deliver() override {}
+    fxInputChannel* getChannel() override { return own; }
+
+private:
+    fxInputChannel* own;
+};
+
+class SelfPosted : public PostingBase {
+public:
+    SelfPosted(fxInputChannel* basesOwn, fxInputChannel* c, int endings)
+        : PostingBase(basesOwn, endings), channel(c) {}
+    fxInputChannel* getChannel() override { return channel; }
+
+private:
+    fxInputChannel* channel;
+};
+
 class longQueue : public DataFlowTest {
 protected:
     longQueue()
@@ -285,6 +321,110 @@ TEST_F(longQueue, heirsThatEndInNumbersEndTheirMessages) {
     EXPECT_EQ("", distribute());
     EXPECT_EQ("", distributeAll());
     EXPECT_EQ(0, SpyData::alive);
+}
+
+// Without a look at a channel, nobody can tell whether it was retargeted before
+// or after the end of the object whose address its target is.
+TEST_F(longQueue, targetWhereAnEndedObjectWasGetsItsMessages) {
+    alignas(FlowNode) unsigned char place[sizeof(FlowNode)];
+    for (const bool indexed : {false, true}) {
+        SCOPED_TRACE(indexed);
+        FlowNode holder(log, "holder");
+        sender.connect("out", &holder, "in");
+        fill();
+        if (indexed)
+            const FlowNode ending(log);
+        sender.send(1);
+        (new (place) FlowNode(log, "old"))->~FlowNode();
+        auto* heir = new (place) FlowNode(log, "heir");
+        holder.in->target = heir;
+        EXPECT_EQ("heir=1", distributeAll());
+        heir->~FlowNode();
+    }
+}
+
+TEST_F(longQueue, messagesForATargetThatIsNoObjectAreFoundAfterARetargeting) {
+    Inbox first{log, "first"};
+    Inbox second{log, "second"};
+    fxObj owner;
+    fxInputChannel* in = owner.addInput("in", fxDT_int, &first, receiver(Inbox::receive), 0);
+    sender.connect("out", &owner, "in");
+    fill();
+    { const FlowNode ending(log); }
+    sender.send(1);
+    in->target = &second;
+    fx_theEventHandler->removeEventsFor(&second);
+    EXPECT_EQ(500U, queued());
+    sender.send(2);
+    fx_theEventHandler->removeEventsFor(&first);
+    EXPECT_EQ(501U, queued());
+    fx_theEventHandler->removeEventsFor(&second);
+    EXPECT_EQ("", distributeAll());
+}
+
+// A base that posts itself is no message yet, or one for another channel.
+TEST_F(longQueue, eventPostedByItsBaseIsWhatItBecomes) {
+    fxInputChannel* const channels[] = {nullptr, &elsewhere};
+    for (fxInputChannel* basesOwn : channels) {
+        for (const int endings : {-1, 0, 1, 5}) {
+            SCOPED_TRACE(testing::Message() << (basesOwn ? "elsewhere, " : "") << endings);
+            FlowNode* object = new FlowNode(log, "object");
+            fill();
+            if (endings >= 0)
+                const FlowNode ending(log);
+            new SelfPosted(basesOwn, object->in, endings);
+            EXPECT_EQ(501U, queued());
+            delete object;
+            EXPECT_EQ(500U, queued());
+            new SelfPosted(basesOwn, other.in, endings);
+            new SelfPosted(basesOwn, sender.in, endings);
+            other.in->flush();
+            EXPECT_EQ(501U, queued());
+            sender.in->flush();
+            EXPECT_EQ(500U, queued());
+            distributeAll();
+        }
+    }
+}
+
+TEST_F(longQueue, valuesThatGoMayDistributeTheRest) {
+    auto* object = new FlowNode(log, "object");
+    sender.connect("out", object, "in");
+    fill();
+    for (int i = 0; i < 3; ++i)
+        sender.sendData(sender.out, new SpyData(i, [] { fx_theEventHandler->distributeEvents(); }),
+                        fxObj::fxSendQueued);
+    fill();
+    delete object;
+    EXPECT_EQ(0U, queued());
+    EXPECT_EQ(0, SpyData::alive);
+}
+
+TEST_F(longQueue, manyMessagesOfManyInputsGoInTheOrderOfTheQueue) {
+    const int n = 300;
+    auto* object = new FlowNode(log, "object");
+    std::string expected;
+    std::vector<std::unique_ptr<FlowNode>> others;
+    for (int i = 0; i < n; ++i) {
+        others.push_back(std::make_unique<FlowNode>(log, "node"));
+        FlowNode* const receivers[] = {others.back().get(), object};
+        for (FlowNode* node : receivers) {
+            FlowNode from(log);
+            from.connect("out", node, "in");
+            from.sendData(from.out, new SpyData(i, [this, i] { log.note(std::to_string(i)); }),
+                          fxObj::fxSendQueued);
+        }
+        if (i % 10 == 0)
+            object->in =
+                object->addInput("in", fxDT_int, object, receiver(FlowNode::receiveInt), 0);
+        expected += (i == 0 ? "" : " ") + std::to_string(i);
+    }
+    log.take();
+    delete object;
+    EXPECT_EQ(expected, log.take());
+    EXPECT_EQ(static_cast<unsigned int>(n), queued());
+    others.clear();
+    EXPECT_EQ(0U, queued());
 }
 
 // Queues of a host's own.
