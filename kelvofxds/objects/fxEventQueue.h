@@ -30,6 +30,7 @@ public:
     /// Number of events queued.
     unsigned int getCount() const { return count; }
 
+    // How the library finds and visits what is queued.
     class Index;
     class Walk;
 

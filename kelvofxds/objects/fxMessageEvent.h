@@ -20,6 +20,7 @@ public:
     void dump(std::FILE* out) override;
     fxInputChannel* getChannel() override;
 
+    // How the library makes and ends its own messages.
     class Pool;
 
 private:

@@ -39,6 +39,7 @@ public:
     /// Data type code.
     unsigned short getType() const { return type; }
 
+    // How the library visits the connections while it sends.
     class Walk;
 
 private:

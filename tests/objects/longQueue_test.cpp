@@ -10,6 +10,7 @@
 
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "tests/support/dataFlow.h"
+#include "tests/support/heapCalls.h"
 
 // The end of an object while many events are queued that are not for it: what
 // is for it goes, at a cost that the others have no part in.
@@ -144,6 +145,45 @@ TEST_F(longQueue, flushingAnInputAsksNothingOfTheEventsOfOthers) {
     EXPECT_GE(3 * events, AskedEvent::asked);
     EXPECT_EQ(events, queued());
     fx_theEventHandler->distributeEvents();
+}
+
+TEST_F(longQueue, indexIsGoneAfterADistributionWithoutALookUp) {
+    if (!heapCallsAreCounted())
+        GTEST_SKIP() << "allocations are not counted in this build or under this tool";
+    struct Going {
+        static void again(void* target, int value) { static_cast<FlowNode*>(target)->send(value); }
+    };
+    other.addInput("again", fxDT_int, &other, receiver(Going::again), 0);
+    other.connect("out", &other, "again");
+    for (int i = 0; i < 100; ++i)
+        other.send(i);
+    fx_theEventHandler->distributeEvents();
+    for (const bool warm : {false, true}) {
+        const long blocks = heapCalls().blocks;
+        { const FlowNode ending(log); }
+        EXPECT_LT(blocks, heapCalls().blocks);
+        for (int i = 0; i < 3; ++i)
+            fx_theEventHandler->distributeEvents();
+        EXPECT_EQ(100U, queued());
+        if (warm) {
+            EXPECT_EQ(blocks, heapCalls().blocks);
+        }
+    }
+    other.removeInput("again");
+    EXPECT_EQ(0U, queued());
+}
+
+TEST_F(longQueue, whatIsSentAndDeliveredIsNotAskedForItsChannel) {
+    fill();
+    fx_theEventHandler->removeEventsFor(this);
+    AskedEvent::asked = 0;
+    for (int i = 0; i < 100; ++i)
+        fx_theEventHandler->postEvent(new AskedEvent(&elsewhere), 0);
+    std::vector<std::unique_ptr<fxEvent>> delivered;
+    for (int i = 0; i < 100; ++i)
+        delivered.emplace_back(fx_theEventHandler->getQueue().get())->deliver();
+    EXPECT_EQ(0U, AskedEvent::asked);
+    distributeAll();
 }
 
 // Outcomes.
