@@ -80,8 +80,10 @@ bool shareOperation(const fxArray& a, const fxArray& b, Operation fxArray::*oper
     return fxVirtualEntry(a, operation) == fxVirtualEntry(b, operation);
 }
 
-// Whether the elements are strings: one of the operations that fxStrArray has
-// of its own is in place, which only it and what derives from it can have.
+// Whether the elements are strings: one of the operations on them that
+// fxStrArray has of its own is in place. A class that replaces all of these is
+// not known from any other. The name and the record say nothing: they may be a
+// code that a linker has folded with another class's.
 bool holdsStrings(const fxArray& array) {
     const fxStrArray strings;
     unsigned char (fxArray::*const xdr)(fxTranscriber&) = &fxArray::xdr;
@@ -89,8 +91,6 @@ bool holdsStrings(const fxArray& array) {
            shareOperation(array, strings, &fxArray::compareElements) ||
            shareOperation(array, strings, &fxArray::createElements) ||
            shareOperation(array, strings, &fxArray::destroyElements) ||
-           shareOperation(array, strings, &fxArray::className) ||
-           shareOperation(array, strings, &fxArray::getTypeObj) ||
            shareOperation(array, strings, xdr);
 }
 }  // namespace

@@ -2,6 +2,8 @@
 // 0 when they are sorted and searched as such.
 //
 // Compiled with -fno-rtti and -fno-exceptions: the tables of its classes lead to no description.
+// Also built without position independence: then the tables of its classes lead to stand-ins of its
+// own.
 
 #include <cstdio>
 #include <cstring>
@@ -48,6 +50,24 @@ public:
     }
 };
 
+// Strings, and every operation on them watched, so that only the transcription is fxStrArray's.
+class WatchedArray : public fxStrArray {
+public:
+    const char* className() const override { return "WatchedArray"; }
+    void createElements(void* at, unsigned int bytes) override {
+        fxStrArray::createElements(at, bytes);
+    }
+    void destroyElements(void* at, unsigned int bytes) override {
+        fxStrArray::destroyElements(at, bytes);
+    }
+    void copyElements(const void* from, void* to, unsigned int bytes) const override {
+        fxStrArray::copyElements(from, to, bytes);
+    }
+    int compareElements(const void* a, const void* b) const override {
+        return fxStrArray::compareElements(a, b);
+    }
+};
+
 int ranksOf(const PairArray& array) {
     int digits = 0;
     for (unsigned int i = 0; i < array.length(); ++i)
@@ -88,13 +108,20 @@ bool findsByBytes() {
     return array.find(&wanted) == 7;
 }
 
-bool exchangesStrings() {
-    BackwardArray array;
+template <class Array>
+std::string sortedTexts() {
+    Array array;
     for (const char* text : {"b", "d", "a", "c", "e"})
         array.append(text);
     fxArray& base = array;
     base.qsort();
-    return textsOf(array) == "e d c b a ";
+    return textsOf(array);
+}
+
+bool exchangesStrings() {
+    return sortedTexts<fxStrArray>() == "a b c d e " &&
+           sortedTexts<BackwardArray>() == "e d c b a " &&
+           sortedTexts<WatchedArray>() == "a b c d e ";
 }
 
 }  // namespace

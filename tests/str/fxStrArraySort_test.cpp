@@ -288,6 +288,27 @@ TEST(fxStrArraySort, exchangesTheStringsOfAClassThatReplacesItsElementOperations
     });
 }
 
+// The name and the record say nothing of the elements. Here they are ints.
+TEST(fxStrArraySort, aClassThatReplacesAllThatKnowsStringsIsSortedAsAnyOther) {
+    struct IntArray : fxStrArray {
+        ~IntArray() override { len = 0; }
+        void createElements(void*, unsigned int) override {}
+        void destroyElements(void*, unsigned int) override {}
+        void copyElements(const void* from, void* to, unsigned int bytes) const override {
+            std::memmove(to, from, bytes);
+        }
+        int compareElements(const void* a, const void* b) const override {
+            return *static_cast<const int*>(a) - *static_cast<const int*>(b);
+        }
+        unsigned char xdr(fxTranscriber&) override { return 1; }
+    } array;
+    for (const int value : {2, 3, 1})
+        static_cast<fxArray&>(array).append(&value);
+    array.qsort();
+    for (unsigned int i = 0; i < 3; ++i)
+        EXPECT_EQ(3, *static_cast<const int*>(array.at(i))) << i;
+}
+
 TEST(fxStrArraySort, sortedArrayCanBeChangedAndCopied) {
     fxStrArray array = arrayOf({"c", "a", "b"});
     array.qsort();
