@@ -1,17 +1,22 @@
 #include "kelvofxds/containers/fxArray.h"
 
+#include <malloc.h>
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 
-#include "kelvofxds/containers/fxVirtualEntryInternal.h"
+#include "kelvofxds/containers/fxArrayOwnInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
 const char* const owner = "fxArray";
 const unsigned int expandElements = 4;
 const unsigned int swapBufferSize = 1024;
+// From here on a block is likely to be fresh memory of the system's, which calloc
+// does not touch.
+const unsigned int largeBlock = 65536;
 const unsigned int notFound = 0xFFFFFFFF;
 
 // Block copies of the usual element sizes without a call.
@@ -24,38 +29,45 @@ void moveBytes(void* to, const void* from, unsigned int bytes) {
         std::memmove(to, from, bytes);
 }
 
-// An array whose class changes nothing.
-class PlainArray : public fxArray {
-public:
-    PlainArray() : fxArray(1, 0) {}
-    const char* className() const override { return ""; }
-};
-
-template <class Operation>
-std::uintptr_t entryOfPlainArray(Operation fxArray::*operation) {
-    const PlainArray array;
-    return fxVirtualEntry<fxArray>(array, operation);
+// Size of the block as malloc knows it, which may be more than was asked for;
+// `asked` where malloc cannot tell.
+unsigned int sizeOf(void* block, unsigned int asked) {
+    return fxUsableSizeIsKnown ? static_cast<unsigned int>(malloc_usable_size(block)) : asked;
 }
 
-// What an array has in place whose class does not replace the operation. 0
-// until this file is initialised: until then the operations are called as if
-// every class replaced them, which comes to the same.
-const std::uintptr_t ownGetmem = entryOfPlainArray(&fxArray::getmem);
-const std::uintptr_t ownCompareElements = entryOfPlainArray(&fxArray::compareElements);
+// Clears the block from `from` on. What malloc gives beyond the `bytes` asked for
+// is cleared too: a later change of the capacity may bring it into use, when
+// nobody can tell any more where it began. The compiler, which knows what was
+// asked for, is not to see it.
+[[gnu::noinline]] void clearBlock(void* block, unsigned int from, unsigned int bytes) {
+    const unsigned int end = sizeOf(block, bytes);
+    if (from < end)
+        std::memset(static_cast<char*>(block) + from, 0, end - from);
+}
+
+// Ends the process for a range whose end is no size.
+void checkRange(unsigned int offset, unsigned int bytes) { fxSum(owner, offset, bytes); }
+
+// A block whose `bytes` bytes are about to be filled.
+void* newBlock(unsigned int bytes) {
+    void* block = fxAllocate(bytes);
+    clearBlock(block, bytes, bytes);
+    return block;
+}
 }  // namespace
 
 fxArray::fxArray(unsigned short size, unsigned int n)
     : data(nullptr), maxLen(0), len(0), elemSize(size) {
     len = maxLen = bytesOf(n);
     if (len != 0)
-        data = fxAllocate(len);
+        data = newBlock(len);
 }
 
 fxArray::fxArray(const fxArray& other)
     : fxXDRObj(other), data(nullptr), maxLen(other.len), len(other.len), elemSize(other.elemSize) {
     if (len == 0)
         return;
-    data = fxAllocate(len);
+    data = newBlock(len);
     std::memmove(data, other.data, len);
 }
 
@@ -71,75 +83,38 @@ void fxArray::copyFrom(const fxArray& other) {
     if (maxLen <= len)
         return;
     data = data ? fxReallocate(data, maxLen) : fxAllocate(maxLen);
-    clearSpare(len);
+    clearBlock(data, len, maxLen);
 }
 
 // Size of `n` elements.
 unsigned int fxArray::bytesOf(unsigned int n) const { return fxProduct(owner, n, elemSize); }
 
-// A change of an array's capacity, from the moment maxLen says the new one. The
-// old one comes back if an exception prevents the change.
-class fxArray::CapacityChange {
-public:
-    // The bytes from `from` on will be spare ones that were never used.
-    CapacityChange(fxArray& changed, unsigned int bytes, unsigned int from)
-        : array(changed), unused(from), maxLenOnFailure(changed.maxLen), outer(innermost) {
-        array.maxLen = bytes;
-        innermost = this;
-    }
-    CapacityChange(const CapacityChange&) = delete;
-    CapacityChange& operator=(const CapacityChange&) = delete;
-    ~CapacityChange() {
-        innermost = outer;
-        array.maxLen = maxLenOnFailure;
-    }
-
-    void bringMemory() {
-        array.getmem();
-        if (!array.data && array.maxLen != 0)
-            fxOutOfMemory();
-        maxLenOnFailure = array.maxLen;
-    }
-
-    // fxArray's own getmem has brought the block to maxLen bytes. It is told of
-    // no change, and a subclass's may fill bytes before or after it calls it, so
-    // none but the new ones are cleared, and those here.
-    static void brought(fxArray& changed) {
-        if (!innermost || &innermost->array != &changed || !changed.data)
-            return;
-        changed.clearSpare(innermost->unused);
-        innermost->unused = innermost->maxLenOnFailure = changed.maxLen;
-    }
-
-private:
-    fxArray& array;
-    unsigned int unused;
-    unsigned int maxLenOnFailure;
-    CapacityChange* outer;  // during whose getmem this one happens
-
-    static CapacityChange* innermost;
-};
-
-fxArray::CapacityChange* fxArray::CapacityChange::innermost = nullptr;
-
 // The virtual operations.
 
-// The work of getmem.
-void fxArray::bringBlock() {
+// Brings the block to maxLen bytes, of which those from `from` on are zero.
+void fxArray::bringBlock(unsigned int from) {
     if (maxLen == 0) {
         std::free(data);
         data = nullptr;
-    } else if (data) {
+        return;
+    }
+    if (data) {
         data = fxReallocate(data, maxLen);
+    } else if (from < maxLen && maxLen - from >= largeBlock) {
+        data = std::calloc(maxLen, 1);
+        return;
     } else {
         data = std::malloc(maxLen);
     }
+    if (data)
+        clearBlock(data, from < maxLen ? from : maxLen, maxLen);
 }
 
-void fxArray::getmem() {
-    bringBlock();
-    CapacityChange::brought(*this);
-}
+// It is not told of any change: a subclass's getmem may have brought the block
+// before it calls this one, or may fill bytes afterwards. What is new here lies
+// behind the block that there is; where malloc cannot tell its size, it is taken
+// to have the new one.
+void fxArray::getmem() { bringBlock(data ? sizeOf(data, maxLen) : len); }
 
 void fxArray::expand() { setCapacity(fxSum(owner, maxLen, expandElements * elemSize)); }
 
@@ -165,24 +140,30 @@ int fxArray::compareElements(const void* a, const void* b) const {
 
 // Capacity.
 
-// Bytes beyond the length can reach a stream, so new ones are cleared.
-void fxArray::clearSpare(unsigned int from) {
-    if (from < maxLen)
-        std::memset(byteAt(from), 0, maxLen - from);
-}
-
-void fxArray::setCapacity(unsigned int bytes) {
-    if (fxVirtualEntry(*this, &fxArray::getmem) != ownGetmem) {
-        CapacityChange(*this, bytes, maxLen).bringMemory();
-        return;
-    }
-    const unsigned int oldMax = maxLen;
+// Bytes beyond the length can reach a stream, so new ones are cleared, those from
+// `from` on. When a subclass's getmem throws, nobody knows whether it has brought
+// the block; the smaller one of both capacities fits in any case. Elements behind
+// that have ended before.
+void fxArray::setCapacity(unsigned int bytes, unsigned int from) {
+    const unsigned int fits = bytes < maxLen ? bytes : maxLen;
     maxLen = bytes;
-    bringBlock();
+    if (fxGetsOwnMemory(*this)) {
+        bringBlock(from);
+    } else {
+        try {
+            getmem();
+        } catch (...) {
+            maxLen = fits;
+            if (len > fits)
+                len = fits;
+            throw;
+        }
+    }
     if (!data && maxLen != 0)
         fxOutOfMemory();
-    clearSpare(oldMax);
 }
+
+void fxArray::setCapacity(unsigned int bytes) { setCapacity(bytes, maxLen); }
 
 void fxArray::setMaxLength(unsigned int n) {
     const unsigned int wanted = bytesOf(n);
@@ -194,16 +175,27 @@ void fxArray::setMaxLength(unsigned int n) {
 void fxArray::resize(unsigned int n) {
     const unsigned int bytes = bytesOf(n);
     if (bytes > len) {
-        CapacityChange(*this, bytes, bytes).bringMemory();
+        setCapacity(bytes, bytes);
         createElements(byteAt(len), bytes - len);
     } else if (bytes < len) {
-        CapacityChange change(*this, bytes, bytes);
-        destroyElements(byteAt(bytes), len - bytes);
-        change.bringMemory();
+        endFrom(bytes);
+        setCapacity(bytes);
     } else {
         maxLen = bytes;
     }
     len = bytes;
+}
+
+// Ends the elements from `bytes` on, for an array that will have that capacity.
+void fxArray::endFrom(unsigned int bytes) {
+    const unsigned int oldMax = maxLen;
+    maxLen = bytes;
+    try {
+        destroyElements(byteAt(bytes), len - bytes);
+    } catch (...) {
+        maxLen = oldMax;
+        throw;
+    }
 }
 
 // Changing elements.
@@ -281,10 +273,12 @@ void fxArray::insert(const fxArray& other, unsigned int index) {
     insertCopies(other.data, p, added);
 }
 
-// Moves what follows the `bytes` bytes at `offset` down over them.
+// Moves what follows the `bytes` bytes at `offset` down over them. The sum of
+// both is a size.
 void fxArray::closeGap(unsigned int offset, unsigned int bytes) {
-    if (offset + bytes < len)
-        std::memmove(byteAt(offset), byteAt(offset + bytes), len - offset - bytes);
+    const unsigned int behind = offset + bytes;
+    if (behind < len)
+        std::memmove(byteAt(offset), byteAt(behind), len - behind);
     len -= bytes;
 }
 
@@ -293,6 +287,7 @@ void fxArray::remove(unsigned int start, unsigned int n) {
         return;
     const unsigned int offset = bytesOf(start);
     const unsigned int bytes = bytesOf(n);
+    checkRange(offset, bytes);
     destroyElements(byteAt(offset), bytes);
     closeGap(offset, bytes);
 }
@@ -326,11 +321,6 @@ void fxArray::swap(unsigned int i, unsigned int j) {
 }
 
 namespace {
-// Whether `array` compares elements as fxArray itself does.
-bool comparesBytes(const fxArray& array) {
-    return fxVirtualEntry(array, &fxArray::compareElements) == ownCompareElements;
-}
-
 // Position of the first of the elements [start, n) at `block` that has the
 // bytes of `*elem`; n if none has. The elements are of Word's size.
 template <class Word>
@@ -353,7 +343,7 @@ unsigned int fxArray::find(const void* elem, unsigned int start) const {
     unsigned int i = start;
     if (i >= n)
         return notFound;
-    if (!comparesBytes(*this)) {
+    if (!fxComparesBytes(*this)) {
         while (i < n && compareElements(elem, at(i)) != 0)
             ++i;
     } else if (elemSize == 1) {
@@ -377,7 +367,7 @@ unsigned int fxArray::find(const void* elem, unsigned int start) const {
 void* fxArray::copied(const void* from, unsigned int bytes) const {
     if (bytes == 0)
         return nullptr;
-    std::unique_ptr<void, decltype(&std::free)> block(fxAllocate(bytes), &std::free);
+    std::unique_ptr<void, decltype(&std::free)> block(newBlock(bytes), &std::free);
     copyElements(from, block.get(), bytes);
     return block.release();
 }
@@ -385,7 +375,10 @@ void* fxArray::copied(const void* from, unsigned int bytes) const {
 void* fxArray::raw_copy() const { return copied(data, len); }
 
 void* fxArray::raw_extract(unsigned int start, unsigned int n) const {
-    return copied(byteAt(bytesOf(start)), bytesOf(n));
+    const unsigned int offset = bytesOf(start);
+    const unsigned int bytes = bytesOf(n);
+    checkRange(offset, bytes);
+    return copied(byteAt(offset), bytes);
 }
 
 void* fxArray::raw_head(unsigned int n) const { return raw_extract(0, n); }
@@ -400,7 +393,8 @@ void* fxArray::raw_cut(unsigned int start, unsigned int n) {
     const unsigned int bytes = bytesOf(n);
     if (bytes == 0)
         return nullptr;
-    void* block = fxAllocate(bytes);
+    checkRange(offset, bytes);
+    void* block = newBlock(bytes);
     std::memcpy(block, byteAt(offset), bytes);
     closeGap(offset, bytes);
     return block;

@@ -19,7 +19,8 @@
 /// Running out of memory ends the process ("out of memory"), and so does a
 /// size that does not fit a word ("fxArray: size too large"). An exception of a
 /// subclass's element operation or getmem passes through and leaves the
-/// elements as they were before.
+/// elements as they were before; if resize has ended some of them by then, it
+/// leaves the others.
 /// Invariant: len <= maxLen; both are multiples of elemSize.
 class FX_EXPORT fxArray : public fxXDRObj {
 public:
@@ -46,7 +47,11 @@ public:
 
     /// Brings the block to maxLen bytes; frees it when that is 0. A first block
     /// that cannot be had is null; a block that cannot grow ends the process.
-    /// Bytes that it adds to the spare capacity are zero.
+    /// What it adds to the block is zero behind the length; bytes that the block
+    /// has already are left alone, so that a subclass may prepare them before it
+    /// calls this or afterwards. In a host with a malloc of its own that cannot
+    /// tell the size of a block, only a first block is zero when it is called
+    /// by a subclass.
     virtual void getmem();
     /// Makes room for four more elements.
     /// Deliberate: growth is linear, not geometric.
@@ -101,7 +106,8 @@ public:
     /// Deliberate: the pivot's final placement copies the temporary over two
     /// elements instead of exchanging them, so elements are overwritten; the
     /// temporary starts out as zero bytes. Only an fxStrArray is sorted by true
-    /// exchanges. The call's depth does not depend on the order of the elements.
+    /// exchanges, and a class derived from it that keeps one of its element
+    /// operations or its xdr. The call's depth does not depend on the order of the elements.
     void qsort(unsigned int start, unsigned int n);
     /// The same for the whole array.
     void qsort();
@@ -152,12 +158,11 @@ protected:
     unsigned short elemSize;  // bytes per element
 
 private:
-    class CapacityChange;
-
     unsigned int bytesOf(unsigned int n) const;
-    void bringBlock();
+    void bringBlock(unsigned int from);
     void setCapacity(unsigned int bytes);
-    void clearSpare(unsigned int from);
+    void setCapacity(unsigned int bytes, unsigned int from);
+    void endFrom(unsigned int bytes);
     void insertCopies(const void* from, unsigned int offset, unsigned int bytes);
     void* copied(const void* from, unsigned int bytes) const;
     unsigned int partition(unsigned int lo, unsigned int hi, void* temp, bool exchangePivot);

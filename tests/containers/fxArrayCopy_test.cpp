@@ -131,3 +131,58 @@ TEST(fxArrayCopy, aStepThatThrowsLeavesTheElements) {
         }
     }
 }
+
+// What a shorter array has lost has ended, so it cannot come back.
+TEST(fxArrayCopy, resizeToLessWhoseGetmemThrowsHasTheElementsThatStay) {
+    for (unsigned int n : {0u, 1u, 2u}) {
+        for (unsigned int capacity : {3u, 8u}) {
+            SCOPED_TRACE(testing::Message() << n << " elements, capacity " << capacity);
+            CountingArray::resetCounts();
+            {
+                ThrowingArray array;
+                array.setMaxLength(capacity);
+                array.throwsWhile = ThrowingArray::bringing;
+                EXPECT_THROW(array.resize(n), ThrowingArray::Failure);
+                EXPECT_EQ(static_cast<int>(3 - n), CountingArray::destroyed);
+                Ints expected = {1, 2, 3};
+                expected.resize(n);
+                EXPECT_EQ(expected, array.values());
+                EXPECT_LE(array.getLen(), array.getMaxLen());
+
+                array.throwsWhile = ThrowingArray::nowhere;
+                array.add(4);
+                expected.push_back(4);
+                EXPECT_EQ(expected, array.values());
+            }
+            EXPECT_EQ(0, CountingArray::alive());
+        }
+    }
+}
+
+// The capacity that is left fits the block, whichever it is.
+TEST(fxArrayCopy, getmemThatThrowsWhenItHasBroughtTheBlockLeavesACapacityThatFits) {
+    class LateArray : public fxIntArray {
+    public:
+        ~LateArray() override { throws = false; }
+        void getmem() override {
+            fxIntArray::getmem();
+            if (throws)
+                throw 1;
+        }
+        bool throws = false;
+    };
+    for (unsigned int capacity : {5u, 100u}) {
+        SCOPED_TRACE(capacity);
+        LateArray array;
+        appendInts(array, {1, 2, 3});
+        array.setMaxLength(50);
+        array.throws = true;
+        EXPECT_THROW(array.setMaxLength(capacity), int);
+        EXPECT_EQ((Ints{1, 2, 3}), intsOf(array));
+        EXPECT_LE(array.getMaxLen(), 4 * capacity);
+        std::memset(array.at(3), 1, array.getMaxLen() - array.getLen());
+        array.throws = false;
+        array.setMaxLength(200);
+        EXPECT_EQ((Ints{1, 2, 3}), intsOf(array));
+    }
+}

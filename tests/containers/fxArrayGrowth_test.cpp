@@ -1,9 +1,11 @@
 // fxArrayGrowth_test.cpp - how much an array allocates, and when.
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -402,6 +404,119 @@ TEST(fxArrayGrowth, spareBytesThatASubclassPreparesStay) {
     }
 }
 
+// The base brings nothing then, and so it clears nothing.
+TEST(fxArrayGrowth, spareBytesStayThatASubclassPreparesBeforeItCallsTheBase) {
+    class Array : public fxIntArray {
+    public:
+        void getmem() override {
+            data = std::realloc(data, maxLen);
+            if (maxLen > len)
+                std::memset(byteAt(len), 0x55, maxLen - len);
+            fxIntArray::getmem();
+        }
+    } array;
+    for (int i = 0; i < 40; ++i) {
+        SCOPED_TRACE(i);
+        array.append(&i);
+        const unsigned int spare = array.getMaxLen() - array.getLen();
+        EXPECT_EQ(std::string(spare, 0x55),
+                  std::string(static_cast<char*>(array.at(array.length())), spare));
+    }
+}
+
+TEST(fxArrayGrowth, spareBytesStayThatASubclassPreparesBeyondTheCapacity) {
+    class Array : public fxIntArray {
+    public:
+        void getmem() override {
+            if (maxLen <= prepared)
+                return;
+            prepared = 2 * maxLen;
+            data = std::realloc(data, prepared);
+            std::memset(byteAt(len), 0x55, prepared - len);
+        }
+
+    private:
+        unsigned int prepared = 0;
+    } array;
+    for (int i = 0; i < 40; ++i) {
+        SCOPED_TRACE(i);
+        array.append(&i);
+        const unsigned int spare = array.getMaxLen() - array.getLen();
+        EXPECT_EQ(std::string(spare, 0x55),
+                  std::string(static_cast<char*>(array.at(array.length())), spare));
+    }
+}
+
+namespace {
+// Grows in steps of its own.
+class SteppingArray : public fxIntArray {
+public:
+    using fxIntArray::fxIntArray;
+    void expand() override {
+        maxLen += step;
+        getmem();
+    }
+    unsigned int step = 64;
+};
+
+// Blocks of all small sizes, as they are handed out next, hold no zero.
+void soilTheHeap() {
+    void* blocks[64];
+    for (unsigned int round = 0; round < 4; ++round) {
+        for (unsigned int i = 0; i < 64; ++i)
+            blocks[i] = std::memset(std::malloc(16 * i + 12), 0xAA, 16 * i + 12);
+        for (void* block : blocks)
+            std::free(block);
+    }
+}
+}  // namespace
+
+TEST(fxArrayGrowth, newSpareBytesAreZeroWhenASubclassSetsTheCapacity) {
+    for (unsigned int step : {4u, 8u, 12u, 20u, 64u}) {
+        for (unsigned int length : {0u, 1u, 2u, 5u, 9u, 20u}) {
+            SCOPED_TRACE(testing::Message() << length << " ints, steps of " << step);
+            soilTheHeap();
+            SteppingArray array(length);
+            array.step = step;
+            fillWithOnes(array);
+            for (int i = 0; i < 40; ++i) {
+                array.append(&i);
+                EXPECT_TRUE(spareIsZero(array));
+                soilTheHeap();
+            }
+            SteppingArray copy(array);
+            copy.step = step;
+            while (copy.getLen() != copy.getMaxLen())
+                copy.append(&length);
+            copy.append(&length);
+            EXPECT_TRUE(spareIsZero(copy));
+        }
+    }
+}
+
+// Also where the library has changed the capacity before.
+TEST(fxArrayGrowth, newSpareBytesAreZeroWhenASubclassSetsTheCapacityInTurn) {
+    for (unsigned int n = 1; n < 20; ++n) {
+        SCOPED_TRACE(n);
+        void (*const steps[])(fxArray&, unsigned int) = {
+            [](fxArray& array, unsigned int count) { array.resize(count); },
+            [](fxArray& array, unsigned int count) { array.setMaxLength(count); },
+            [](fxArray& array, unsigned int count) { array.insert(&count, 0); },
+            [](fxArray& array, unsigned int count) { array.append(fxIntArray(count)); }};
+        for (const auto& step : steps) {
+            soilTheHeap();
+            SteppingArray array;
+            array.step = 4;
+            step(array, n);
+            fillWithOnes(array);
+            array.expand();
+            EXPECT_TRUE(spareIsZero(array));
+            array.expand();
+            EXPECT_TRUE(spareIsZero(array));
+        }
+    }
+}
+
 TEST(fxArrayGrowth, newSpareBytesAreZeroWhenAnotherArrayGrowsMeanwhile) {
     class Array : public fxArray {
     public:
@@ -482,6 +597,28 @@ TEST(fxArrayGrowthDeathTest, aSumOfSizesOver32BitsEndsTheProcess) {
     });
 }
 
+TEST(fxArrayGrowthDeathTest, aRangeThatEndsOver32BitsEndsTheProcess) {
+    void (*const acts[])(fxArray&) = {
+        [](fxArray& array) { array.remove(1, 0xFFFFFFFF); },
+        [](fxArray& array) { array.remove(0xFFFFFFFF, 1); },
+        [](fxArray& array) { array.raw_cut(1, 0xFFFFFFFF); },
+        [](fxArray& array) { array.raw_cut(0xFFFFFFFF, 1); },
+        [](fxArray& array) { array.raw_extract(1, 0xFFFFFFFF); },
+        [](fxArray& array) { array.raw_extract(0xFFFFFFFF, 1); },
+    };
+    for (const auto& act : acts) {
+        SCOPED_TRACE(&act - acts);
+        fxCharArray array(8);
+        fillWithOnes(array);
+        EXPECT_EXIT(act(array), testing::KilledBySignal(SIGABRT), "^fxArray: size too large\n$");
+    }
+    fxShortArray shorts(8);
+    EXPECT_EXIT(shorts.remove(0x7FFFFFFF, 2), testing::KilledBySignal(SIGABRT),
+                "^fxArray: size too large\n$");
+    EXPECT_EXIT(shorts.cut(0x7FFFFFFF, 2), testing::KilledBySignal(SIGABRT),
+                "^fxArray: size too large\n$");
+}
+
 // A sanitizer's allocator says something of its own when it returns null.
 TEST(fxArrayGrowthDeathTest, runningOutOfMemoryEndsTheProcess) {
     const char* const message = "out of memory\n$";
@@ -491,4 +628,26 @@ TEST(fxArrayGrowthDeathTest, runningOutOfMemoryEndsTheProcess) {
     EXPECT_EXIT(empty.setMaxLength(0xFFFFFF00), testing::KilledBySignal(SIGABRT), message);
     EXPECT_EXIT(array.resize(0xFFFFFF00), testing::KilledBySignal(SIGABRT), message);
     EXPECT_EXIT(array.setMaxLength(0xFFFFFF00), testing::KilledBySignal(SIGABRT), message);
+}
+
+// Each thread with arrays of its own.
+
+TEST(fxArrayGrowth, arraysOfDifferentThreadsHaveNothingInCommon) {
+    std::vector<std::thread> threads;
+    std::atomic<unsigned int> wrong(0);
+    for (int n = 0; n < 4; ++n) {
+        threads.emplace_back([n, &wrong] {
+            for (int i = 0; i < 100000; ++i) {
+                TracingArray array(4, 0);
+                array.append(&n);
+                array.resize(5);
+                array.resize(1);
+                if (*static_cast<int*>(array.at(0)) != n || array.getMaxLen() != 4)
+                    ++wrong;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(0u, wrong);
 }

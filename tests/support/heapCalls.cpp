@@ -41,6 +41,7 @@ void* (*systemMalloc)(std::size_t) = nullptr;
 void* (*systemCalloc)(std::size_t, std::size_t) = nullptr;
 void* (*systemRealloc)(void*, std::size_t) = nullptr;
 void (*systemFree)(void*) = nullptr;
+std::size_t (*systemUsableSize)(void*) = nullptr;
 }  // namespace
 
 // The program's own definitions come before the C library's, also for the
@@ -77,6 +78,11 @@ void free(void* block) noexcept {
         --calls.blocks;
     }
     systemFunction(systemFree, "free")(block);
+}
+
+// Together with the others, so that the library takes it for the same heap's.
+std::size_t malloc_usable_size(void* block) noexcept {
+    return systemFunction(systemUsableSize, "malloc_usable_size")(block);
 }
 
 }  // extern "C"
