@@ -57,14 +57,15 @@ TEST(fxDictionaryDeathTest, sizesThatWrapAreFatal) {
     EXPECT_EXIT(Sized(0xFFFFFFFF, 1).findCreate(&key), aborted, message);
 }
 
+// A sanitizer's allocator says something of its own before it returns null.
 TEST(fxDictionaryDeathTest, aRefusedBlockIsFatal) {
     const int key = 1;
-    EXPECT_EXIT(Sized(4, 0xFFFFFFF0).put(1), aborted, "^out of memory\n$");
-    EXPECT_EXIT(Sized(4, 0xFFFFFFF0).findCreate(&key), aborted, "^out of memory\n$");
+    EXPECT_EXIT(Sized(4, 0xFFFFFFF0).put(1), aborted, "out of memory\n$");
+    EXPECT_EXIT(Sized(4, 0xFFFFFFF0).findCreate(&key), aborted, "out of memory\n$");
 }
 
 TEST(fxSetDeathTest, sizesThatMemoryCannotHoldAreFatal) {
     EXPECT_EXIT(IntSet(0x40000000), aborted, "^fxSet: size too large\n$");
     EXPECT_EXIT(IntSet(0xFFFFFFFF), aborted, "^fxSet: size too large\n$");
-    EXPECT_EXIT(OfSize(0xFFFFFFF0).put(1), aborted, "^out of memory\n$");
+    EXPECT_EXIT(OfSize(0xFFFFFFF0).put(1), aborted, "out of memory\n$");
 }

@@ -288,7 +288,8 @@ TEST(fxStrArraySort, exchangesTheStringsOfAClassThatReplacesItsElementOperations
     });
 }
 
-// The name and the record say nothing of the elements. Here they are ints.
+// The name and the record say nothing of the elements. Here they are ints, each
+// with a word behind it.
 TEST(fxStrArraySort, aClassThatReplacesAllThatKnowsStringsIsSortedAsAnyOther) {
     struct IntArray : fxStrArray {
         ~IntArray() override { len = 0; }
@@ -302,8 +303,9 @@ TEST(fxStrArraySort, aClassThatReplacesAllThatKnowsStringsIsSortedAsAnyOther) {
         }
         unsigned char xdr(fxTranscriber&) override { return 1; }
     } array;
-    for (const int value : {2, 3, 1})
-        static_cast<fxArray&>(array).append(&value);
+    const int values[][2] = {{2, 0}, {3, 0}, {1, 0}};
+    for (const auto& value : values)
+        static_cast<fxArray&>(array).append(value);
     array.qsort();
     for (unsigned int i = 0; i < 3; ++i)
         EXPECT_EQ(3, *static_cast<const int*>(array.at(i))) << i;
