@@ -91,8 +91,10 @@ fxEventQueue::Index::~Index() {
         link = &(*link)->older;
     *link = older;
     for (unsigned int i = 0; i < entries.size; ++i) {
-        while (Entry* entry = entries.buckets[i])
-            leave(entry);
+        while (Entry* entry = entries.buckets[i]) {
+            // It takes the entry out of its bucket.
+            leave(entry);  // NOLINT(clang-analyzer-cplusplus.NewDelete)
+        }
     }
     std::free(entries.buckets);
     std::free(channels.buckets);
