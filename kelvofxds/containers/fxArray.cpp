@@ -13,6 +13,7 @@
 namespace {
 const char* const owner = "fxArray";
 const unsigned int expandElements = 4;
+const unsigned int littleMore = 16;  // bytes
 const unsigned int swapBufferSize = 1024;
 // From here on a block is likely to be fresh memory of the system's, which calloc
 // does not touch.
@@ -37,12 +38,37 @@ unsigned int sizeOf(void* block, unsigned int asked) {
 
 // Clears the block from `from` on. What malloc gives beyond the `bytes` asked for
 // is cleared too: a later change of the capacity may bring it into use, when
-// nobody can tell any more where it began. The compiler, which knows what was
-// asked for, is not to see it.
-[[gnu::noinline]] void clearBlock(void* block, unsigned int from, unsigned int bytes) {
+// nobody can tell any more where it began. Mostly there are few bytes, for which
+// a call would cost more than the clearing.
+inline void clearBlock(void* block, unsigned int from, unsigned int bytes) {
+    const unsigned int few = 32;
+    const std::uint32_t zero = 0;
     const unsigned int end = sizeOf(block, bytes);
-    if (from < end)
-        std::memset(static_cast<char*>(block) + from, 0, end - from);
+    if (from >= end)
+        return;
+    // The compiler knows what was asked for, and is not to take it for the end.
+    asm("" : "+r"(block));
+    char* at = static_cast<char*>(block) + from;
+    unsigned int left = end - from;
+    if (left > few) {
+        std::memset(at, 0, left);
+        return;
+    }
+    for (; left >= sizeof zero; at += sizeof zero, left -= sizeof zero)
+        std::memcpy(at, &zero, sizeof zero);
+    for (; left != 0; --left)
+        *at++ = 0;
+}
+
+// fxReallocate for a block that has `had` bytes or little more. Where `bytes`
+// are many more, its question whether they fit is saved.
+void* reallocated(void* block, unsigned int had, unsigned int bytes) {
+    if (bytes < had || bytes - had < littleMore)
+        return fxReallocate(block, bytes);
+    void* moved = std::realloc(block, bytes);
+    if (!moved)
+        fxOutOfMemory();
+    return moved;
 }
 
 // Ends the process for a range whose end is no size.
@@ -92,14 +118,14 @@ unsigned int fxArray::bytesOf(unsigned int n) const { return fxProduct(owner, n,
 // The virtual operations.
 
 // Brings the block to maxLen bytes, of which those from `from` on are zero.
-void fxArray::bringBlock(unsigned int from) {
+[[gnu::always_inline]] inline void fxArray::bringBlock(unsigned int from) {
     if (maxLen == 0) {
         std::free(data);
         data = nullptr;
         return;
     }
     if (data) {
-        data = fxReallocate(data, maxLen);
+        data = reallocated(data, from, maxLen);
     } else if (from < maxLen && maxLen - from >= largeBlock) {
         data = std::calloc(maxLen, 1);
         return;
@@ -144,7 +170,7 @@ int fxArray::compareElements(const void* a, const void* b) const {
 // `from` on. When a subclass's getmem throws, nobody knows whether it has brought
 // the block; the smaller one of both capacities fits in any case. Elements behind
 // that have ended before.
-void fxArray::setCapacity(unsigned int bytes, unsigned int from) {
+[[gnu::always_inline]] inline void fxArray::setCapacity(unsigned int bytes, unsigned int from) {
     const unsigned int fits = bytes < maxLen ? bytes : maxLen;
     maxLen = bytes;
     if (fxGetsOwnMemory(*this)) {

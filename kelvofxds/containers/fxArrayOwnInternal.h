@@ -9,8 +9,8 @@
 /// What an array has in place whose class does not replace the operation. 0
 /// until fxArrayOwn.cpp is initialised: until then the operations are called as
 /// if every class replaced them, which comes to the same.
-extern std::uintptr_t fxArrayGetmem;
-extern std::uintptr_t fxArrayCompareElements;
+extern __attribute__((visibility("hidden"))) std::uintptr_t fxArrayGetmem;
+extern __attribute__((visibility("hidden"))) std::uintptr_t fxArrayCompareElements;
 
 /// Whether `array` gets memory as fxArray itself does.
 inline bool fxGetsOwnMemory(const fxArray& array) {
