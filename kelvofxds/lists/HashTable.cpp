@@ -2,6 +2,9 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
+
+#include "kelvofxds/lists/fxKeyIndexInternal.h"
 
 namespace {
 const int firstSize = 64;
@@ -9,12 +12,44 @@ const int firstSizeLog2 = 6;
 const int lastSizeLog2 = 11;
 const int mostPerBucket = 4;  // on the average, before the table grows
 
-HashEntry** newBuckets(unsigned int n) {
-    void* block = std::calloc(n, sizeof(void*));
+// An entry as it is allocated. What it has more is no larger than what malloc
+// rounds up to.
+struct Entry : HashEntry {
+    std::uint32_t slotIn(const fxKeyIndex<Entry>& index) const {
+        return index.slotOf(static_cast<std::uint32_t>(key));
+    }
+
+    Entry* link;     // in the index
+    Entry* older;    // the one added before, or null
+    Entry* younger;  // the one added next, or null
+};
+
+// What lies before the buckets, since hosts know the fields of a table. All
+// entries are linked by age, in which order they lie in memory. Of equal keys
+// those further back in their chain are the older ones.
+struct Head {
+    fxKeyIndex<Entry>* index;  // of all entries; owned; null while it does not pay
+    unsigned int entries;      // in the table now
+    unsigned int indexFrom;    // so many entries have an index
+    std::uint32_t varying;     // the bits that keys have differed in
+    Entry* oldest;
+    Entry* youngest;
+};
+
+// By measurement: for fewer entries a walk along the chains is as fast.
+const unsigned int firstIndexFrom = 64;
+
+Head& headOf(HashEntry** buckets) { return reinterpret_cast<Head*>(buckets)[-1]; }
+
+HashEntry** newBuckets(unsigned int n, const Head& head) {
+    static_assert(sizeof(Head) % sizeof(void*) == 0, "a number of words");
+    void* block = std::calloc(n + sizeof(Head) / sizeof(void*), sizeof(void*));
     if (!block)
         std::abort();
-    return static_cast<HashEntry**>(block);
+    return reinterpret_cast<HashEntry**>(new (block) Head(head) + 1);
 }
+
+void freeBuckets(HashEntry** buckets) { std::free(&headOf(buckets)); }
 
 void putFirst(HashEntry*& chain, HashEntry* entry) {
     entry->prev = nullptr;
@@ -22,6 +57,52 @@ void putFirst(HashEntry*& chain, HashEntry* entry) {
     if (chain)
         chain->prev = entry;
     chain = entry;
+}
+
+void appendByAge(Head& head, Entry* entry) {
+    entry->older = head.youngest;
+    entry->younger = nullptr;
+    (head.youngest ? head.youngest->younger : head.oldest) = entry;
+    head.youngest = entry;
+}
+
+// A new index for all entries. Where there is no memory for one, there is none
+// until there are twice as many.
+void makeIndex(Head& head) {
+    std::free(head.index);
+    const int alike = head.varying != 0 ? __builtin_ctz(head.varying) : 0;
+    head.index = fxKeyIndex<Entry>::make(head.entries, static_cast<unsigned int>(alike));
+    if (!head.index)
+        head.indexFrom = head.entries * 2;
+    for (Entry* entry = head.oldest; head.index && entry; entry = entry->younger)
+        head.index->add(entry);
+}
+
+// A new entry, which is in its chain already.
+void enter(Head& head, Entry* entry) {
+    appendByAge(head, entry);
+    ++head.entries;
+    head.varying |= static_cast<std::uint32_t>(entry->key ^ head.oldest->key);
+    if (head.index ? head.index->isFull(head.entries) : head.entries >= head.indexFrom)
+        makeIndex(head);
+    else if (head.index)
+        head.index->add(entry);
+}
+
+// An entry on its way out.
+void leave(Head& head, const Entry* entry) {
+    --head.entries;
+    if (head.index)
+        head.index->remove(entry);
+    (entry->older ? entry->older->younger : head.oldest) = entry->younger;
+    (entry->younger ? entry->younger->older : head.youngest) = entry->older;
+}
+
+Entry* indexed(fxKeyIndex<Entry>& index, unsigned long key) {
+    Entry* entry = index.at(index.slotOf(static_cast<std::uint32_t>(key)));
+    while (entry && entry->key != key)
+        entry = entry->link;
+    return entry;
 }
 
 // A mapcar under way. The innermost one knows the others, so that removing an
@@ -57,24 +138,34 @@ private:
 };
 
 Walk* Walk::innermost = nullptr;
+// The first entry of `key` in its chain, or null.
+inline Entry* find(HashTable& table, HashEntry** buckets, unsigned long key) {
+    if (auto* index = headOf(buckets).index)
+        return indexed(*index, key);
+    return static_cast<Entry*>(table.searchBucketFor(buckets[table.hash(key)], key));
+}
 }  // namespace
 
 HashTable::HashTable()
-    : buckets(newBuckets(firstSize)), count(0), size(firstSize), sizeLog2(firstSizeLog2) {}
+    : buckets(newBuckets(firstSize, Head{nullptr, 0, firstIndexFrom, 0, nullptr, nullptr})),
+      count(0),
+      size(firstSize),
+      sizeLog2(firstSizeLog2) {}
 
 HashTable::~HashTable() {
     Walk::leave(this);
-    for (int i = 0; i < size; ++i) {
-        while (HashEntry* entry = buckets[i]) {
-            buckets[i] = entry->next;
-            delete entry;
-        }
+    const Head& head = headOf(buckets);
+    for (Entry* entry = head.oldest; entry;) {
+        Entry* next = entry->younger;
+        delete entry;
+        entry = next;
     }
-    std::free(buckets);
+    std::free(head.index);
+    freeBuckets(buckets);
 }
 
 HashEntry* HashTable::add(unsigned long key, void* value) {
-    if (searchBucketFor(buckets[hash(key)], key))
+    if (find(*this, buckets, key))
         std::abort();
     HashEntry* entry = addElement(key);
     entry->value = value;
@@ -84,32 +175,34 @@ HashEntry* HashTable::add(unsigned long key, void* value) {
 HashEntry* HashTable::addElement(unsigned long key) {
     if (sizeLog2 < lastSizeLog2 && count >= mostPerBucket * size)
         rebuildTable();
-    HashEntry* entry = new (std::nothrow) HashEntry{key, nullptr, nullptr, nullptr};
+    auto* entry =
+        new (std::nothrow) Entry{{key, nullptr, nullptr, nullptr}, nullptr, nullptr, nullptr};
     if (!entry)
         std::abort();
     putFirst(buckets[hash(key)], entry);
+    enter(headOf(buckets), entry);
     // Wraps around where a signed sum must not: entries may come and go for ever.
     count = static_cast<int>(static_cast<unsigned int>(count) + 1);
     return entry;
 }
 
 void HashTable::remove(unsigned long key) {
-    HashEntry*& chain = buckets[hash(key)];
-    HashEntry* entry = searchBucketFor(chain, key);
+    Entry* entry = find(*this, buckets, key);
     if (!entry)
         return;
     if (entry->prev)
         entry->prev->next = entry->next;
     else
-        chain = entry->next;
+        buckets[hash(key)] = entry->next;
     if (entry->next)
         entry->next->prev = entry->prev;
+    leave(headOf(buckets), entry);
     Walk::leave(entry);
     delete entry;
 }
 
 void* HashTable::lookup(unsigned long key) {
-    const HashEntry* entry = searchBucketFor(buckets[hash(key)], key);
+    const Entry* entry = find(*this, buckets, key);
     return entry ? entry->value : nullptr;
 }
 
@@ -144,16 +237,22 @@ void HashTable::rebuildTable() {
     const unsigned int oldSize = static_cast<unsigned int>(size);
     HashEntry** oldBuckets = buckets;
     // Of 2 to the power of 30 buckets there is no room for twice as many.
-    buckets = newBuckets(oldSize * 2);
+    buckets = newBuckets(oldSize * 2, headOf(oldBuckets));
     size = static_cast<int>(oldSize * 2);
     ++sizeLog2;
+    // The order of equal keys turns round, so the ages are given anew.
+    Head& head = headOf(buckets);
+    head.oldest = head.youngest = nullptr;
     for (unsigned int i = 0; i < oldSize; ++i) {
         HashEntry* entry = oldBuckets[i];
         while (entry) {
             HashEntry* next = entry->next;
             putFirst(buckets[hash(entry->key)], entry);
+            appendByAge(head, static_cast<Entry*>(entry));
             entry = next;
         }
     }
-    std::free(oldBuckets);
+    freeBuckets(oldBuckets);
+    if (head.index)
+        makeIndex(head);
 }

@@ -3,23 +3,24 @@
 
 #include "kelvofxds/core/fxExport.h"
 
-/// One entry of a HashTable, which allocates and owns it.
+/// One entry of a HashTable, which allocates and owns it. The table has more
+/// than these fields to keep right: hosts read the links and set values.
 struct HashEntry {
     unsigned long key;  ///< Not to be changed while the entry is in a table.
     void* value;        ///< Not owned.
-    HashEntry* next;    ///< The next entry of the same bucket, or null.
-    HashEntry* prev;    ///< The one before it, or null.
+    HashEntry* next;    ///< The next entry of the same bucket, or null. Only the table sets it.
+    HashEntry* prev;    ///< The one before it, or null. Only the table sets it.
 };
 
 /// A map from unsigned integers to untyped pointers, hashed into chains.
 ///
 /// Ownership: entries belong to the table, values do not; an entry is valid
 /// until it is removed.
-/// Complexity: a look-up takes as many steps as its bucket has entries, at most
-/// 4 on the average up to 8192 keys. The table grows from 64 buckets to 2048 and
-/// no further, so beyond that the time of a look-up grows with the number of
-/// keys, and that of adding n keys with its square: for more than some ten
-/// thousand keys take another map.
+/// Complexity: adding, removing and looking up take constant time on the
+/// average, whatever the keys: as soon as there are 64 entries, a private index
+/// finds them by the whole key. Where there is no memory for the index, a look-up
+/// takes as many steps as its bucket has entries. The buckets are the order of
+/// mapcar; their number grows from 64 to 2048 and no further.
 /// Invariant: an entry is in the bucket that hash gives for its key.
 ///
 /// Deliberate: only the low 20 bits of a key take part in hashing; keys that

@@ -84,21 +84,24 @@ TEST_F(listsMemory, anIndexableListHasNone) {
     EXPECT_EQ(before, heapCalls().allocations);
 }
 
-TEST_F(listsMemory, aHashTableHasItsBucketsAndOneBlockForEachEntry) {
+TEST_F(listsMemory, aHashTableHasItsBucketsAndOneBlockForEachEntryAndAnIndex) {
     const NewBlocks blocks;
     {
         HashTable table;
         EXPECT_EQ(1, blocks());
-        for (unsigned long key = 0; key < 256; ++key)
+        for (unsigned long key = 0; key < 63; ++key)
             table.add(key, text);
-        EXPECT_EQ(257, blocks());
-        table.add(256, text);  // doubles the table; the old buckets are freed
+        EXPECT_EQ(64, blocks());
+        for (unsigned long key = 63; key < 256; ++key)
+            table.add(key, text);
+        EXPECT_EQ(258, blocks());  // of which one is the index
+        table.add(256, text);      // doubles the table; the old buckets are freed
         EXPECT_EQ(128, table.getSize());
-        EXPECT_EQ(258, blocks());
+        EXPECT_EQ(259, blocks());
         table.remove(0);
         table.remove(256);
         table.remove(256);
-        EXPECT_EQ(256, blocks());
+        EXPECT_EQ(257, blocks());
     }
     EXPECT_EQ(0, blocks());
 }
