@@ -25,9 +25,12 @@ struct NameSpace_Node {
 ///
 /// Ownership: names are copied, except those made while the constructor runs
 /// its callback. What nameForAtom returns is valid until the atoms are freed.
-/// Complexity: by atom, constant time. By name, a search of a binary tree by
-/// hash: logarithmic for names that hash at random, linear at worst. The table
-/// takes 4 bytes for every number up to the highest atom.
+/// Complexity: by atom, constant time. By name, constant time too as soon as
+/// there are 32 names, by a private index of the whole text; where there is no
+/// memory for that, a search of a binary tree by hash. A new name is hung into
+/// that tree, for which a few steps are enough when hashes are random, and as
+/// many as there are names at worst. The table takes 4 bytes for every number up
+/// to the highest atom.
 ///
 /// Deliberate: the tree is not balanced; its shape follows from the order in
 /// which the names came.
