@@ -33,6 +33,11 @@ struct Addresses {
     static unsigned int key(unsigned int i) { return 0x08100000 + i * 16; }
 };
 
+// Keys that the table hashes alike: their lowest 20 bits are the same for long.
+struct InOneBucket {
+    static unsigned int key(unsigned int i) { return (i << 20) | (i >> 12); }
+};
+
 template <class Kind>
 struct Keys {
     explicit Keys(unsigned int n) {
@@ -159,7 +164,7 @@ void beyondTheLimit(benchmark::internal::Benchmark* b) { b->Arg(1 << 15); }
 // 64 to a bucket.
 void farBeyondTheLimit(benchmark::internal::Benchmark* b) { b->Arg(1 << 17); }
 
-// 488 to a bucket. Adding as many with a look for duplicates takes half a minute.
+// 488 to a bucket.
 struct AmongAMillion : Keys<Scattered> {
     /// `n` keys to look up in tables of a million.
     explicit AmongAMillion(unsigned int n) : Keys(1000000) {
@@ -184,6 +189,11 @@ const bool registered = [] {
     changeCases<Keys<Scattered>>("scattered keys, 16 to a bucket", beyondTheLimit);
     addElementCase<Keys<Scattered>>("scattered keys", sweep);
     addElementCase<Keys<Scattered>>("scattered keys/large", doubling);
+    changeCases<Keys<Sequential>>("sequential keys/large", doubling);
+    changeCases<Keys<Scattered>>("scattered keys/large", doubling);
+    lookUpCases<Keys<Sequential>>("sequential keys/large", doubling);
+    lookUpCases<Keys<Scattered>>("scattered keys/large", doubling);
+    casesOf<InOneBucket>("keys of one bucket");
     changeCases<Keys<Scattered>>("scattered keys, 64 to a bucket/large", farBeyondTheLimit);
     lookUpCases<Keys<Scattered>>("scattered keys, 64 to a bucket/large", farBeyondTheLimit);
     lookUpCases<AmongAMillion>("scattered keys, among a million/large", fewLookUps);

@@ -97,6 +97,15 @@ void knownCases(const std::string& ending, Sizes sizes) {
                                 [&](const std::string& n) { return in.peer.intern(n); });
              }});
     beside<Names>(
+        "NameSpace/look up" + ending, Rate::items, sizes,
+        [](Names& in) {
+            return numbers(in.shuffled,
+                           [&](const std::string& n) { return intern(*in.ours, n, 0); });
+        },
+        Side{"std::unordered_map", [](Names& in) {
+                 return numbers(in.shuffled, [&](const std::string& n) { return in.peer.find(n); });
+             }});
+    beside<Names>(
         "NameSpace/miss" + ending, Rate::items, sizes,
         [](Names& in) {
             return numbers(in.absent, [&](const std::string& n) { return intern(*in.ours, n, 0); });
