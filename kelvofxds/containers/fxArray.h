@@ -107,7 +107,9 @@ public:
     /// elements instead of exchanging them, so elements are overwritten; the
     /// temporary starts out as zero bytes. Only an fxStrArray is sorted by true
     /// exchanges, and a class derived from it that keeps one of its element
-    /// operations or its xdr. The call's depth does not depend on the order of the elements.
+    /// operations or its xdr. The call's depth does not depend on the order of the
+    /// elements. O(n log n) whatever the order, unless a subclass compares: it is
+    /// asked step by step, O(n^2) for elements in order.
     void qsort(unsigned int start, unsigned int n);
     /// The same for the whole array.
     void qsort();

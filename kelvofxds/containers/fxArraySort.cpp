@@ -4,9 +4,13 @@
 #include <cstring>
 
 #include "kelvofxds/containers/fxArray.h"
+#include "kelvofxds/containers/fxArrayOwnInternal.h"
+#include "kelvofxds/containers/fxArraySortInternal.h"
+#include "kelvofxds/containers/fxPendingRangesInternal.h"
 #include "kelvofxds/containers/fxVirtualEntryInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStrArray.h"
+#include "kelvofxds/str/fxStrSortInternal.h"
 
 namespace {
 const unsigned int sortBufferSize = 32;
@@ -33,48 +37,6 @@ private:
     void* block;
 };
 
-// The ranges of elements that are still to be sorted, the next one last. Each
-// has two elements at least and none in common with another.
-class PendingRanges {
-public:
-    struct Range {
-        unsigned int lo, hi;
-    };
-
-    PendingRanges() : ranges(buffer), capacity(bufferLength), length(0) {}
-    PendingRanges(const PendingRanges&) = delete;
-    PendingRanges& operator=(const PendingRanges&) = delete;
-    ~PendingRanges() {
-        if (ranges != buffer)
-            std::free(ranges);
-    }
-
-    bool isEmpty() const { return length == 0; }
-    Range taken() { return ranges[--length]; }
-    void add(unsigned int lo, unsigned int hi) {
-        if (length == capacity)
-            grow();
-        ranges[length++] = {lo, hi};
-    }
-
-private:
-    static const unsigned int bufferLength = 32;
-
-    void grow() {
-        const unsigned int size = capacity * static_cast<unsigned int>(sizeof(Range));
-        void* block = ranges == buffer ? fxAllocate(2 * size) : fxReallocate(ranges, 2 * size);
-        if (ranges == buffer)
-            std::memcpy(block, buffer, size);
-        ranges = static_cast<Range*>(block);
-        capacity *= 2;
-    }
-
-    Range buffer[bufferLength];
-    Range* ranges;  // `buffer`, or a malloced block
-    unsigned int capacity;
-    unsigned int length;
-};
-
 template <class Operation>
 bool shareOperation(const fxArray& a, const fxArray& b, Operation fxArray::*operation) {
     return fxVirtualEntry(a, operation) == fxVirtualEntry(b, operation);
@@ -84,8 +46,7 @@ bool shareOperation(const fxArray& a, const fxArray& b, Operation fxArray::*oper
 // fxStrArray has of its own is in place. A class that replaces all of these is
 // not known from any other. The name and the record say nothing: they may be a
 // code that a linker has folded with another class's.
-bool holdsStrings(const fxArray& array) {
-    const fxStrArray strings;
+bool holdsStrings(const fxArray& array, const fxStrArray& strings) {
     unsigned char (fxArray::*const xdr)(fxTranscriber&) = &fxArray::xdr;
     return shareOperation(array, strings, &fxArray::copyElements) ||
            shareOperation(array, strings, &fxArray::compareElements) ||
@@ -104,11 +65,20 @@ void fxArray::qsort(unsigned int start, unsigned int n) {
     qsortInternal(start, fxSum("fxArray", start, n) - 1, temp.address());
 }
 
-// What is in front of the pivot's place is sorted before what is behind it: the
+// The steps as they are stated, unless there is a shorter way to the same. What
+// is in front of the pivot's place is sorted before what is behind it: the
 // temporary carries elements from the one to the other.
 void fxArray::qsortInternal(unsigned int lo, unsigned int hi, void* temp) {
-    const bool exchangePivot = holdsStrings(*this);
-    PendingRanges pending;
+    if (elemSize != 0 && fxComparesBytes(*this)) {
+        fxSortBytes(data, elemSize, lo, hi, temp);
+        return;
+    }
+    const fxStrArray strings;
+    if (shareOperation(*this, strings, &fxArray::compareElements) &&
+        fxSortStrings(at(lo), hi - lo + 1))
+        return;
+    const bool exchangePivot = holdsStrings(*this, strings);
+    fxPendingRanges pending;
     for (;;) {
         const unsigned int place = partition(lo, hi, temp, exchangePivot);
         const bool sortsFront = place != 0 && lo < place - 1;
@@ -122,7 +92,7 @@ void fxArray::qsortInternal(unsigned int lo, unsigned int hi, void* temp) {
         } else {
             if (pending.isEmpty())
                 return;
-            const PendingRanges::Range next = pending.taken();
+            const fxPendingRanges::Range next = pending.taken();
             lo = next.lo;
             hi = next.hi;
         }

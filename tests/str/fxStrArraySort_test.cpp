@@ -320,3 +320,43 @@ TEST(fxStrArraySort, sortedArrayCanBeChangedAndCopied) {
     EXPECT_EQ((Texts{"changed", "c"}), textsOf(array));
     EXPECT_EQ((Texts{"a", "b", "c"}), textsOf(copy));
 }
+
+// Common beginnings of every length, ends around the eighth byte behind them,
+// and texts that are alike.
+TEST(fxStrArraySort, sortsManyStringsInEveryOrder) {
+    unsigned int seed = 20240817;
+    for (const char* beginning : {"", "a", "application.resource."}) {
+        Texts texts;
+        for (int i = 0; i < 3000; ++i) {
+            seed = seed * 1664525U + 1013904223U;
+            std::string text = beginning;
+            for (unsigned int n = (seed >> 16) % 12; n > 0; --n)
+                text += "ab\xFF"[(seed >> (n + 8)) % 3];
+            texts.push_back(text);
+        }
+        const Texts ascending = sorted(texts);
+        const Texts descending(ascending.rbegin(), ascending.rend());
+        for (const Texts& before : {texts, ascending, descending}) {
+            fxStrArray array = arrayOf(before);
+            const auto buffers = sortedBuffersOf(array);
+            array.qsort();
+            ASSERT_EQ(ascending, textsOf(array)) << beginning << ", seed 20240817";
+            ASSERT_EQ(buffers, sortedBuffersOf(array)) << beginning << ", seed 20240817";
+        }
+    }
+}
+
+// Step by step it would take minutes.
+TEST(fxStrArraySort, sortsManyStringsThatAreInOrderAtOnce) {
+    std::vector<unsigned int> ascending;
+    for (unsigned int i = 0; i < 80000; ++i)
+        ascending.push_back(i);
+    const std::vector<unsigned int> descending(ascending.rbegin(), ascending.rend());
+    const Texts expected = sorted(numbered(ascending));
+    for (const auto& numbers : {ascending, descending, std::vector<unsigned int>(80000, 7)}) {
+        const Texts texts = numbered(numbers);
+        fxStrArray array = arrayOf(texts);
+        array.qsort();
+        ASSERT_EQ(numbers.back() == 7 ? texts : expected, textsOf(array));
+    }
+}
