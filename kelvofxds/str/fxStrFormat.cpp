@@ -1,5 +1,6 @@
 // fxStrFormat.cpp - strings made by printf-style formatting.
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,6 +20,125 @@ const unsigned int pointerEstimate = 10;
 
 // The letters that end a conversion.
 const char* const conversionLetters = "idouxXfeEgGcspn%";
+
+// The letters that are printed here when they follow the percent sign.
+bool isUsual(char letter) {
+    return letter == 'd' || letter == 's' || letter == 'u' || letter == 'x' || letter == 'c' ||
+           letter == 'i' || letter == '%';
+}
+
+// Room for the digits of an int, its sign included.
+const unsigned int digitsSize = 11;
+
+// The decimal digits of `v`, written up to `end`; returns where they start.
+char* digitsBefore(char* end, unsigned int v) {
+    do {
+        *--end = static_cast<char>('0' + v % 10);
+        v /= 10;
+    } while (v != 0);
+    return end;
+}
+
+char* digitsBefore(char* end, int v) {
+    const unsigned int magnitude = static_cast<unsigned int>(v);
+    if (v >= 0)
+        return digitsBefore(end, magnitude);
+    end = digitsBefore(end, 0U - magnitude);
+    *--end = '-';
+    return end;
+}
+
+char* hexDigitsBefore(char* end, unsigned int v) {
+    do {
+        *--end = "0123456789abcdef"[v % 16];
+        v /= 16;
+    } while (v != 0);
+    return end;
+}
+
+// A block that is filled from its start. Once something does not fit, nothing
+// is written any more.
+class Output {
+public:
+    Output(char* block, std::size_t size) : to(block), end(block + size - 1), isWhole(true) {}
+
+    void put(const char* from, std::size_t n) {
+        isWhole = isWhole && n <= static_cast<std::size_t>(end - to);
+        if (!isWhole)
+            return;
+        std::memcpy(to, from, n);
+        to += n;
+    }
+    void fail() { isWhole = false; }
+
+    // Ends the text; false if it is not all there.
+    bool finish() {
+        *to = '\0';
+        return isWhole;
+    }
+
+private:
+    char* to;
+    char* end;  // the place of the last NUL
+    bool isWhole;
+};
+
+void putConversion(Output& out, char letter, std::va_list* args) {
+    char digits[digitsSize];
+    char* const end = digits + digitsSize;
+    const char* from = end;
+    switch (letter) {
+        case 'd':
+        case 'i':
+            from = digitsBefore(end, va_arg(*args, int));
+            break;
+        case 'u':
+            from = digitsBefore(end, va_arg(*args, unsigned int));
+            break;
+        case 'x':
+            from = hexDigitsBefore(end, va_arg(*args, unsigned int));
+            break;
+        case 'c': {
+            const char byte = static_cast<char>(va_arg(*args, int));
+            if (byte == '\0')
+                out.fail();
+            out.put(&byte, 1);
+            return;
+        }
+        case 's': {
+            const char* text = va_arg(*args, const char*);
+            text = text ? text : "(null)";
+            out.put(text, std::strlen(text));
+            return;
+        }
+        case '%':
+            out.put("%", 1);
+            return;
+        default:
+            out.fail();
+            return;
+    }
+    out.put(from, static_cast<std::size_t>(end - from));
+}
+
+// Prints to the `size` bytes at `text` what consists of the usual conversions
+// without flags, widths and types. Returns false when there is another, when it
+// does not fit, and when a byte printed is NUL: the C library tells then.
+bool printsPlainly(char* text, std::size_t size, const char* format, std::va_list* args) {
+    Output out(text, size);
+    for (;;) {
+        const char* percent = format;
+        while (*percent && *percent != '%')
+            ++percent;
+        out.put(format, static_cast<std::size_t>(percent - format));
+        if (!*percent)
+            return out.finish();
+        if (!isUsual(percent[1]))
+            return false;
+        putConversion(out, percent[1], args);
+        format = percent + 2;
+    }
+}
 
 // Whether the argument of the conversion from `percent` to `letter` can be
 // stepped over without knowing the arguments' values.
@@ -85,7 +205,9 @@ unsigned int estimate(const char* format, std::va_list* args) {
     unsigned int total = 0;
     bool stepping = true;  // false once an argument could not be stepped over
     for (const char* p = format; *p; ++p) {
-        const char* letter = *p == '%' ? std::strpbrk(p + 1, conversionLetters) : nullptr;
+        const char* letter = nullptr;
+        if (*p == '%')
+            letter = isUsual(p[1]) ? p + 1 : std::strpbrk(p + 1, conversionLetters);
         if (!letter) {
             total = fxSum(owner, total, 1);
             continue;
@@ -107,6 +229,23 @@ std::size_t tooShort(const char* text, std::size_t size, int printed) {
         return static_cast<std::size_t>(printed) < size ? 0 : static_cast<std::size_t>(printed) + 1;
     return std::strlen(text) + 1 < size || size >= mostAfterError ? 0 : size * 2;
 }
+
+// What the C library prints, in the block `text` of `size` bytes, which is
+// changed for a larger one if that will not do. After an error the text is what
+// had been printed before it.
+char* printedByLibrary(char* text, std::size_t size, const char* format, std::va_list* args) {
+    for (;;) {
+        text[0] = text[size - 1] = '\0';
+        std::va_list again;
+        va_copy(again, *args);
+        const std::size_t needed = tooShort(text, size, std::vsnprintf(text, size, format, again));
+        va_end(again);
+        if (needed == 0)
+            return text;
+        size = needed;
+        text = static_cast<char*>(fxReallocate(text, size));
+    }
+}
 }  // namespace
 
 void fxStr::format(const char* format, ...) {
@@ -117,27 +256,22 @@ void fxStr::format(const char* format, ...) {
 }
 
 void fxStr::vformat(const char* format, std::va_list args) {
-    std::va_list scanned;
+    std::va_list scanned, printed;
     va_copy(scanned, args);
-    std::size_t size = fxSum(owner, estimate(format, &scanned), 2);
+    const std::size_t size = fxSum(owner, estimate(format, &scanned), 2);
     va_end(scanned);
 
     // A new block, since the arguments may point into the old one.
-    char* text = nullptr;
-    bool isWhole;
-    do {
-        text = static_cast<char*>(text ? fxReallocate(text, size) : fxAllocate(size));
-        text[0] = text[size - 1] = '\0';
-        std::va_list again;
-        va_copy(again, args);
-        const std::size_t needed = tooShort(text, size, std::vsnprintf(text, size, format, again));
-        va_end(again);
-        isWhole = needed == 0;
-        if (!isWhole)
-            size = needed;
-    } while (!isWhole);
+    char* text = static_cast<char*>(fxAllocate(size));
+    va_copy(printed, args);
+    const bool isPrinted = size <= INT_MAX && printsPlainly(text, size, format, &printed);
+    va_end(printed);
+    if (!isPrinted) {
+        va_copy(printed, args);
+        text = printedByLibrary(text, size, format, &printed);
+        va_end(printed);
+    }
 
-    // After an error the text is what had been printed before it.
     becomeEmpty();
     if (*text) {
         data = text;
@@ -154,7 +288,15 @@ void fxStr::formatNumber(const char* format, Number v) {
     assign(text, static_cast<unsigned int>(std::strlen(text)));
 }
 
-fxStr::fxStr(int v, const char* format) : fxStr() { formatNumber(format ? format : "%d", v); }
+fxStr::fxStr(int v, const char* format) : fxStr() {
+    if (format) {
+        formatNumber(format, v);
+        return;
+    }
+    char digits[digitsSize];
+    const char* from = digitsBefore(digits + digitsSize, v);
+    assign(from, static_cast<unsigned int>(digits + digitsSize - from));
+}
 
 fxStr::fxStr(float v, const char* format) : fxStr() {
     formatNumber(format ? format : "%g", static_cast<double>(v));

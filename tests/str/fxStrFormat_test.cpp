@@ -1,3 +1,4 @@
+#include <climits>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -366,4 +367,28 @@ TEST(fxStrFormat, aNumberOfMoreThanFiftyNineBytesIsCut) {
     }
     EXPECT_EQ(59u, fxStr(1e80, "%.0f").length());
     EXPECT_EQ(59u, fxStr(1e30f, "%080.0f").length());
+}
+
+TEST(fxStrFormat, plainConversionsPrintAsTheCLibraryDoes) {
+    const int numbers[] = {0,   1,     -1,     9,         10,      -10,     99,     100,
+                           255, 65535, -65536, 999999999, INT_MIN, INT_MAX, 123456, -987654321};
+    for (const int number : numbers) {
+        SCOPED_TRACE(number);
+        const unsigned int bits = static_cast<unsigned int>(number);
+        for (const char* text : {"", "a", "some text"}) {
+            char expected[200];
+            std::snprintf(expected, sizeof expected, "%d|%i%u %x%%%c<%s>%d", number, number, bits,
+                          bits, 'a' + number % 7, text, number);
+            fxStr s;
+            s.format("%d|%i%u %x%%%c<%s>%d", number, number, bits, bits, 'a' + number % 7, text,
+                     number);
+            EXPECT_STREQ(expected, s.c_str());
+        }
+        EXPECT_EQ(std::to_string(number), fxStr(number, nullptr).c_str());
+        fxStr mixed;
+        mixed.format("%d %5d %x", number, number, bits);
+        char expected[100];
+        std::snprintf(expected, sizeof expected, "%d %5d %x", number, number, bits);
+        EXPECT_STREQ(expected, mixed.c_str());
+    }
 }
