@@ -14,8 +14,14 @@ public:
     explicit OneByte(char byte) : wanted(byte) {}
     bool has(char c) const { return c == wanted; }
 
-    // The first matching byte in [from, end), or `end`.
+    // The first matching byte in [from, end), or `end`. A few bytes are looked
+    // at before the C library is called: words are short.
     const char* findIn(const char* from, const char* end) const {
+        const int nearStart = 12;
+        for (int i = 0; i < nearStart; ++i, ++from) {
+            if (from == end || *from == wanted)
+                return from;
+        }
         const void* found = std::memchr(from, wanted, static_cast<std::size_t>(end - from));
         return found ? static_cast<const char*>(found) : end;
     }
@@ -89,6 +95,25 @@ private:
     const char* set;
 };
 
+// A set of `n` bytes as a NUL-terminated text, if it is a short one without
+// NULs.
+class TextCopy {
+public:
+    TextCopy(const char* set, unsigned int n) : isMade(n < sizeof text) {
+        if (!isMade)
+            return;
+        std::memcpy(text, set, n);
+        text[n] = '\0';
+        isMade = std::memchr(text, '\0', n) == nullptr;
+    }
+    explicit operator bool() const { return isMade; }
+    const char* c_str() const { return text; }
+
+private:
+    char text[32];
+    bool isMade;
+};
+
 template <class Matcher>
 unsigned int nextOf(const fxStr& s, unsigned int pos, const Matcher& matcher) {
     if (pos >= s.length())
@@ -148,7 +173,10 @@ fxStr tokenROf(const fxStr& s, unsigned int& pos, const Matcher& matcher) {
 unsigned int fxStr::next(unsigned int pos, char c) const { return nextOf(*this, pos, OneByte(c)); }
 
 unsigned int fxStr::next(unsigned int pos, const char* set, unsigned int n) const {
-    return n == 0 ? nextOf(*this, pos, TextSet(set)) : nextOf(*this, pos, ByteSet(set, n));
+    if (n == 0)
+        return nextOf(*this, pos, TextSet(set));
+    const TextCopy copy(set, n);
+    return copy ? nextOf(*this, pos, TextSet(copy.c_str())) : nextOf(*this, pos, ByteSet(set, n));
 }
 
 unsigned int fxStr::nextR(unsigned int pos, char c) const {
@@ -205,8 +233,28 @@ unsigned int fxStr::hash() const { return fxHashStr(*this); }
 namespace {
 const char* textOf(const char* s) { return s ? s : ""; }
 
+// Short texts are compared by words, of which the last may overlap the one
+// before it.
+inline bool bytesAreEqual(const char* a, const char* b, std::size_t n) {
+    using Word = std::uint32_t;
+    const auto wordAt = [](const char* from) {
+        Word word;
+        std::memcpy(&word, from, sizeof word);
+        return word;
+    };
+    const std::size_t few = 32;
+    if (n < sizeof(Word) || n > few)
+        return std::memcmp(a, b, n) == 0;
+    const std::size_t last = n - sizeof(Word);
+    for (std::size_t i = 0; i < last; i += sizeof(Word)) {
+        if (wordAt(a + i) != wordAt(b + i))
+            return false;
+    }
+    return wordAt(a + last) == wordAt(b + last);
+}
+
 bool equal(const fxStr& a, const char* b, std::size_t bLength) {
-    return a.length() == bLength && std::memcmp(a.c_str(), b, bLength) == 0;
+    return a.length() == bLength && bytesAreEqual(a.c_str(), b, bLength);
 }
 }  // namespace
 
