@@ -23,8 +23,22 @@ bool allComeFromOneObject() {
     return definer && definer == definerOf("realloc") && definer == definerOf("free") &&
            definer == definerOf("malloc_usable_size");
 }
+
+// An allocator that tells exactly what it was asked for, such as one that looks
+// for mistakes, does so for one of the small sizes too.
+bool tellsWholeWords() {
+    for (std::size_t size = 1; size <= 64; ++size) {
+        void* block = std::malloc(size);
+        const std::size_t usable = block ? malloc_usable_size(block) : 1;
+        std::free(block);
+        if (usable % sizeof(std::uint32_t) != 0)
+            return false;
+    }
+    return true;
+}
 }  // namespace
 
 // False until it is initialised: what other files allocate before is grown by
 // plain realloc.
 bool fxUsableSizeIsKnown = allComeFromOneObject();
+bool fxUsableSizesAreWords = fxUsableSizeIsKnown && tellsWholeWords();

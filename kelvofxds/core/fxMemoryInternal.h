@@ -53,6 +53,10 @@ inline void* fxAllocate(std::size_t size) {
 /// have replaced malloc, calloc, realloc and free alone.
 extern bool fxUsableSizeIsKnown;
 
+/// Whether every size that it tells is a whole number of words, so that up to
+/// the next word a block need not be asked for.
+extern bool fxUsableSizesAreWords;
+
 /// realloc to a `size` of at least 1 for a block that must exist. The call is
 /// left out when the block already has the size that realloc would round `size`
 /// up to.

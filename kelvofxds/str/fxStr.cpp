@@ -1,6 +1,7 @@
 #include "kelvofxds/str/fxStr.h"
 
 #include <cctype>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -11,6 +12,14 @@ char fxStr::emptyString = '\0';
 
 namespace {
 const char* const owner = "fxStr";
+
+// A block with a copy of the `n` bytes at `s`, at least one, and a NUL.
+inline char* copyOf(const char* s, unsigned int n) {
+    char* text = static_cast<char*>(fxAllocate(fxSum(owner, n, 1)));
+    std::memcpy(text, s, n);
+    text[n] = '\0';
+    return text;
+}
 }  // namespace
 
 fxStr::fxStr(unsigned int n) : fxStr() {
@@ -22,15 +31,23 @@ fxStr::fxStr(unsigned int n) : fxStr() {
 }
 
 fxStr::fxStr(const char* s) : fxStr() {
-    if (s)
-        assign(s, static_cast<unsigned int>(std::strlen(s)));
+    if (!s || *s == '\0')
+        return;
+    const unsigned int n = static_cast<unsigned int>(std::strlen(s));
+    data = copyOf(s, n);
+    slength = n + 1;
 }
 
-fxStr::fxStr(const char* s, unsigned int n) : fxStr() { assign(s, n); }
+fxStr::fxStr(const char* s, unsigned int n) : fxStr() {
+    if (n == 0)
+        return;
+    data = copyOf(s, n);
+    slength = n + 1;
+}
 
-fxStr::fxStr(const fxStr& other) : fxStr() { assign(other.data, other.length()); }
+fxStr::fxStr(const fxStr& other) : fxStr(other.data, other.length()) {}
 
-fxStr::fxStr(const fxTempStr& other) : fxStr() { assign(other.c_str(), other.length()); }
+fxStr::fxStr(const fxTempStr& other) : fxStr(other.c_str(), other.length()) {}
 
 fxStr::~fxStr() {
     if (data != &emptyString)
@@ -127,11 +144,14 @@ void fxStr::append(const char* s, unsigned int n) {
 
 void fxStr::append(char c) {
     const unsigned int oldLength = length();
-    // resizeInternal's case of a text that grows, without the call.
-    char* text = static_cast<char*>(isEmpty() ? fxAllocate(2) : fxReallocate(data, slength + 1));
-    text[oldLength] = c;
-    text[oldLength + 1] = '\0';
-    data = text;
+    if (isEmpty()) {
+        data = static_cast<char*>(fxAllocate(2));
+    } else if (slength % sizeof(std::uint32_t) == 0 || !fxUsableSizesAreWords) {
+        // resizeInternal's case of a text that grows, without the call.
+        data = static_cast<char*>(fxReallocate(data, slength + 1));
+    }
+    data[oldLength] = c;
+    data[oldLength + 1] = '\0';
     slength = oldLength + 2;
 }
 
