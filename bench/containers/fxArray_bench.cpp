@@ -29,6 +29,10 @@ struct Elements {
 
 using Ints = Elements<fxIntArray, int>;
 
+void sortSizes(benchmark::internal::Benchmark* b) {
+    b->Arg(1000)->Arg(10000)->Arg(65536)->Arg(1000000);
+}
+
 void appendingCases() {
     beside<Ints>(
         "fxArray/append ints", Rate::items, sweep,
@@ -168,7 +172,54 @@ void wholeArrayCases() {
              }});
 }
 
+// Ints in several orders, and one array that each side sorts afresh.
+enum class Order { random, ascending, descending, fewValues };
+
+template <Order order>
+struct Unsorted {
+    explicit Unsorted(unsigned int n) : ours(n), peer(n) {
+        Random random;
+        for (unsigned int i = 0; i < n; ++i) {
+            const unsigned int value = order == Order::ascending    ? i
+                                       : order == Order::descending ? n - i
+                                                                    : random.below(0xFFFFFFFFU);
+            peer[i] = static_cast<int>(order == Order::fewValues ? value % 10 : value);
+        }
+        std::copy(peer.begin(), peer.end(), &ours[0]);
+    }
+
+    fxIntArray ours;
+    std::vector<int> peer;
+};
+
+// The library's sort overwrites elements and orders by bytes, so that the sides
+// have only the number of elements in common.
+template <Order order>
+void sortingCase(const char* name) {
+    using In = Unsorted<order>;
+    beside<In>(
+        name, Rate::items, sortSizes,
+        [](const In& in) {
+            fxIntArray array(in.ours);
+            array.qsort();
+            return array.length();
+        },
+        Side{"std::sort", [](const In& in) {
+                 std::vector<int> array(in.peer);
+                 std::sort(array.begin(), array.end());
+                 return array.size();
+             }});
+}
+
+void sortingCases() {
+    sortingCase<Order::random>("fxArray/sort random ints");
+    sortingCase<Order::ascending>("fxArray/sort ascending ints");
+    sortingCase<Order::descending>("fxArray/sort descending ints");
+    sortingCase<Order::fewValues>("fxArray/sort ints of few values");
+}
+
 const bool registered = [] {
+    sortingCases();
     appendingCases();
     insertingCases();
     findingCases();

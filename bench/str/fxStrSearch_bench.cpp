@@ -33,6 +33,12 @@ void forwardCases() {
              [](const Text& in) { return orLength(in.peer.find_first_of(set), in.peer); }},
         Side{"strcspn", [](const Text& in) { return std::strcspn(in.peer.c_str(), set); }});
     beside<Text>(
+        "fxStrSearch/next of a set of a given length", Rate::bytes, sweep,
+        [](const Text& in) { return in.ours.next(0, set, 4); },
+        Side{"std::string",
+             [](const Text& in) { return orLength(in.peer.find_first_of(set, 0, 4), in.peer); }},
+        Side{"strcspn", [](const Text& in) { return std::strcspn(in.peer.c_str(), set); }});
+    beside<Text>(
         "fxStrSearch/skip a set", Rate::bytes, sweep,
         [](const Text& in) { return in.ours.skip(0, allLetters); },
         Side{"std::string",
@@ -145,7 +151,7 @@ int sign(int order) { return (order > 0) - (order < 0); }
 // The hashes differ: what is compared is that equal texts have equal ones.
 void comparingCases() {
     beside<Text>(
-        "fxStrSearch/equal texts are equal", Rate::bytes, sweep,
+        "fxStrSearch/equal texts are equal", Rate::bytes, shortTexts,
         [](const Text& in) { return in.ours == in.oursToo; },
         Side{"std::string", [](const Text& in) { return in.peer == in.peerToo; }});
     beside<Text>(

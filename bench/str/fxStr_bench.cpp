@@ -14,10 +14,10 @@ namespace {
 
 void makingCases() {
     beside<Text>(
-        "fxStr/copy", Rate::bytes, sweep, [](const Text& in) { return fxStr(in.ours); },
+        "fxStr/copy", Rate::bytes, shortTexts, [](const Text& in) { return fxStr(in.ours); },
         Side{"std::string", [](const Text& in) { return std::string(in.peer); }});
     beside<Text>(
-        "fxStr/from text", Rate::bytes, sweep,
+        "fxStr/from text", Rate::bytes, shortTexts,
         [](const Text& in) { return fxStr(in.peer.c_str()); },
         Side{"std::string", [](const Text& in) { return std::string(in.peer.c_str()); }});
     beside<Text>(

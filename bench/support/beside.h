@@ -23,6 +23,11 @@ inline void sweep(benchmark::internal::Benchmark* b) {
     b->RangeMultiplier(64)->Range(8, 1 << 16)->Complexity();
 }
 
+/// Lengths of usual texts, and longer ones.
+inline void shortTexts(benchmark::internal::Benchmark* b) {
+    b->Arg(8)->Arg(24)->Arg(100)->Arg(4096)->Arg(1 << 16)->Complexity();
+}
+
 /// 8 to 4096, for what is not worth its time beyond.
 inline void shortSweep(benchmark::internal::Benchmark* b) {
     b->RangeMultiplier(8)->Range(8, 1 << 12)->Complexity();
