@@ -16,6 +16,7 @@ public:
     explicit fxIndexSeed(const void* owner) : sum(0), factor(0) {
         std::uint32_t bytes[2] = {0x3C6EF372, 0x9E3779B1};
         if (const auto random = ::getauxval(AT_RANDOM))
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): the system gives it as a number.
             std::memcpy(bytes, reinterpret_cast<const void*>(random), sizeof bytes);
         const auto address = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(owner));
         sum = bytes[0] ^ address;

@@ -86,7 +86,7 @@ private:
 void putConversion(Output& out, char letter, std::va_list* args) {
     char digits[digitsSize];
     char* const end = digits + digitsSize;
-    const char* from = end;
+    const char* from;
     switch (letter) {
         case 'd':
         case 'i':
