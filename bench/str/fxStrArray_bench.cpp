@@ -8,6 +8,13 @@
 #include "bench/support/inputs.h"
 #include "kelvofxds/str/fxStrArray.h"
 
+static bool same(const fxStrArray& a, const std::vector<std::string>& b) {
+    bool alike = a.length() == b.size();
+    for (unsigned int i = 0; alike && i < b.size(); ++i)
+        alike = b[i] == a[i].c_str();
+    return alike;
+}
+
 namespace {
 
 enum class Order { random, ascending, descending };
@@ -28,13 +35,6 @@ struct Strings {
     std::vector<std::string> peer;
     fxStrArray ours;
 };
-
-bool same(const fxStrArray& a, const std::vector<std::string>& b) {
-    bool alike = a.length() == b.size();
-    for (unsigned int i = 0; alike && i < b.size(); ++i)
-        alike = b[i] == a[i].c_str();
-    return alike;
-}
 
 // Both sides sort a copy, which is timed too.
 template <Order order>
