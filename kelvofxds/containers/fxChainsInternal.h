@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/containers/fxChainIndexInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
@@ -100,30 +101,6 @@ void fxMakeBuckets(const char* owner, Buckets& buckets, unsigned int numBuckets)
     fxFatal("%s: no buckets", className);
 }
 
-/// Where a key is, or would be.
-template <class Bucket>
-struct fxPlace {
-    unsigned int bucketIndex;
-    Bucket** link;  ///< The pointer to the key's entry; null if it has none.
-};
-
-/// Looks a key up by the container's own operations. Without buckets, as read
-/// from a stream, there is nothing to find.
-template <class Bucket, class Container, class Buckets>
-[[gnu::always_inline]] inline fxPlace<Bucket> fxLookUp(const Container& c, const Buckets& buckets,
-                                                       const void* key) {
-    const unsigned int n = buckets.getLen() / static_cast<unsigned int>(sizeof(void*));
-    if (n == 0)
-        return {0, nullptr};
-    const unsigned int index = c.hashKey(key) % n;
-    auto* heads = static_cast<Bucket**>(const_cast<void*>(buckets.at(0)));
-    for (Bucket** link = heads + index; *link; link = &(*link)->next) {
-        if (c.compareKeys(key, fxBlockOf(*link)) == 0)
-            return {index, link};
-    }
-    return {index, nullptr};
-}
-
 /// A pointer to an entry that an operation holds while the host's code runs.
 /// When that code removes the entry, the pointer moves on to the next one, or
 /// becomes null. A removal pays a look at those that are held.
@@ -146,25 +123,6 @@ private:
     Bucket*& held;
     Removal onRemoval;
 };
-
-/// Takes the entry that `link` leads to out of its chain and returns it.
-template <class Bucket>
-Bucket* fxUnlink(Bucket** link) {
-    Bucket* b = *link;
-    *link = b->next;
-    fxHeldEntry<Bucket>::leave(b);
-    return b;
-}
-
-/// Puts an entry in front of the chain at `head`. Null, and nothing changes,
-/// where there is no memory for it.
-template <class Bucket>
-Bucket* fxPushEntry(Bucket*& head, void* block) {
-    auto* b = fxTryNew<Bucket>(Bucket{block, head});
-    if (b)
-        head = b;
-    return b;
-}
 
 /// Calls `visit` with every entry of the chains in `buckets`. The entry that is
 /// visited may be removed meanwhile, and any other; one that is added in front

@@ -51,8 +51,9 @@ void fxDictIter::detach() {
 // not inline them.
 [[gnu::used]] static void* (fxDictIter::*const exportedAccess[])() const = {&fxDictIter::getKey,
                                                                             &fxDictIter::getValue};
+[[gnu::used]] static void (fxDictIter::*const exportedMove)() = &fxDictIter::operator++;
 
-void fxDictIter::operator++() {
+void fxDictIter::step() {
     if (!dict)
         return;
     if (flags & parked) {

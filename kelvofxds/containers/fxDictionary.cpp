@@ -6,11 +6,8 @@
 #include <cstring>
 
 #include "kelvofxds/containers/fxArrayFamilyInternal.h"
-#include "kelvofxds/containers/fxChainsInternal.h"
+#include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
-
-// The block of an entry starts with its key.
-static inline void* fxBlockOf(const fxDictBucket* b) { return b->kvmem; }
 
 // The two tables.
 
@@ -48,6 +45,7 @@ fxDictionary::fxDictionary(unsigned int keyBytes, unsigned int valueBytes, unsig
 fxDictionary::fxDictionary(const fxDictionary& other)
     : fxXDRObj(other), numItems(0), keySize(other.keySize), valueSize(other.valueSize) {
     buckets.resize(other.bucketCount());
+    fxChains::copyKnowledge(*this, other);
     for (unsigned int i = 0; i < other.bucketCount(); ++i) {
         // Adding an entry would hash its key, which only a subclass can.
         if (other.buckets[i])
@@ -55,7 +53,7 @@ fxDictionary::fxDictionary(const fxDictionary& other)
     }
 }
 
-fxDictionary::~fxDictionary() {}
+fxDictionary::~fxDictionary() { fxChains::dropIndex(*this); }
 
 void fxDictionary::operator=(const fxDictionary& other) {
     if (this == &other)
@@ -72,11 +70,13 @@ void fxDictionary::destroyKey(void*) const {}
 
 void fxDictionary::destroyValue(void*) const {}
 
+void fxDictionary::equalKeysHashEqually() { fxChains::promise(*this); }
+
 // Looking up.
 
 void* fxDictionary::find(const void* key, void** bucketOut) const {
-    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
-    fxDictBucket* b = place.link ? *place.link : nullptr;
+    const Place place = fxChains::lookUp<fxDictionary>(*this, key);
+    fxDictBucket* b = place.entry;
     if (bucketOut)
         *bucketOut = b;
     return b ? valueOf(b) : nullptr;
@@ -106,9 +106,9 @@ template <class MakeValue>
 }
 
 // Puts the block's entry in front of its bucket. It is counted once it is there.
-[[gnu::always_inline]] inline fxDictBucket* addEntry(fxDictBucket*& head, void* block,
-                                                     unsigned int& numItems) {
-    fxDictBucket* b = fxPushEntry(head, block);
+[[gnu::always_inline]] inline fxDictBucket* addEntry(fxDictionary& d, const Place& place,
+                                                     void* block, unsigned int& numItems) {
+    fxDictBucket* b = fxChains::push(d, place.bucketIndex, block, &place);
     if (!b)
         fxOutOfMemory();
     ++numItems;
@@ -117,15 +117,15 @@ template <class MakeValue>
 }  // namespace
 
 fxDictBucket* fxDictionary::addInternal(const void* key, const void* value) {
-    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
-    if (!place.link) {
+    const Place place = fxChains::lookUp<fxDictionary>(*this, key);
+    if (!place.entry) {
         if (bucketCount() == 0)
             fxNoBuckets(className());
         void* block = makeBlock(*this, key, keySize, valueSize,
                                 [this, value](void* at) { copyValue(value, at); });
-        return addEntry(buckets[place.bucketIndex], block, numItems);
+        return addEntry(*this, place, block, numItems);
     }
-    fxDictBucket* b = *place.link;
+    fxDictBucket* b = place.entry;
     if (value == valueOf(b))
         return b;  // the entry's own value
     const void* block = b->kvmem;
@@ -152,13 +152,13 @@ fxDictBucket* fxDictionary::addAgain(const void* key, const void* value, const v
 }
 
 void* fxDictionary::findCreate(const void* key) {
-    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
-    if (place.link)
-        return valueOf(*place.link);
+    const Place place = fxChains::lookUp<fxDictionary>(*this, key);
+    if (place.entry)
+        return valueOf(place.entry);
     if (bucketCount() == 0)
         fxNoBuckets(className());
     void* block = makeBlock(*this, key, keySize, valueSize, [this](void* at) { createValue(at); });
-    return valueOf(addEntry(buckets[place.bucketIndex], block, numItems));
+    return valueOf(addEntry(*this, place, block, numItems));
 }
 
 // Removing.
@@ -195,32 +195,29 @@ struct fxDictionary::Going {
 
 // Removes an entry whose value is gone.
 void fxDictionary::removeEntry(fxDictBucket* b, unsigned int bucketIndex) {
-    fxDictBucket** link = &buckets[bucketIndex];
-    while (*link != b)
-        link = &(*link)->next;
-    const Going going{*this, fxUnlink(link)};
+    const Going going{*this, fxChains::unlink<fxDictionary>(*this, b, bucketIndex)};
     endKey(*this, b);
 }
 
 void fxDictionary::release(fxDictBucket* b) {
     std::free(b->kvmem);
-    delete b;
+    fxChains::release(b);
 }
 
 void fxDictionary::remove(const void* key) {
-    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
-    if (!place.link)
+    const Place place = fxChains::lookUp<fxDictionary>(*this, key);
+    if (!place.entry)
         return;
-    const Going going{*this, fxUnlink(place.link)};
+    const Going going{*this, fxChains::unlink<fxDictionary>(*this, place)};
     endKeyAndValue(*this, going.b, valueOf(going.b));
 }
 
 void* fxDictionary::cut(const void* key) {
-    const Place place = fxLookUp<fxDictBucket>(*this, buckets, key);
-    if (!place.link)
+    const Place place = fxChains::lookUp<fxDictionary>(*this, key);
+    if (!place.entry)
         return nullptr;
     void* value = fxAllocate(valueSize);
-    const Going going{*this, fxUnlink(place.link)};
+    const Going going{*this, fxChains::unlink<fxDictionary>(*this, place)};
     std::memcpy(value, valueOf(going.b), valueSize);
     try {
         endKey(*this, going.b);
@@ -234,14 +231,16 @@ void* fxDictionary::cut(const void* key) {
 // Cleaning up.
 
 void fxDictionary::cleanup() {
+    fxChains::dropIndex(*this);
     for (unsigned int i = 0; i < bucketCount(); ++i) {
         while (buckets[i]) {
-            fxDictBucket* b = fxUnlink(&buckets[i]);
+            fxDictBucket* b = fxChains::unlink<fxDictionary>(*this, buckets[i], i);
             endKeyAndValue(*this, b, valueOf(b));
             parkIters(b);
             release(b);
         }
     }
+    fxChains::dropIndex(*this);
     // An iterator detached here does not know us any more, so it could not take
     // its pointer back when it goes.
     for (unsigned int i = 0; i < iters.length(); ++i) {

@@ -4,6 +4,8 @@
 #include "kelvofxds/containers/fxArrayFamily.h"
 
 class fxDictIter;
+struct fxIndexing;
+struct fxChains;
 
 /// One entry of a dictionary.
 struct fxDictBucket {
@@ -19,6 +21,13 @@ class FX_EXPORT fxDictBuckets : public fxArray {
     /// Replaces the block by one of `n` empty buckets whose memory is not
     /// touched. Returns false, with no bucket, when there is no such memory.
     bool makeEmptyBuckets(unsigned int n);
+
+private:
+    friend struct fxIndexing;
+    friend struct fxChains;
+
+    // The number of the private index, and what is known of the keys.
+    mutable unsigned short beside = 0;
 };
 
 /// The live iterators of a dictionary, in registration order.
@@ -32,9 +41,11 @@ class FX_EXPORT fxDictIters : public fxArray {
 ///
 /// What keys and values mean is left to virtual operations of subclasses; a
 /// key or value is passed by its address. The number of buckets is set by the
-/// constructor and never changes, so a look-up is O(entries / buckets): choose
-/// it for the size expected. Iterators (fxDictIter) register themselves and
-/// are moved on when their entry is removed; they may outlive the dictionary.
+/// constructor and never changes, so a look-up is O(entries / buckets), unless
+/// the class has an index for long chains: the library's own with strings or
+/// words as keys have, and others may (equalKeysHashEqually). Iterators
+/// (fxDictIter) register themselves and are moved on when their entry is
+/// removed; they may outlive the dictionary.
 /// A subclass's destructor calls cleanup() first, while its own destroyKey and
 /// destroyValue can still be reached.
 ///
@@ -140,8 +151,18 @@ public:
 
 protected:
     friend class fxDictIter;
+    friend struct fxIndexing;
+    friend struct fxChains;
     friend struct fxDictionaryLayout;  // tests/containers/fxDictionary_test.cpp
 
+    /// For the constructors of a class: promises that keys that compare equal
+    /// have equal hashKey, that neither operation does anything but look, and
+    /// that nobody but the library changes the chains. Long chains then get a
+    /// private index, by hashKey, and a look-up does not walk them; what it finds
+    /// stays the same, only compareKeys is asked less often and hashKey more.
+    /// A class derived from this one promises for itself, or walks. Without
+    /// effect once there are entries.
+    void equalKeysHashEqually();
     /// Number of buckets.
     unsigned int bucketCount() const {
         return buckets.getLen() / static_cast<unsigned int>(sizeof(void*));
@@ -201,7 +222,12 @@ public:
     /// Address of the present entry's value, or null.
     FX_EXPORT void* getValue() const { return atEntry() ? dict->valueOf(bucket) : nullptr; }
     /// Moves to the next entry.
-    void operator++();
+    FX_EXPORT void operator++() {
+        if (dict && flags == 0 && bucket->next)
+            bucket = bucket->next;
+        else
+            step();
+    }
     /// Moves to the first entry of the next bucket that has one, or ends.
     void advanceToValid();
 
@@ -218,6 +244,9 @@ protected:
     void attach(fxDictionary* d);
     /// Deregisters from the dictionary, if there is one.
     void detach();
+
+    /// What ++ does where it is not just a move along a chain.
+    void step();
 
     fxDictionary* dict;        // not owned; null when unattached or at the end
     unsigned int bucketIndex;  // of the present bucket

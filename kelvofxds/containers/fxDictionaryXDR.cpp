@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "kelvofxds/containers/fxChainsInternal.h"
+#include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxDictionary.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
@@ -30,6 +30,8 @@ struct fxDictionary::Reading {
 };
 
 unsigned char fxDictionary::doxdr(fxTranscriber& t) {
+    if (fxChains::knowsItsSizes(*this))
+        return doxdrOfSizes(t, sizeof(fxStr), sizeof(fxStr));
     return t.isReading() ? read({t, fxClaimedSizes(), 0, 0}) : write(t);
 }
 
@@ -75,7 +77,7 @@ unsigned char fxDictionary::readEntries(Reading& reading) {
         unsigned int index = 0;
         if ((!block && size != 0) || !xdrKey(t, block) ||
             !xdrValue(t, static_cast<char*>(block) + keySize) || !t.xdr(&index, 1) ||
-            index >= bucketCount() || !fxPushEntry(buckets[index], block))
+            index >= bucketCount() || !fxChains::push<fxDictionary>(*this, index, block, nullptr))
             return 0;
     }
     return 1;

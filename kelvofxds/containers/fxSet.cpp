@@ -6,12 +6,9 @@
 #include <cstring>
 
 #include "kelvofxds/containers/fxArrayFamilyInternal.h"
-#include "kelvofxds/containers/fxChainsInternal.h"
+#include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
-
-// The block of an entry is its key.
-static inline void* fxBlockOf(const fxSetBucket* b) { return b->key; }
 
 // The two tables.
 
@@ -47,7 +44,7 @@ fxSet::fxSet(const fxSet& other) : fxXDRObj(other), numItems(0), keySize(0) { co
 
 fxSet::fxSet(const fxTmpSet& other) : fxSet(static_cast<const fxSet&>(other)) {}
 
-fxSet::~fxSet() {}
+fxSet::~fxSet() { fxChains::dropIndex(*this); }
 
 namespace {
 // Ends the process the way it ends when there is no bucket to choose from. The
@@ -78,6 +75,7 @@ fxSet& fxSet::operator=(const fxSet& other) {
             fxFatal("fxSet::operator=: not usable on a non-empty set");
     }
     // The entries are lost with the heads that lead to them.
+    fxChains::dropIndex(*this);
     const unsigned int numBuckets = bucketCount();
     buckets.resize(0);
     buckets.resize(numBuckets);
@@ -88,10 +86,12 @@ fxSet& fxSet::operator=(const fxSet& other) {
 }
 
 void fxSet::cleanup() {
+    fxChains::dropIndex(*this);
     for (unsigned int i = 0; i < bucketCount(); ++i) {
         while (buckets[i])
-            end(fxUnlink(&buckets[i]));
+            end(fxChains::unlink<fxSet>(*this, buckets[i], i));
     }
+    fxChains::dropIndex(*this);
     detachIters();
 }
 
@@ -121,22 +121,24 @@ void fxSet::copyKey(const void* from, void* to) const { std::memcpy(to, from, ke
 
 void fxSet::destroyKey(void*) const {}
 
+void fxSet::equalKeysHashEqually() { fxChains::promise(*this); }
+
 // Looking up.
 
 void* fxSet::find(const void* key) const {
-    const Place place = fxLookUp<fxSetBucket>(*this, buckets, key);
-    return place.link ? (*place.link)->key : nullptr;
+    const Place place = fxChains::lookUp<fxSet>(*this, key);
+    return place.entry ? place.entry->key : nullptr;
 }
 
 unsigned char fxSet::contains(const void* key) const {
-    return fxLookUp<fxSetBucket>(*this, buckets, key).link != nullptr;
+    return fxChains::lookUp<fxSet>(*this, key).entry != nullptr;
 }
 
 // Adding and removing.
 
 fxSetBucket* fxSet::add(const void* key) {
-    const Place place = fxLookUp<fxSetBucket>(*this, buckets, key);
-    if (place.link)
+    const Place place = fxChains::lookUp<fxSet>(*this, key);
+    if (place.entry)
         return nullptr;
     if (bucketCount() == 0)
         fxNoBuckets(className());
@@ -147,7 +149,7 @@ fxSetBucket* fxSet::add(const void* key) {
         std::free(block);
         throw;
     }
-    fxSetBucket* b = fxPushEntry(buckets[place.bucketIndex], block);
+    fxSetBucket* b = fxChains::push<fxSet>(*this, place.bucketIndex, block, &place);
     if (!b)
         fxOutOfMemory();
     ++numItems;
@@ -163,7 +165,7 @@ struct fxSet::Going {
     ~Going() {
         from.invalidateIters(b);
         std::free(b->key);
-        delete b;
+        fxChains::release(b);
         --from.numItems;
     }
 };
@@ -178,9 +180,9 @@ void fxSet::end(fxSetBucket* b) {
 }
 
 void fxSet::remove(const void* key) {
-    const Place place = fxLookUp<fxSetBucket>(*this, buckets, key);
-    if (place.link)
-        end(fxUnlink(place.link));
+    const Place place = fxChains::lookUp<fxSet>(*this, key);
+    if (place.entry)
+        end(fxChains::unlink<fxSet>(*this, place));
 }
 
 // Set algebra. The host's code may change both sets meanwhile.
@@ -207,10 +209,7 @@ fxSet& fxSet::operator&=(const fxSet& other) {
                 kept = b;
                 continue;
             }
-            fxSetBucket** link = kept ? &kept->next : &buckets[i];
-            while (*link != b)
-                link = &(*link)->next;
-            end(fxUnlink(link));
+            end(fxChains::unlink<fxSet>(*this, b, i, kept));
         }
     }
     return *this;

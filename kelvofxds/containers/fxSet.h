@@ -4,6 +4,8 @@
 #include "kelvofxds/containers/fxArrayFamily.h"
 
 class fxSetIter;
+struct fxIndexing;
+struct fxChains;
 class fxTmpSet;
 
 /// One entry of a set.
@@ -20,6 +22,13 @@ class FX_EXPORT fxSetBuckets : public fxArray {
     /// Replaces the block by one of `n` empty buckets whose memory is not
     /// touched. Returns false, with no bucket, when there is no such memory.
     bool makeEmptyBuckets(unsigned int n);
+
+private:
+    friend struct fxIndexing;
+    friend struct fxChains;
+
+    // The number of the private index, and what is known of the keys.
+    mutable unsigned short beside = 0;
 };
 
 /// The live iterators of a set, in registration order.
@@ -34,11 +43,12 @@ class FX_EXPORT fxSetIters : public fxArray {
 /// What keys mean is left to virtual operations, whose defaults suit plain
 /// records: such a set only adds xdrKey. A key is passed by its address. The
 /// number of buckets is set by the constructor and never changes, so a look-up
-/// is O(keys / buckets): choose it for the size expected. fxDictionary is the
-/// better choice when something belongs to each key. Iterators (fxSetIter)
-/// register themselves and are moved on when their key is removed; they may
-/// outlive the set. A subclass's destructor calls cleanup() first, while its
-/// own destroyKey can still be reached.
+/// is O(keys / buckets), unless the class has an index; fxStrSet has, others may
+/// (equalKeysHashEqually). fxDictionary is the better choice when something
+/// belongs to each key. Iterators (fxSetIter) register themselves and are moved
+/// on when their key is removed; they may outlive the set. A subclass's
+/// destructor calls cleanup() first, while its own destroyKey can still be
+/// reached.
 ///
 /// Those operations, but for hashKey and compareKeys, may change the set: an
 /// entry is out of its chain before its key ends, and what an operation still
@@ -146,8 +156,18 @@ public:
 
 protected:
     friend class fxSetIter;
+    friend struct fxIndexing;
+    friend struct fxChains;
     friend struct fxSetLayout;  // tests/containers/fxSet_test.cpp
 
+    /// For the constructors of a class: promises that keys that compare equal
+    /// have equal hashKey, that neither operation does anything but look, and
+    /// that nobody but the library changes the chains. Long chains then get a
+    /// private index, by hashKey, and a look-up does not walk them; what it finds
+    /// stays the same, only compareKeys is asked less often and hashKey more.
+    /// A class derived from this one promises for itself, or walks. Without
+    /// effect once there are entries.
+    void equalKeysHashEqually();
     /// Number of buckets.
     unsigned int bucketCount() const {
         return buckets.getLen() / static_cast<unsigned int>(sizeof(void*));
@@ -212,7 +232,12 @@ public:
     /// Address of the present key, or null.
     FX_EXPORT void* getKey() const { return !(flags & advanced) && bucket ? bucket->key : nullptr; }
     /// Moves to the next key.
-    void operator++();
+    FX_EXPORT void operator++() {
+        if (set && flags == 0 && bucket->next)
+            bucket = bucket->next;
+        else
+            step();
+    }
     /// Moves to the first key of the next bucket that has one, or ends.
     void advanceToValid();
 
@@ -229,6 +254,9 @@ protected:
     void detach();
     /// Moves off `b`, which has been unlinked, if it is the present entry.
     void leave(const fxSetBucket* b);
+
+    /// What ++ does where it is not just a move along a chain.
+    void step();
 
     fxSet* set;                // not owned; null when unattached or at the end
     unsigned int bucketIndex;  // of the present bucket

@@ -50,8 +50,9 @@ void fxSetIter::detach() {
 // Inline in the header; this puts a copy into the library, for hosts that do
 // not inline it.
 [[gnu::used]] static void* (fxSetIter::*const exportedAccess)() const = &fxSetIter::getKey;
+[[gnu::used]] static void (fxSetIter::*const exportedMove)() = &fxSetIter::operator++;
 
-void fxSetIter::operator++() {
+void fxSetIter::step() {
     if (!set)
         return;
     if (flags & parked) {

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "kelvofxds/containers/fxChainsInternal.h"
+#include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxSet.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
@@ -29,6 +29,8 @@ struct fxSet::Reading {
 };
 
 unsigned char fxSet::doxdr(fxTranscriber& t) {
+    if (fxChains::knowsItsSizes(*this))
+        return doxdrOfSize(t, sizeof(fxStr));
     return t.isReading() ? read({t, fxClaimedSizes(), 0, 0}) : write(t);
 }
 
@@ -65,7 +67,7 @@ unsigned char fxSet::readEntries(Reading& reading) {
         void* block = std::malloc(keySize);
         unsigned int index = 0;
         if ((!block && keySize != 0) || !xdrKey(t, block) || !t.xdr(&index, 1) ||
-            index >= bucketCount() || !fxPushEntry(buckets[index], block))
+            index >= bucketCount() || !fxChains::push<fxSet>(*this, index, block, nullptr))
             return 0;
     }
     return 1;

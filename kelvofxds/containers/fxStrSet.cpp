@@ -1,14 +1,25 @@
 #include "kelvofxds/containers/fxStrSet.h"
 
+#include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxStrKeysInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 
 fxTypeObj fxStrSet_type("SET", 1, fxStrSet::newInstance, fxStrSet::deleteInstance, fxStrSet::xdr);
 
-fxStrSet::fxStrSet(unsigned int numBuckets) : fxSet(sizeof(fxStr), numBuckets) {}
+fxStrSet::fxStrSet(unsigned int numBuckets) : fxSet(sizeof(fxStr), numBuckets) {
+    fxChains::note<fxSet>(*this, fxKeysAreStrings | fxSizesAreOfStrings);
+}
 
-fxStrSet::fxStrSet(fxTypeObj& type) : fxSet(type) { keySize = sizeof(fxStr); }
+fxStrSet::fxStrSet(fxTypeObj& type) : fxSet(type) {
+    keySize = sizeof(fxStr);
+    fxChains::note<fxSet>(*this, fxKeysAreStrings | fxSizesAreOfStrings);
+}
+
+fxStrSet::fxStrSet(const fxStrSet& other) : fxSet(other) {
+    keySize = sizeof(fxStr);
+    fxChains::note<fxSet>(*this, fxKeysAreStrings | fxSizesAreOfStrings);
+}
 
 fxStrSet::~fxStrSet() { cleanup(); }
 

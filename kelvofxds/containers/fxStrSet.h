@@ -14,7 +14,7 @@ public:
     /// The form for newInstance.
     explicit fxStrSet(fxTypeObj& type);
     /// The copy of an empty set; see fxSet.
-    fxStrSet(const fxStrSet& other) : fxSet(other) { keySize = sizeof(fxStr); }
+    fxStrSet(const fxStrSet& other);
     fxStrSet& operator=(const fxStrSet&) = default;
     ~fxStrSet() override;
 
@@ -26,8 +26,8 @@ public:
     void destroyKey(void* key) const override;
     unsigned char xdrKey(fxTranscriber& t, void* key) override;
 
-    /// As fxSet's, but for streams that nobody vouches for: see doxdrOfSize.
-    /// Call this one for a set of strings, not the base's.
+    /// As fxSet's, but for streams that nobody vouches for: see doxdrOfSize. A
+    /// call of the base's leads to the same.
     unsigned char doxdr(fxTranscriber& t);
 
     /// An empty set without buckets, owned by the caller; null where there is

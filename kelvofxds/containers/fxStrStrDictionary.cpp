@@ -1,5 +1,6 @@
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 
+#include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxStrKeysInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
@@ -8,11 +9,14 @@ fxTypeObj fxStrStrDictionary_type("DICT", 1, fxStrStrDictionary::newInstance,
                                   fxStrStrDictionary::deleteInstance, fxStrStrDictionary::xdr);
 
 fxStrStrDictionary::fxStrStrDictionary(unsigned int numBuckets)
-    : fxDictionary(sizeof(fxStr), sizeof(fxStr), numBuckets) {}
+    : fxDictionary(sizeof(fxStr), sizeof(fxStr), numBuckets) {
+    fxChains::note<fxDictionary>(*this, fxKeysAreStrings | fxSizesAreOfStrings);
+}
 
 fxStrStrDictionary::fxStrStrDictionary(fxTypeObj& type) : fxDictionary(type) {
     keySize = sizeof(fxStr);
     valueSize = sizeof(fxStr);
+    fxChains::note<fxDictionary>(*this, fxKeysAreStrings | fxSizesAreOfStrings);
 }
 
 fxStrStrDictionary::~fxStrStrDictionary() { cleanup(); }

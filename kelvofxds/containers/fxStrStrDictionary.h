@@ -29,7 +29,7 @@ public:
     unsigned char xdrValue(fxTranscriber& t, void* value) override;
 
     /// As fxDictionary's, but for streams that nobody vouches for: see
-    /// doxdrOfSizes. Call this one for a dictionary of strings, not the base's.
+    /// doxdrOfSizes. A call of the base's leads to the same.
     unsigned char doxdr(fxTranscriber& t);
 
     /// An empty dictionary without buckets, owned by the caller; null where

@@ -1,9 +1,12 @@
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 
+#include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxStrKeysInternal.h"
 
 fxVoidPtrDict::fxVoidPtrDict(unsigned int numBuckets)
-    : fxDictionary(sizeof(fxStr), sizeof(void*), numBuckets) {}
+    : fxDictionary(sizeof(fxStr), sizeof(void*), numBuckets) {
+    fxChains::note<fxDictionary>(*this, fxKeysAreStrings);
+}
 
 fxVoidPtrDict::~fxVoidPtrDict() { cleanup(); }
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "kelvofxds/containers/fxChainsInternal.h"
+#include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
@@ -20,7 +20,9 @@ unsigned int hashOf(std::uint32_t word) { return word >> 2; }
 }  // namespace
 
 fxBinaryOTDict::fxBinaryOTDict(unsigned int numBuckets)
-    : fxDictionary(wordSize, wordSize, numBuckets) {}
+    : fxDictionary(wordSize, wordSize, numBuckets) {
+    equalKeysHashEqually();
+}
 
 fxBinaryOTDict::~fxBinaryOTDict() { cleanup(); }
 
@@ -52,7 +54,7 @@ void fxBinaryOTDict::addNew(unsigned int key, unsigned int value) {
     char* block = static_cast<char*>(fxAllocate(wordSize + wordSize));
     std::memcpy(block, &key, wordSize);
     std::memcpy(block + wordSize, &value, wordSize);
-    if (!fxPushEntry(buckets[hashOf(key) % bucketCount()], block))
+    if (!fxChains::push<fxDictionary>(*this, hashOf(key) % bucketCount(), block, nullptr))
         fxOutOfMemory();
     ++numItems;
 }

@@ -1,0 +1,205 @@
+// fxChainIndexInternal.h - the private index beside the chains of a dictionary or set.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "kelvofxds/core/fxMemoryInternal.h"
+
+/// An entry that knows the one before it in its chain. Those of a class that
+/// may have an index are made so; the link is good while there is one.
+template <class Bucket>
+struct fxLinkedEntry : Bucket {
+    fxLinkedEntry(void* block, Bucket* following) : Bucket{block, following}, before(nullptr) {}
+
+    Bucket* before;
+
+    static Bucket*& of(Bucket* b) { return static_cast<fxLinkedEntry*>(b)->before; }
+};
+
+/// Entries of chains by a private hash of their keys, in one block of slots.
+///
+/// The hashes ascend from slot to slot, and an entry is never far behind the
+/// slot that its hash points to, so that both a hit and a miss are a short run
+/// over one or two cache lines. The lowest bit is no part of a hash: it says
+/// that there are twins, entries of the same bucket behind this one whose keys
+/// compare equal, which only streams bring. Those have no slots.
+template <class Bucket>
+class fxChainIndex {
+public:
+    struct Slot {
+        std::uint32_t hash;
+        Bucket* entry;  // null in a vacant slot, whose hash is the greatest
+    };
+    static const std::uint32_t twins = 1;
+
+    /// For a container with this virtual table.
+    fxChainIndex(const void* tableOfContainer, bool isByText)
+        : table(tableOfContainer),
+          byText(isByText),
+          slots(nullptr),
+          capacity(0),
+          tail(0),
+          count(0) {}
+    fxChainIndex(const fxChainIndex&) = delete;
+    fxChainIndex& operator=(const fxChainIndex&) = delete;
+    ~fxChainIndex() { std::free(slots); }
+
+    /// Makes room for `n` entries. Returns false, and nothing changes, where
+    /// there is no memory.
+    bool reserve(unsigned int n) {
+        unsigned int wanted = 0;
+        return !__builtin_add_overflow(n, n / 2 + leastCapacity, &wanted) && resize(wanted);
+    }
+
+    /// The first slot that may be of `hash`.
+    Slot* begin(std::uint32_t hash) const {
+        Slot* s = slots + home(hash);
+        while (s->hash < hash)
+            ++s;
+        return s;
+    }
+    /// Whether the run of `hash` goes on at `s`.
+    static bool isOf(const Slot* s, std::uint32_t hash) {
+        return (s->hash ^ hash) <= twins && s->entry;
+    }
+
+    /// The slot of `b`; null for a twin of another entry.
+    Slot* slotOf(std::uint32_t hash, const Bucket* b) const {
+        for (Slot* s = begin(hash); isOf(s, hash); ++s) {
+            if (s->entry == b)
+                return s;
+        }
+        return nullptr;
+    }
+
+    /// Gives `b` a slot. Returns false, and nothing changes, where there is no
+    /// memory.
+    bool insert(std::uint32_t hash, Bucket* b) {
+        if (count >= capacity - capacity / 5 && !reserve(count + count / 5))
+            return false;
+        Slot* s = begin(hash);
+        while (isOf(s, hash))
+            ++s;
+        Slot* vacant = s;
+        while (vacant->entry)
+            ++vacant;
+        if (vacant == slots + capacity + tail)
+            return lengthenTail() && insert(hash, b);
+        for (; vacant != s; --vacant)
+            *vacant = vacant[-1];
+        *s = {hash, b};
+        ++count;
+        return true;
+    }
+
+    /// Makes a slot vacant.
+    void erase(Slot* s) {
+        for (; s[1].entry && slots + home(s[1].hash) <= s; ++s)
+            *s = s[1];
+        *s = vacantSlot();
+        if (--count < capacity / 8 && capacity > 4 * leastCapacity)
+            reserve(count);
+    }
+
+    const void* const table;
+    const bool byText;  // not by the container's own operations
+
+private:
+    static const unsigned int leastCapacity = 16;  // slots
+    static const unsigned int leastTail = 16;      // slots
+
+    static Slot vacantSlot() { return {0xFFFFFFFF, nullptr}; }
+    unsigned int home(std::uint32_t hash) const { return homeAmong(capacity, hash); }
+    static unsigned int homeAmong(unsigned int n, std::uint32_t hash) {
+        return static_cast<unsigned int>(std::uint64_t(hash & ~twins) * n >> 32);
+    }
+
+    bool lengthenTail() {
+        const unsigned int old = tail;
+        tail *= 2;
+        if (resize(capacity))
+            return true;
+        tail = old;
+        return false;
+    }
+
+    // The slots after the last home are for those that do not fit theirs; the
+    // very last one stays vacant.
+    bool resize(unsigned int newCapacity) {
+        unsigned int newTail = tail > leastTail ? tail : leastTail;
+        for (;; newTail *= 2) {
+            unsigned int n = 0;
+            unsigned int bytes = 0;
+            if (__builtin_add_overflow(newCapacity, newTail + 1, &n) ||
+                __builtin_mul_overflow(n, static_cast<unsigned int>(sizeof(Slot)), &bytes))
+                return false;
+            auto* made = static_cast<Slot*>(std::malloc(bytes));
+            if (!made)
+                return false;
+            if (moveTo(made, newCapacity, made + n - 1)) {
+                std::free(slots);
+                slots = made;
+                capacity = newCapacity;
+                tail = newTail;
+                return true;
+            }
+            std::free(made);
+        }
+    }
+
+    // Copies the occupied slots to `to`. Returns false where they do not fit.
+    bool moveTo(Slot* to, unsigned int newCapacity, const Slot* last) const {
+        Slot* at = to;
+        const Slot* from = slots;
+        for (unsigned int left = count; left != 0; ++from) {
+            if (!from->entry)
+                continue;
+            --left;
+            const Slot* start = to + homeAmong(newCapacity, from->hash);
+            while (at < start)
+                *at++ = vacantSlot();
+            if (at == last)
+                return false;
+            *at++ = *from;
+        }
+        while (at <= last)
+            *at++ = vacantSlot();
+        return true;
+    }
+
+    Slot* slots;            // capacity + tail + 1 of them
+    unsigned int capacity;  // how many a hash can point to
+    unsigned int tail;      // how many follow those
+    unsigned int count;     // occupied ones
+};
+
+// Where a container keeps its index. An object whose layout is fixed has two
+// bytes to spare: a number, and what the class's constructors said.
+
+/// Equal keys have equal hashKey, by the word of a class.
+constexpr unsigned short fxKeysArePromised = 0x8000;
+/// A class of the library whose keys are fxStr, or one derived from it.
+constexpr unsigned short fxKeysAreStrings = 0x4000;
+/// Keys and values are fxStr, and what a stream claims of their sizes is weighed.
+constexpr unsigned short fxSizesAreOfStrings = 0x2000;
+constexpr unsigned short fxIndexNumber = 0x1FFF;
+
+extern __attribute__((visibility("hidden"))) void* fxIndexOf[fxIndexNumber + 1U];
+
+/// A number for `index`; 0, which is none, when all are in use.
+__attribute__((visibility("hidden"))) unsigned short fxEnterIndex(void* index);
+/// Gives a number back.
+__attribute__((visibility("hidden"))) void fxLeaveIndex(unsigned short number);
+
+/// The virtual table of an object whose first word leads to it.
+inline const void* fxTableOf(const void* object) {
+    const void* table;
+    std::memcpy(&table, object, sizeof table);
+    return table;
+}
+/// Remembers that the class with this virtual table has promised. Without
+/// memory the promise goes unheard.
+__attribute__((visibility("hidden"))) void fxNotePromise(const void* table);
+__attribute__((visibility("hidden"))) bool fxHasPromised(const void* table);
