@@ -5,8 +5,10 @@
 #include <sys/random.h>
 
 #include <chrono>
+#include <utility>
 
 #include "kelvofxds/containers/fxPrivateHashInternal.h"
+#include "kelvofxds/core/fxFreeListInternal.h"
 
 // The seed.
 
@@ -31,6 +33,39 @@ void fxChooseSeed() {
         word = static_cast<std::uint32_t>(state >> 32);
     }
     std::memcpy(&fxPrivateSeed, words, sizeof fxPrivateSeed);
+}
+
+// Blocks of slots. Their sizes are of one row, in which each is half as large
+// again as the one before; of the first ones a block each is kept.
+
+namespace {
+// Nothing is kept where a checker could not tell what is kept from what lives.
+const unsigned int keptSizes = fxMostKept != 0 ? 16 : 0;  // up to 55 KiB
+const unsigned int leastBytes = 128;
+void* spares[16];
+
+// The place of the first size that holds `bytes`, which become that size.
+unsigned int placeOfSize(unsigned int& bytes) {
+    unsigned int size = leastBytes;
+    unsigned int place = 0;
+    for (; size < bytes && size < 0x80000000U; ++place)
+        size += size / 2;
+    bytes = size > bytes ? size : bytes;
+    return place;
+}
+}  // namespace
+
+void* fxAllocateSlots(unsigned int& bytes) {
+    const unsigned int place = placeOfSize(bytes);
+    void* spare = place < keptSizes ? std::exchange(spares[place], nullptr) : nullptr;
+    return spare ? spare : std::malloc(bytes);
+}
+
+void fxFreeSlots(void* block, unsigned int bytes) {
+    const unsigned int place = placeOfSize(bytes);
+    if (block && place < keptSizes)
+        std::swap(spares[place], block);
+    std::free(block);
 }
 
 // Numbers. One that is free leads to the next free one.

@@ -7,6 +7,14 @@
 
 #include "kelvofxds/core/fxMemoryInternal.h"
 
+/// A block of at least `bytes`, which becomes its size; null if there is no
+/// memory. A few are kept for later: a large block that comes and goes makes
+/// glibc's malloc put its small free blocks together, which those who fill and
+/// empty containers would pay for.
+__attribute__((visibility("hidden"))) void* fxAllocateSlots(unsigned int& bytes);
+/// Frees such a block, or keeps it.
+__attribute__((visibility("hidden"))) void fxFreeSlots(void* block, unsigned int bytes);
+
 /// An entry that knows the one before it in its chain. Those of a class that
 /// may have an index are made so; the link is good while there is one.
 template <class Bucket>
@@ -44,13 +52,13 @@ public:
           count(0) {}
     fxChainIndex(const fxChainIndex&) = delete;
     fxChainIndex& operator=(const fxChainIndex&) = delete;
-    ~fxChainIndex() { std::free(slots); }
+    ~fxChainIndex() { fxFreeSlots(slots, bytesOfSlots); }
 
     /// Makes room for `n` entries. Returns false, and nothing changes, where
     /// there is no memory.
     bool reserve(unsigned int n) {
         unsigned int wanted = 0;
-        return !__builtin_add_overflow(n, n / 2 + leastCapacity, &wanted) && resize(wanted);
+        return !__builtin_add_overflow(n, n / 4 + leastCapacity, &wanted) && resize(wanted);
     }
 
     /// The first slot that may be of `hash`.
@@ -77,7 +85,7 @@ public:
     /// Gives `b` a slot. Returns false, and nothing changes, where there is no
     /// memory.
     bool insert(std::uint32_t hash, Bucket* b) {
-        if (count >= capacity - capacity / 5 && !reserve(count + count / 5))
+        if (count >= capacity - capacity / 5 && !reserve(count + 1))
             return false;
         Slot* s = begin(hash);
         while (isOf(s, hash))
@@ -99,7 +107,7 @@ public:
         for (; s[1].entry && slots + home(s[1].hash) <= s; ++s)
             *s = s[1];
         *s = vacantSlot();
-        if (--count < capacity / 8 && capacity > 4 * leastCapacity)
+        if (--count < capacity / 8 && capacity > 8 * leastCapacity)
             reserve(count);
     }
 
@@ -107,8 +115,8 @@ public:
     const bool byText;  // not by the container's own operations
 
 private:
-    static const unsigned int leastCapacity = 16;  // slots
-    static const unsigned int leastTail = 16;      // slots
+    static const unsigned int leastCapacity = 8;  // slots
+    static const unsigned int leastTail = 4;      // slots
 
     static Slot vacantSlot() { return {0xFFFFFFFF, nullptr}; }
     unsigned int home(std::uint32_t hash) const { return homeAmong(capacity, hash); }
@@ -135,17 +143,20 @@ private:
             if (__builtin_add_overflow(newCapacity, newTail + 1, &n) ||
                 __builtin_mul_overflow(n, static_cast<unsigned int>(sizeof(Slot)), &bytes))
                 return false;
-            auto* made = static_cast<Slot*>(std::malloc(bytes));
+            auto* made = static_cast<Slot*>(fxAllocateSlots(bytes));
             if (!made)
                 return false;
-            if (moveTo(made, newCapacity, made + n - 1)) {
-                std::free(slots);
+            // What the block has to spare is used.
+            const unsigned int wider = bytes / unsigned(sizeof(Slot)) - newTail - 1;
+            if (moveTo(made, wider, made + wider + newTail)) {
+                fxFreeSlots(slots, bytesOfSlots);
                 slots = made;
-                capacity = newCapacity;
+                bytesOfSlots = bytes;
+                capacity = wider;
                 tail = newTail;
                 return true;
             }
-            std::free(made);
+            fxFreeSlots(made, bytes);
         }
     }
 
@@ -169,7 +180,8 @@ private:
         return true;
     }
 
-    Slot* slots;            // capacity + tail + 1 of them
+    Slot* slots;  // capacity + tail + 1 of them
+    unsigned int bytesOfSlots;
     unsigned int capacity;  // how many a hash can point to
     unsigned int tail;      // how many follow those
     unsigned int count;     // occupied ones
