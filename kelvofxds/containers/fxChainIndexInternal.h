@@ -52,13 +52,14 @@ public:
           count(0) {}
     fxChainIndex(const fxChainIndex&) = delete;
     fxChainIndex& operator=(const fxChainIndex&) = delete;
-    ~fxChainIndex() { fxFreeSlots(slots, bytesOfSlots); }
+    ~fxChainIndex() { release(slots, bytesOfSlots); }
 
     /// Makes room for `n` entries. Returns false, and nothing changes, where
     /// there is no memory.
     bool reserve(unsigned int n) {
         unsigned int wanted = 0;
-        return !__builtin_add_overflow(n, n / 4 + leastCapacity, &wanted) && resize(wanted);
+        return !__builtin_add_overflow(n, n / 4 + n / 20 + leastCapacity, &wanted) &&
+               resize(wanted);
     }
 
     /// The first slot that may be of `hash`.
@@ -85,7 +86,7 @@ public:
     /// Gives `b` a slot. Returns false, and nothing changes, where there is no
     /// memory.
     bool insert(std::uint32_t hash, Bucket* b) {
-        if (count >= capacity - capacity / 5 && !reserve(count + 1))
+        if (count >= mostOccupied() && !reserve(count + 1))
             return false;
         Slot* s = begin(hash);
         while (isOf(s, hash))
@@ -124,6 +125,15 @@ private:
         return static_cast<unsigned int>(std::uint64_t(hash & ~twins) * n >> 32);
     }
 
+    // Entries of words are small, and so is what may stand beside them.
+    unsigned int mostOccupied() const { return capacity - capacity / (byText ? 5 : 8); }
+    void* allocate(unsigned int& bytes) const {
+        return byText ? fxAllocateSlots(bytes) : std::malloc(bytes);
+    }
+    void release(void* block, unsigned int bytes) const {
+        byText ? fxFreeSlots(block, bytes) : std::free(block);
+    }
+
     bool lengthenTail() {
         const unsigned int old = tail;
         tail *= 2;
@@ -143,20 +153,20 @@ private:
             if (__builtin_add_overflow(newCapacity, newTail + 1, &n) ||
                 __builtin_mul_overflow(n, static_cast<unsigned int>(sizeof(Slot)), &bytes))
                 return false;
-            auto* made = static_cast<Slot*>(fxAllocateSlots(bytes));
+            auto* made = static_cast<Slot*>(allocate(bytes));
             if (!made)
                 return false;
             // What the block has to spare is used.
             const unsigned int wider = bytes / unsigned(sizeof(Slot)) - newTail - 1;
             if (moveTo(made, wider, made + wider + newTail)) {
-                fxFreeSlots(slots, bytesOfSlots);
+                release(slots, bytesOfSlots);
                 slots = made;
                 bytesOfSlots = bytes;
                 capacity = wider;
                 tail = newTail;
                 return true;
             }
-            fxFreeSlots(made, bytes);
+            release(made, bytes);
         }
     }
 
