@@ -3,6 +3,24 @@
 
 #include "kelvofxds/containers/fxArray.h"
 
+struct fxIndexing;
+struct fxChains;
+
+/// What a dictionary or set keeps beside its buckets: the number of its private
+/// index, and what is known of its keys. It is the container's own, so it stays
+/// when other buckets are assigned to these.
+class fxBesideBuckets {
+public:
+    fxBesideBuckets() = default;
+    fxBesideBuckets(const fxBesideBuckets&) {}
+    fxBesideBuckets& operator=(const fxBesideBuckets&) { return *this; }
+
+private:
+    friend struct fxIndexing;
+
+    unsigned short word = 0;
+};
+
 // The macros' arguments are names, not values.
 // NOLINTBEGIN(bugprone-macro-parentheses)
 

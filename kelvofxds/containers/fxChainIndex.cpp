@@ -1,48 +1,25 @@
-// fxChainIndex.cpp - what all private indexes share.
+// fxChainIndex.cpp - what all private indexes share. Separate containers may be used in separate
+// threads, so everything here is guarded.
 
 #include "kelvofxds/containers/fxChainIndexInternal.h"
 
-#include <sys/random.h>
+#include <atomic>
+#include <mutex>
 
-#include <chrono>
-#include <utility>
-
-#include "kelvofxds/containers/fxPrivateHashInternal.h"
 #include "kelvofxds/core/fxFreeListInternal.h"
-
-// The seed.
-
-fxHashSeed fxPrivateSeed;
-
-void fxChooseSeed() {
-    static bool chosen = false;
-    if (chosen)
-        return;
-    chosen = true;
-    if (getrandom(&fxPrivateSeed, sizeof fxPrivateSeed, GRND_NONBLOCK) ==
-        static_cast<ssize_t>(sizeof fxPrivateSeed))
-        return;
-    // A system that has no such call, or not enough to give yet.
-    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    std::uint64_t state =
-        static_cast<std::uint64_t>(now) ^
-        std::uint64_t(reinterpret_cast<std::uintptr_t>(&state)) * 0x9E3779B97F4A7C15U;
-    std::uint32_t words[4];
-    for (std::uint32_t& word : words) {
-        state = state * 6364136223846793005U + 1442695040888963407U;
-        word = static_cast<std::uint32_t>(state >> 32);
-    }
-    std::memcpy(&fxPrivateSeed, words, sizeof fxPrivateSeed);
-}
 
 // Blocks of slots. Their sizes are of one row, in which each is half as large
 // again as the one before; of the first ones a block each is kept.
 
 namespace {
 // Nothing is kept where a checker could not tell what is kept from what lives.
-const unsigned int keptSizes = fxMostKept != 0 ? 16 : 0;  // up to 55 KiB
+#ifdef FX_ADDRESSES_ARE_WATCHED
+const unsigned int keptSizes = 0;
+#else
+const unsigned int keptSizes = 16;  // up to 55 KiB
+#endif
 const unsigned int leastBytes = 128;
-void* spares[16];
+std::atomic<void*> spares[keptSizes + 1];
 
 // The place of the first size that holds `bytes`, which become that size.
 unsigned int placeOfSize(unsigned int& bytes) {
@@ -57,14 +34,14 @@ unsigned int placeOfSize(unsigned int& bytes) {
 
 void* fxAllocateSlots(unsigned int& bytes) {
     const unsigned int place = placeOfSize(bytes);
-    void* spare = place < keptSizes ? std::exchange(spares[place], nullptr) : nullptr;
+    void* spare = place < keptSizes ? spares[place].exchange(nullptr) : nullptr;
     return spare ? spare : std::malloc(bytes);
 }
 
 void fxFreeSlots(void* block, unsigned int bytes) {
     const unsigned int place = placeOfSize(bytes);
     if (block && place < keptSizes)
-        std::swap(spares[place], block);
+        block = spares[place].exchange(block);
     std::free(block);
 }
 
@@ -73,12 +50,14 @@ void fxFreeSlots(void* block, unsigned int bytes) {
 void* fxIndexOf[fxIndexNumber + 1U];
 
 namespace {
+std::mutex numbers;            // guards what follows
 unsigned short firstFree = 0;  // given back last
 unsigned short mostInUse = 0;  // since the process began
 unsigned short nextFree[fxIndexNumber + 1U];
 }  // namespace
 
 unsigned short fxEnterIndex(void* index) {
+    const std::lock_guard<std::mutex> guard(numbers);
     unsigned short number = firstFree;
     if (number != 0)
         firstFree = nextFree[number];
@@ -90,35 +69,33 @@ unsigned short fxEnterIndex(void* index) {
 }
 
 void fxLeaveIndex(unsigned short number) {
+    const std::lock_guard<std::mutex> guard(numbers);
     fxIndexOf[number] = nullptr;
     nextFree[number] = firstFree;
     firstFree = number;
 }
 
-// Promises.
+// Promises. They are never taken back.
 
 namespace {
-const void** promised = nullptr;  // virtual tables
-unsigned int numPromised = 0;
+struct Promise {
+    const void* table;  // the virtual table of a class
+    const Promise* next;
+};
+std::atomic<const Promise*> promises{nullptr};
 }  // namespace
 
 bool fxHasPromised(const void* table) {
-    for (unsigned int i = 0; i < numPromised; ++i) {
-        if (promised[i] == table)
-            return true;
-    }
-    return false;
+    const Promise* p = promises.load(std::memory_order_acquire);
+    while (p && p->table != table)
+        p = p->next;
+    return p;
 }
 
 void fxNotePromise(const void* table) {
-    const unsigned int step = 8;
     if (fxHasPromised(table))
         return;
-    if (numPromised % step == 0) {
-        void* grown = std::realloc(promised, (numPromised + step) * sizeof *promised);
-        if (!grown)
-            return;
-        promised = static_cast<const void**>(grown);
+    auto* made = fxTryNew<Promise>(Promise{table, promises.load()});
+    while (made && !promises.compare_exchange_weak(made->next, made)) {
     }
-    promised[numPromised++] = table;
 }

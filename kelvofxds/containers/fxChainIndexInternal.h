@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxIndexSeedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 /// A block of at least `bytes`, which becomes its size; null if there is no
@@ -44,7 +45,8 @@ public:
 
     /// For a container with this virtual table.
     fxChainIndex(const void* tableOfContainer, bool isByText)
-        : table(tableOfContainer),
+        : seed(this),
+          table(tableOfContainer),
           byText(isByText),
           slots(nullptr),
           capacity(0),
@@ -112,6 +114,7 @@ public:
             reserve(count);
     }
 
+    const fxIndexSeed seed;
     const void* const table;
     const bool byText;  // not by the container's own operations
 

@@ -32,7 +32,8 @@ struct fxChains : fxIndexing {
         const unsigned int keyHash = index.byText ? fxHashStr(textAt(key)) : c.hashKey(key);
         const unsigned int bucketIndex = remainder(keyHash, n);
         const std::uint32_t hash =
-            hashIn(bucketIndex, index.byText ? hashOfText(textAt(key)) : fxPrivateHash(keyHash));
+            hashIn(bucketIndex, index.byText ? hashOfText(index.seed, textAt(key))
+                                             : index.seed.hash(std::uint32_t{keyHash}));
         const auto* slot = slotOfKey(c, index, hash, key);
         return {bucketIndex, slot ? slot->entry : nullptr, nullptr, true, hash};
     }
@@ -57,7 +58,7 @@ struct fxChains : fxIndexing {
             link = &(*link)->next;
             ++passed;
         }
-        if (passed > longWalk && c.buckets.beside != 0)
+        if (passed > longWalk && wordBeside(c) != 0)
             makeIndex(c);
         return {i, *link, link, false, 0};
     }

@@ -4,8 +4,6 @@
 #include "kelvofxds/containers/fxArrayFamily.h"
 
 class fxDictIter;
-struct fxIndexing;
-struct fxChains;
 
 /// One entry of a dictionary.
 struct fxDictBucket {
@@ -24,10 +22,8 @@ class FX_EXPORT fxDictBuckets : public fxArray {
 
 private:
     friend struct fxIndexing;
-    friend struct fxChains;
 
-    // The number of the private index, and what is known of the keys.
-    mutable unsigned short beside = 0;
+    mutable fxBesideBuckets beside;
 };
 
 /// The live iterators of a dictionary, in registration order.

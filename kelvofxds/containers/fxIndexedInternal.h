@@ -9,7 +9,6 @@
 #include "kelvofxds/containers/fxChainIndexInternal.h"
 #include "kelvofxds/containers/fxChainsInternal.h"
 #include "kelvofxds/containers/fxDictionary.h"
-#include "kelvofxds/containers/fxPrivateHashInternal.h"
 #include "kelvofxds/containers/fxSet.h"
 #include "kelvofxds/str/fxStrHashInternal.h"
 
@@ -44,30 +43,37 @@ struct fxIndexing {
     static unsigned int numBuckets(const C& c) {
         return c.buckets.getLen() / static_cast<unsigned int>(sizeof(void*));
     }
+
     // Which classes.
+
+    /// What is kept beside the buckets: fxIndexNumber and the bits above it.
+    template <class C>
+    static unsigned short& wordBeside(const C& c) {
+        return c.buckets.beside.word;
+    }
 
     static bool isByText(const fxDictionary& d) {
         const char* table = static_cast<const char*>(fxTableOf(&d)) - 2 * sizeof(void*);
-        return (d.buckets.beside & fxKeysAreStrings) != 0 &&
+        return (wordBeside(d) & fxKeysAreStrings) != 0 &&
                (table == fxStrStrDictionaryTable || table == fxVoidPtrDictTable);
     }
     static bool isByText(const fxSet& s) {
         const char* table = static_cast<const char*>(fxTableOf(&s)) - 2 * sizeof(void*);
-        return (s.buckets.beside & fxKeysAreStrings) != 0 && table == fxStrSetTable;
+        return (wordBeside(s) & fxKeysAreStrings) != 0 && table == fxStrSetTable;
     }
     /// Whether entries are made with a link back, once and for all: a class that
     /// is found without a promise of its own loses that of its base.
     template <class C>
     static bool isLinked(C& c) {
-        if (c.buckets.beside <= fxIndexNumber)
+        unsigned short& beside = wordBeside(c);
+        if ((beside & (fxKeysAreStrings | fxKeysArePromised)) == 0)
             return false;
         if (isByText(c))
             return true;
-        if ((c.buckets.beside & fxKeysArePromised) == 0)
-            return false;
-        if (fxHasPromised(fxTableOf(&c)))
+        beside &= static_cast<unsigned short>(~fxKeysAreStrings);
+        if ((beside & fxKeysArePromised) != 0 && fxHasPromised(fxTableOf(&c)))
             return true;
-        c.buckets.beside &= static_cast<unsigned short>(~fxKeysArePromised);
+        beside &= static_cast<unsigned short>(~fxKeysArePromised);
         return false;
     }
     template <class C>
@@ -75,27 +81,27 @@ struct fxIndexing {
         if (c.numItems != 0 || indexOf(c))
             return;
         fxNotePromise(fxTableOf(&c));
-        c.buckets.beside |= fxKeysArePromised;
+        wordBeside(c) |= fxKeysArePromised;
     }
     /// Notes what the constructors of the library's string-keyed classes say.
     template <class C>
     static void note(C& c, unsigned int what) {
-        c.buckets.beside |= static_cast<unsigned short>(what);
+        wordBeside(c) |= static_cast<unsigned short>(what);
     }
     template <class C>
     static bool knowsItsSizes(const C& c) {
-        return (c.buckets.beside & fxSizesAreOfStrings) != 0;
+        return (wordBeside(c) & fxSizesAreOfStrings) != 0;
     }
     template <class C>
     static void copyKnowledge(C& c, const C& other) {
-        c.buckets.beside = other.buckets.beside & static_cast<unsigned short>(~fxIndexNumber);
+        wordBeside(c) = wordBeside(other) & static_cast<unsigned short>(~fxIndexNumber);
     }
 
     // The index.
 
     template <class C>
     static Index<C>* indexOf(const C& c) {
-        const unsigned int number = c.buckets.beside & fxIndexNumber;
+        const unsigned int number = wordBeside(c) & fxIndexNumber;
         return number != 0 ? static_cast<Index<C>*>(fxIndexOf[number]) : nullptr;
     }
 
@@ -104,8 +110,8 @@ struct fxIndexing {
         Index<C>* index = indexOf(c);
         if (!index)
             return;
-        fxLeaveIndex(c.buckets.beside & fxIndexNumber);
-        c.buckets.beside &= static_cast<unsigned short>(~fxIndexNumber);
+        fxLeaveIndex(wordBeside(c) & fxIndexNumber);
+        wordBeside(c) &= static_cast<unsigned short>(~fxIndexNumber);
         delete index;
     }
 
@@ -115,21 +121,20 @@ struct fxIndexing {
         return (ofKey + bucketIndex * 0x9E3779B1U) << 1;
     }
     // Of what compareKeys sees: the text up to its first NUL.
-    static std::uint32_t hashOfText(const fxStr& key) {
+    static std::uint32_t hashOfText(const fxIndexSeed& seed, const fxStr& key) {
         std::uint32_t zero = 0;
-        const std::uint32_t hash = fxPrivateHash(key.c_str(), key.length(), zero);
+        const std::uint32_t hash = seed.hash(key.c_str(), key.length(), zero);
         if (__builtin_expect(zero == 0, 1))
             return hash;
-        return fxPrivateHash(key.c_str(), static_cast<unsigned int>(std::strlen(key.c_str())),
-                             zero);
+        return seed.hash(key.c_str(), static_cast<unsigned int>(std::strlen(key.c_str())));
     }
     static const fxStr& textAt(const void* key) { return *static_cast<const fxStr*>(key); }
 
     template <class C>
     static std::uint32_t hashOf(const C& c, const Index<C>& index, const void* key,
                                 unsigned int bucketIndex) {
-        return hashIn(bucketIndex, index.byText ? hashOfText(textAt(key))
-                                                : fxPrivateHash(std::uint32_t(c.hashKey(key))));
+        return hashIn(bucketIndex, index.byText ? hashOfText(index.seed, textAt(key))
+                                                : index.seed.hash(std::uint32_t(c.hashKey(key))));
     }
 
     // Whether the keys compare equal, given equal hashes.
@@ -143,7 +148,7 @@ struct fxIndexing {
         const char* text = a.c_str();
         unsigned int n = a.length() + 1;
         for (; n >= 4; n -= 4, text += 4, p += 4) {
-            if (fxNativeWordAt(text) != fxNativeWordAt(p))
+            if (std::memcmp(text, p, 4) != 0)
                 return false;
         }
         for (; n != 0; --n) {
@@ -208,7 +213,6 @@ struct fxIndexing {
     [[gnu::cold, gnu::noinline]] static void makeIndex(const C& c) {
         if (indexOf(c) || !isLinked(const_cast<C&>(c)))
             return;
-        fxChooseSeed();
         auto* index = fxTryNew<Index<C>>(fxTableOf(&c), isByText(c));
         const unsigned short number = index ? fxEnterIndex(index) : 0;
         bool isComplete = false;
@@ -218,7 +222,7 @@ struct fxIndexing {
             isComplete = false;  // what the host's operations say, a walk will hear
         }
         if (isComplete) {
-            c.buckets.beside |= number;
+            wordBeside(c) |= number;
             return;
         }
         if (number != 0)

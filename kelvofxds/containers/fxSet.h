@@ -4,8 +4,6 @@
 #include "kelvofxds/containers/fxArrayFamily.h"
 
 class fxSetIter;
-struct fxIndexing;
-struct fxChains;
 class fxTmpSet;
 
 /// One entry of a set.
@@ -25,10 +23,8 @@ class FX_EXPORT fxSetBuckets : public fxArray {
 
 private:
     friend struct fxIndexing;
-    friend struct fxChains;
 
-    // The number of the private index, and what is known of the keys.
-    mutable unsigned short beside = 0;
+    mutable fxBesideBuckets beside;
 };
 
 /// The live iterators of a set, in registration order.

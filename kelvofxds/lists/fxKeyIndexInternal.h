@@ -1,70 +1,12 @@
 // fxKeyIndexInternal.h - a private index beside the structures that HashTable and NameSpace show.
 #pragma once
 
-#include <sys/auxv.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
-/// Two numbers that nobody outside knows: what of the process's random bytes and
-/// an address can be had, so that keys cannot be chosen to share a slot.
-class fxIndexSeed {
-public:
-    explicit fxIndexSeed(const void* owner) : sum(0), factor(0) {
-        std::uint32_t bytes[2] = {0x3C6EF372, 0x9E3779B1};
-        if (const auto random = ::getauxval(AT_RANDOM))
-            // NOLINTNEXTLINE(performance-no-int-to-ptr): the system gives it as a number.
-            std::memcpy(bytes, reinterpret_cast<const void*>(random), sizeof bytes);
-        const auto address = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(owner));
-        sum = bytes[0] ^ address;
-        factor = (bytes[1] + address * 0x2C1B3C6DU) | 0x40000001;
-    }
-
-    /// Of a number.
-    std::uint32_t hash(std::uint32_t key) const { return fold(key ^ sum, factor); }
-
-    /// Of `length` bytes.
-    std::uint32_t hash(const char* text, unsigned int length) const {
-        std::uint32_t low = sum ^ length, high = factor;
-        for (; length > 8; text += 8, length -= 8)
-            mix(low, high, wordAt(text), wordAt(text + 4));
-        std::uint32_t first = 0, second = 0;
-        if (length >= 4) {
-            first = wordAt(text);
-            second = wordAt(text + length - 4);
-        } else if (length > 0) {
-            first = static_cast<unsigned char>(text[0]) |
-                    static_cast<std::uint32_t>(static_cast<unsigned char>(text[length / 2])) << 8;
-            second = static_cast<unsigned char>(text[length - 1]);
-        }
-        mix(low, high, first, second);
-        return fold(low ^ sum, high ^ factor);
-    }
-
-private:
-    static std::uint32_t wordAt(const char* text) {
-        std::uint32_t word;
-        std::memcpy(&word, text, sizeof word);
-        return word;
-    }
-
-    static void mix(std::uint32_t& low, std::uint32_t& high, std::uint32_t a, std::uint32_t b) {
-        const std::uint64_t product = std::uint64_t{low ^ a} * (high ^ b);
-        low = static_cast<std::uint32_t>(product);
-        high = static_cast<std::uint32_t>(product >> 32);
-    }
-
-    static std::uint32_t fold(std::uint32_t a, std::uint32_t b) {
-        const std::uint64_t product = std::uint64_t{a} * b;
-        return static_cast<std::uint32_t>(product) ^ static_cast<std::uint32_t>(product >> 32);
-    }
-
-    std::uint32_t sum;
-    std::uint32_t factor;  // odd
-};
+#include "kelvofxds/core/fxIndexSeedInternal.h"
 
 /// Slots of chains through records of others, which have a field `link` and
 /// know their place: Record::slotIn(index). It owns its slots alone.
