@@ -38,6 +38,26 @@ struct fxChains : fxIndexing {
         return {bucketIndex, slot ? slot->entry : nullptr, nullptr, true, hash};
     }
 
+    /// The entry of a key, or null: lookUp for those who change nothing.
+    template <class C>
+    [[gnu::always_inline]] static Bucket<C>* find(const C& c, const void* key) {
+        const unsigned int n = numBuckets(c);
+        const Index<C>* index = n != 0 ? indexOf(c) : nullptr;
+        if (index && index->byText && index->table == fxTableOf(&c))
+            return findText<C>(*index, textAt(key), n);
+        return lookUp(c, key).entry;
+    }
+    template <class C>
+    static Bucket<C>* findText(const Index<C>& index, const fxStr& key, unsigned int n) {
+        const std::uint32_t hash =
+            hashIn(remainder(fxHashStr(key), n), hashOfText(index.seed, key));
+        for (auto* s = index.begin(hash); Index<C>::isOf(s, hash); ++s) {
+            if (textsAreAlike(key, textAt(fxBlockOf(s->entry))))
+                return s->entry;
+        }
+        return nullptr;
+    }
+
     /// Looks a key up by the container's own operations. Without buckets, as
     /// read from a stream, there is nothing to find.
     template <class C>

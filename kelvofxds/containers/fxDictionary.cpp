@@ -75,8 +75,7 @@ void fxDictionary::equalKeysHashEqually() { fxChains::promise(*this); }
 // Looking up.
 
 void* fxDictionary::find(const void* key, void** bucketOut) const {
-    const Place place = fxChains::lookUp<fxDictionary>(*this, key);
-    fxDictBucket* b = place.entry;
+    fxDictBucket* b = fxChains::find<fxDictionary>(*this, key);
     if (bucketOut)
         *bucketOut = b;
     return b ? valueOf(b) : nullptr;

@@ -121,7 +121,8 @@ struct fxIndexing {
         return (ofKey + bucketIndex * 0x9E3779B1U) << 1;
     }
     // Of what compareKeys sees: the text up to its first NUL.
-    static std::uint32_t hashOfText(const fxIndexSeed& seed, const fxStr& key) {
+    [[gnu::always_inline]] static std::uint32_t hashOfText(const fxIndexSeed& seed,
+                                                           const fxStr& key) {
         std::uint32_t zero = 0;
         const std::uint32_t hash = seed.hash(key.c_str(), key.length(), zero);
         if (__builtin_expect(zero == 0, 1))
@@ -139,23 +140,23 @@ struct fxIndexing {
 
     // Whether the keys compare equal, given equal hashes.
     static bool textsAreAlike(const fxStr& a, const fxStr& b) {
-        if (__builtin_expect(a.length() == b.length() && hasBytes(a, b.c_str()), 1))
+        if (__builtin_expect(a.length() == b.length() && areAlike(a.c_str(), b.c_str(), a.length()),
+                             1))
             return true;
         return std::strcmp(a.c_str(), b.c_str()) == 0;
     }
     // memcmp without the call, for texts that are mostly short and equal.
-    static bool hasBytes(const fxStr& a, const char* p) {
-        const char* text = a.c_str();
-        unsigned int n = a.length() + 1;
-        for (; n >= 4; n -= 4, text += 4, p += 4) {
-            if (std::memcmp(text, p, 4) != 0)
-                return false;
+    static bool areAlike(const char* a, const char* b, unsigned int n) {
+        const unsigned int word = 4;
+        if (n < word) {
+            for (; n != 0 && *a == *b; --n, ++a, ++b) {
+            }
+            return n == 0;
         }
-        for (; n != 0; --n) {
-            if (*text++ != *p++)
-                return false;
-        }
-        return true;
+        unsigned int at = 0;
+        while (at < n - word && std::memcmp(a + at, b + at, word) == 0)
+            at += word;
+        return at >= n - word && std::memcmp(a + n - word, b + n - word, word) == 0;
     }
     template <class C>
     static bool areAlike(const C& c, const Index<C>& index, const void* key, const Bucket<C>* b) {

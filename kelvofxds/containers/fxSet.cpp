@@ -126,12 +126,12 @@ void fxSet::equalKeysHashEqually() { fxChains::promise(*this); }
 // Looking up.
 
 void* fxSet::find(const void* key) const {
-    const Place place = fxChains::lookUp<fxSet>(*this, key);
-    return place.entry ? place.entry->key : nullptr;
+    const fxSetBucket* b = fxChains::find<fxSet>(*this, key);
+    return b ? b->key : nullptr;
 }
 
 unsigned char fxSet::contains(const void* key) const {
-    return fxChains::lookUp<fxSet>(*this, key).entry != nullptr;
+    return fxChains::find<fxSet>(*this, key) != nullptr;
 }
 
 // Adding and removing.

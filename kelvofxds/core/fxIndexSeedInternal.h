@@ -33,11 +33,11 @@ public:
     [[gnu::always_inline]] std::uint32_t hash(const char* text, unsigned int length,
                                               std::uint32_t& zero) const {
         std::uint32_t low = sum ^ length, high = factor;
-        std::uint32_t first = 0x01010101U, second = first;
+        std::uint32_t first = 0x01010101U, second = first, zeros = 0;
         for (; length > 8; text += 8, length -= 8) {
             first = wordAt(text);
             second = wordAt(text + 4);
-            zero |= zeroBytes(first) | zeroBytes(second);
+            zeros |= zeroBytes(first) | zeroBytes(second);
             mix(low, high, first, second);
         }
         if (length >= 4) {
@@ -48,7 +48,7 @@ public:
                     std::uint32_t(byteAt(text + length - 1)) << 16 | 0x01000000U;
             second = 0x01010101U;
         }
-        zero |= zeroBytes(first) | zeroBytes(second);
+        zero |= (zeros | zeroBytes(first) | zeroBytes(second)) & 0x80808080U;
         mix(low, high, first, second);
         return fold(low ^ sum, high ^ factor);
     }
@@ -61,10 +61,8 @@ private:
     }
     static unsigned char byteAt(const char* text) { return static_cast<unsigned char>(*text); }
 
-    // Not 0 when one of the word's bytes is.
-    static std::uint32_t zeroBytes(std::uint32_t word) {
-        return (word - 0x01010101U) & ~word & 0x80808080U;
-    }
+    // The highest bit of a byte is set when one of the word's bytes is 0.
+    static std::uint32_t zeroBytes(std::uint32_t word) { return (word - 0x01010101U) & ~word; }
 
     static void mix(std::uint32_t& low, std::uint32_t& high, std::uint32_t a, std::uint32_t b) {
         const std::uint64_t product = std::uint64_t{low ^ a} * (high ^ b);
