@@ -135,13 +135,18 @@ Tally tallyPeer(const Words& in, Delimiters delimiters) {
 
 bool same(const Tally& a, const Tally& b) { return a.words == b.words && a.bytes == b.bytes; }
 
+// Words of 1, 64 and 512 KiB together, and a few.
+void wordCounts(benchmark::internal::Benchmark* b) {
+    b->Arg(8)->Arg(128)->Arg(8192)->Arg(1 << 16)->Complexity();
+}
+
 void tokenCases() {
     beside<Words>(
-        "fxStrSearch/split at a byte", Rate::items, sweep,
+        "fxStrSearch/split at a byte", Rate::items, wordCounts,
         [](const Words& in) { return tallyOurs(in, ' '); },
         Side{"std::string", [](const Words& in) { return tallyPeer(in, ' '); }});
     beside<Words>(
-        "fxStrSearch/split at a set", Rate::items, sweep,
+        "fxStrSearch/split at a set", Rate::items, wordCounts,
         [](const Words& in) { return tallyOurs(in, " \t\n"); },
         Side{"std::string", [](const Words& in) { return tallyPeer(in, " \t\n"); }});
 }

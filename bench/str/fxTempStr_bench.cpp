@@ -1,7 +1,9 @@
-// fxTempStr_bench.cpp - joining texts, beside operator+ of std::string.
+// fxTempStr_bench.cpp - joining texts, beside operator+ of std::string and absl::StrCat.
 
 #include <string>
 #include <vector>
+
+#include <absl/strings/str_cat.h>
 
 #include "bench/support/beside.h"
 #include "bench/support/inputs.h"
@@ -23,7 +25,33 @@ struct Pieces {
     std::vector<fxStr> ours;
 };
 
+// Four different texts.
+struct Four {
+    explicit Four(unsigned int n) {
+        Random random;
+        for (unsigned int i = 0; i < 4; ++i) {
+            peer[i] = random.letters(n);
+            ours[i] = fxStr(peer[i].data(), n);
+        }
+    }
+    std::string peer[4];
+    fxStr ours[4];
+};
+
+// 80 and 400 bytes together.
+void lengthsOfFour(benchmark::internal::Benchmark* b) { b->Arg(20)->Arg(100)->Complexity(); }
+
 const bool registered = [] {
+    beside<Four>(
+        "fxTempStr/concatenate four texts", Rate::bytes, lengthsOfFour,
+        [](const Four& in) { return fxStr(in.ours[0] | in.ours[1] | in.ours[2] | in.ours[3]); },
+        Side{"std::string",
+             [](const Four& in) {
+                 return std::string(in.peer[0] + in.peer[1] + in.peer[2] + in.peer[3]);
+             }},
+        Side{"absl::StrCat", [](const Four& in) {
+                 return absl::StrCat(in.peer[0], in.peer[1], in.peer[2], in.peer[3]);
+             }});
     // Pieces of the given size: 8 stays within the temporary, longer ones do not.
     beside<Text>(
         "fxTempStr/join four texts", Rate::bytes, shortSweep,
