@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/lists/fxKeyIndexInternal.h"
 
 namespace {
@@ -105,39 +106,27 @@ Entry* indexed(fxKeyIndex<Entry>& index, unsigned long key) {
     return entry;
 }
 
-// A mapcar under way. The innermost one knows the others, so that removing an
-// entry takes it from the way of all of them.
-class Walk {
+// A mapcar under way. Removing an entry takes it from the way of all of them.
+class Walk : public fxInProgress<Walk> {
 public:
-    explicit Walk(const HashTable* t) : table(t), next(nullptr), outer(innermost) {
-        innermost = this;
-    }
-    Walk(const Walk&) = delete;
-    Walk& operator=(const Walk&) = delete;
-    ~Walk() { innermost = outer; }
+    explicit Walk(const HashTable* t) : table(t), next(nullptr) {}
 
     static void leave(const HashEntry* entry) {
-        for (Walk* walk = innermost; walk; walk = walk->outer) {
-            if (walk->next == entry)
-                walk->next = entry->next;
-        }
+        forEach([entry](Walk& walk) {
+            if (walk.next == entry)
+                walk.next = entry->next;
+        });
     }
     static void leave(const HashTable* table) {
-        for (Walk* walk = innermost; walk; walk = walk->outer) {
-            if (walk->table == table)
-                walk->table = nullptr;
-        }
+        forEach([table](Walk& walk) {
+            if (walk.table == table)
+                walk.table = nullptr;
+        });
     }
 
     const HashTable* table;  // null once it is destroyed
     HashEntry* next;         // the entry to go on with, or null
-
-private:
-    static Walk* innermost;
-    Walk* outer;
 };
-
-Walk* Walk::innermost = nullptr;
 // The first entry of `key` in its chain, or null.
 inline Entry* find(HashTable& table, HashEntry** buckets, unsigned long key) {
     if (auto* index = headOf(buckets).index)

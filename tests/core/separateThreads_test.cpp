@@ -11,6 +11,7 @@
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 #include "kelvofxds/containers/fxTypedArrays.h"
 #include "kelvofxds/core/fxToolkit.h"
+#include "kelvofxds/lists/HashTable.h"
 #include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 #include "tests/support/memoryStream.h"
@@ -74,6 +75,26 @@ unsigned int useArrays() {
     return ints.length() < 64 && strings.length() <= 20 ? 1 : 0;
 }
 
+thread_local HashTable* tableWalked = nullptr;
+
+void removeVisited(HashEntry* entry) { tableWalked->remove(entry->key); }
+
+// Hash tables that a walk empties. Returns 1 when none keeps an entry.
+unsigned int useHashTables() {
+    for (int i = 0; i < rounds; ++i) {
+        HashTable table;
+        for (unsigned long key = 0; key < 20; ++key)
+            table.add(key, &table);
+        tableWalked = &table;
+        table.mapcar(removeVisited);
+        for (unsigned long key = 0; key < 20; ++key) {
+            if (table.lookup(key))
+                return 0;
+        }
+    }
+    return 1;
+}
+
 unsigned int useTranscribers() {
     for (int i = 0; i < rounds / 10; ++i) {
         MemoryStream stream;
@@ -88,7 +109,8 @@ unsigned int useTranscribers() {
 
 void useAll(int seed, std::string* outcome) {
     *outcome = std::to_string(useKeys(seed)) + std::to_string(useLongChains(seed)) +
-               std::to_string(useArrays()) + std::to_string(useTranscribers());
+               std::to_string(useArrays()) + std::to_string(useHashTables()) +
+               std::to_string(useTranscribers());
 }
 
 }  // namespace
@@ -102,5 +124,5 @@ TEST(separateThreads, useObjectsOfTheirOwnBesideEachOther) {
     for (std::thread& thread : threads)
         thread.join();
     for (const std::string& outcome : outcomes)
-        EXPECT_EQ("162411", outcome);
+        EXPECT_EQ("1624111", outcome);
 }
