@@ -5,6 +5,8 @@
 
 struct fxIndexing;
 struct fxChains;
+struct fxChainedIters;
+struct fxChainedXDR;
 
 /// What a dictionary or set keeps beside its buckets: the number of its private
 /// index, and what is known of its keys. It is the container's own, so it stays

@@ -138,38 +138,3 @@ void fxVisitEntries(const Buckets& buckets, Visit visit) {
         }
     }
 }
-
-/// Enters `iter` at a vacant place or at the end, unless it is there already.
-template <class Iters, class Iter>
-void fxRegisterIter(Iters& iters, Iter* iter) {
-    const unsigned int none = 0xFFFFFFFF;
-    Iter* vacant = nullptr;
-    if (iters.find(&iter) != none)
-        return;
-    const unsigned int place = iters.find(&vacant);
-    if (place != none)
-        iters[place] = iter;
-    else
-        iters.append(&iter);
-}
-
-/// Takes `iter` out, if it is there.
-template <class Iters, class Iter>
-void fxDeregisterIter(Iters& iters, Iter* iter) {
-    const unsigned int place = iters.find(&iter);
-    if (place < iters.length())
-        iters.remove(place, 1);
-}
-
-/// Calls `visit` with every iterator; one that deregisters itself meanwhile
-/// hides no other.
-template <class Iters, class Visit>
-void fxVisitIters(const Iters& iters, Visit visit) {
-    for (unsigned int i = 0; i < iters.length();) {
-        auto* iter = iters[i];
-        if (iter)
-            visit(*iter);
-        if (i < iters.length() && iters[i] == iter)
-            ++i;
-    }
-}

@@ -7,6 +7,7 @@
 
 #include "kelvofxds/containers/fxArrayFamilyInternal.h"
 #include "kelvofxds/containers/fxChainedInternal.h"
+#include "kelvofxds/containers/fxChainedItersInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 // The two tables.
@@ -240,22 +241,13 @@ void fxDictionary::cleanup() {
         }
     }
     fxChains::dropIndex(*this);
-    // An iterator detached here does not know us any more, so it could not take
-    // its pointer back when it goes.
-    for (unsigned int i = 0; i < iters.length(); ++i) {
-        fxDictIter* iter = iters[i];
-        iters[i] = nullptr;
-        if (!iter)
-            continue;
-        iter->dict = nullptr;
-        iter->bucket = nullptr;
-        iter->flags = fxDictIter::advanced;
-    }
+    fxChainedIters::visit(iters, [](fxDictIter& iter) { iter.flags = fxDictIter::advanced; });
+    fxChainedIters::letGo(iters);
 }
 
 // Takes the iterators off an entry that goes while all entries do.
 void fxDictionary::parkIters(const fxDictBucket* b) const {
-    fxVisitIters(iters, [b](fxDictIter& iter) {
+    fxChainedIters::visit(iters, [b](fxDictIter& iter) {
         if (iter.bucket != b)
             return;
         iter.bucket = nullptr;
@@ -265,25 +257,12 @@ void fxDictionary::parkIters(const fxDictBucket* b) const {
 
 // Iterators.
 
-void fxDictionary::addIter(fxDictIter* iter) { fxRegisterIter(iters, iter); }
+void fxDictionary::addIter(fxDictIter* iter) { fxChainedIters::add(iters, iter); }
 
-void fxDictionary::removeIter(fxDictIter* iter) { fxDeregisterIter(iters, iter); }
+void fxDictionary::removeIter(fxDictIter* iter) { fxChainedIters::remove(iters, iter); }
 
 void fxDictionary::invalidateIters(const fxDictBucket* b) const {
     if (iters.getLen() == 0)
         return;
-    fxVisitIters(iters, [b](fxDictIter& iter) {
-        if (iter.bucket != b || !iter.dict || (iter.flags & fxDictIter::parked))
-            return;
-        if (iter.flags & fxDictIter::advanced) {
-            // A second removal leaves the iterator on the removed entry.
-            iter.flags |= fxDictIter::parked;
-        } else {
-            iter.bucket = b->next;
-            if (!iter.bucket)
-                iter.advanceToValid();
-        }
-        if (iter.dict)
-            iter.flags |= fxDictIter::advanced;
-    });
+    fxChainedIters::visit(iters, [b](fxDictIter& iter) { fxChainedIters::leave(iter, b); });
 }

@@ -149,6 +149,8 @@ protected:
     friend class fxDictIter;
     friend struct fxIndexing;
     friend struct fxChains;
+    friend struct fxChainedIters;
+    friend struct fxChainedXDR;
     friend struct fxDictionaryLayout;  // tests/containers/fxDictionary_test.cpp
 
     /// For the constructors of a class: promises that keys that compare equal
@@ -186,11 +188,6 @@ private:
     void parkIters(const fxDictBucket* b) const;
 
     struct Going;
-    struct Reading;
-    unsigned char read(Reading reading);
-    unsigned char readHead(Reading& reading);
-    unsigned char readEntries(Reading& reading);
-    unsigned char write(fxTranscriber& t);
 };
 
 /// Walks the entries of a dictionary, bucket by bucket, chain order.
@@ -229,6 +226,7 @@ public:
 
 protected:
     friend class fxDictionary;
+    friend struct fxChainedIters;
     friend struct fxDictionaryLayout;  // tests/containers/fxDictionary_test.cpp
 
     static const unsigned int advanced = 1;  // already on the next entry, or at the end
@@ -236,11 +234,6 @@ protected:
 
     /// Whether there is a present entry.
     bool atEntry() const { return !(flags & advanced) && bucket; }
-    /// Starts on `d`.
-    void attach(fxDictionary* d);
-    /// Deregisters from the dictionary, if there is one.
-    void detach();
-
     /// What ++ does where it is not just a move along a chain.
     void step();
 

@@ -7,6 +7,7 @@
 
 #include "kelvofxds/containers/fxArrayFamilyInternal.h"
 #include "kelvofxds/containers/fxChainedInternal.h"
+#include "kelvofxds/containers/fxChainedItersInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
@@ -79,7 +80,7 @@ fxSet& fxSet::operator=(const fxSet& other) {
     const unsigned int numBuckets = bucketCount();
     buckets.resize(0);
     buckets.resize(numBuckets);
-    detachIters();
+    fxChainedIters::letGo(iters);
     iters.resize(0);
     numItems = 0;
     return *this;
@@ -92,20 +93,7 @@ void fxSet::cleanup() {
             end(fxChains::unlink<fxSet>(*this, buckets[i], i));
     }
     fxChains::dropIndex(*this);
-    detachIters();
-}
-
-// An iterator detached here does not know us any more, so it could not take
-// its pointer back when it goes.
-void fxSet::detachIters() {
-    for (unsigned int i = 0; i < iters.length(); ++i) {
-        fxSetIter* iter = iters[i];
-        iters[i] = nullptr;
-        if (!iter)
-            continue;
-        iter->set = nullptr;
-        iter->bucket = nullptr;
-    }
+    fxChainedIters::letGo(iters);
 }
 
 // The operations on keys that have a default.
@@ -248,14 +236,14 @@ fxTmpSet fxSet::operator-(const fxSet&) {
 
 // Iterators.
 
-void fxSet::addIter(fxSetIter* iter) { fxRegisterIter(iters, iter); }
+void fxSet::addIter(fxSetIter* iter) { fxChainedIters::add(iters, iter); }
 
-void fxSet::removeIter(fxSetIter* iter) { fxDeregisterIter(iters, iter); }
+void fxSet::removeIter(fxSetIter* iter) { fxChainedIters::remove(iters, iter); }
 
 void fxSet::invalidateIters(const fxSetBucket* b) const {
     if (iters.getLen() == 0)
         return;
-    fxVisitIters(iters, [b](fxSetIter& iter) { iter.leave(b); });
+    fxChainedIters::visit(iters, [b](fxSetIter& iter) { fxChainedIters::leave(iter, b); });
 }
 
 // The temporary.

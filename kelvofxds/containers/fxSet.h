@@ -154,6 +154,8 @@ protected:
     friend class fxSetIter;
     friend struct fxIndexing;
     friend struct fxChains;
+    friend struct fxChainedIters;
+    friend struct fxChainedXDR;
     friend struct fxSetLayout;  // tests/containers/fxSet_test.cpp
 
     /// For the constructors of a class: promises that keys that compare equal
@@ -182,14 +184,8 @@ protected:
 private:
     void copyKeys(const fxSet& other) const;
     void end(fxSetBucket* b);
-    void detachIters();
 
     struct Going;
-    struct Reading;
-    unsigned char read(Reading reading);
-    unsigned char readHead(Reading& reading);
-    unsigned char readEntries(Reading& reading);
-    unsigned char write(fxTranscriber& t);
 };
 
 /// What the operators that return a set were to return. Keys are plain bytes,
@@ -239,17 +235,11 @@ public:
 
 protected:
     friend class fxSet;
+    friend struct fxChainedIters;
     friend struct fxSetLayout;  // tests/containers/fxSet_test.cpp
 
     static const unsigned int advanced = 1;  // already on the next key, or at the end
     static const unsigned int parked = 2;    // on an entry that has been removed
-
-    /// Starts on `s`.
-    void attach(fxSet* s);
-    /// Deregisters from the set, if there is one.
-    void detach();
-    /// Moves off `b`, which has been unlinked, if it is the present entry.
-    void leave(const fxSetBucket* b);
 
     /// What ++ does where it is not just a move along a chain.
     void step();
