@@ -164,7 +164,9 @@ unsigned int queueHoldingFunctions(Messages& in) {
 }
 
 void receiverCounts(benchmark::internal::Benchmark* b) { b->Arg(1)->Arg(4)->Arg(16); }
-void messageCounts(benchmark::internal::Benchmark* b) { b->Arg(1)->Arg(64)->Arg(1024); }
+void messageCounts(benchmark::internal::Benchmark* b) {
+    b->Arg(1)->Arg(64)->Arg(1024)->Arg(4096)->Arg(1 << 16);
+}
 
 // Resident memory.
 

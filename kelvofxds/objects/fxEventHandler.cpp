@@ -1,9 +1,8 @@
 #include "kelvofxds/objects/fxEventHandler.h"
 
-#include "kelvofxds/objects/fxEventQueueInternal.h"
 #include "kelvofxds/objects/fxMessageIndexInternal.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
-#include "kelvofxds/objects/fxSendWalkInternal.h"
+#include "kelvofxds/objects/fxSendingInternal.h"
 
 fxEventHandler* fx_theEventHandler = nullptr;
 
@@ -49,39 +48,29 @@ void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSe
     if (!data)
         return;
     const Sent ended(data, flags);
-    fxOutputChannel::Walk walk(out);
-    while (fxInputChannel* connection = walk.next()) {
-        if (connection->isLatestOnly()) {
-            while (walk.currentIsConnected() && connection->pending)
-                dropPending(connection, data);
-            if (!walk.currentIsConnected())
-                continue;
-        }
-        if (flags == fxObj::fxSendNow) {
+    Sending::forEach(*this, out, data, [this, data, flags](fxInputChannel* connection) {
+        if (flags == fxObj::fxSendNow)
             data->deliverTo(connection->function, connection->target);
-        } else if (flags == fxObj::fxSendQueued || flags == fxObj::fxSendUrgent) {
-            fxMessageEvent* message = fxMessageEvent::Pool::take(connection, data);
-            if (flags == fxObj::fxSendUrgent)
-                queue.linkFirst(message);
-            else
-                queue.linkLast(message);
-            if (connection->isLatestOnly())
-                connection->pending = message;
-        }
-    }
+        else if (flags == fxObj::fxSendQueued)
+            Sending::post<false>(*this, fxMessageEvent::Pool::take(connection, data), connection);
+        else if (flags == fxObj::fxSendUrgent)
+            Sending::post<true>(*this, fxMessageEvent::Pool::take(connection, data), connection);
+    });
 }
 
-// Removes the undelivered message of a connection. It may hold the last
-// reference on the very value that is being sent.
-void fxEventHandler::dropPending(fxInputChannel* connection, fxData* data) {
+// Removes the undelivered message of a connection.
+void fxEventHandler::Sending::dropPending(fxEventHandler& handler, fxInputChannel* connection,
+                                          fxData* data) {
     fxMessageEvent* old = connection->pending;
     connection->pending = nullptr;
-    ++data->count;
-    if (queue.isLinked(old)) {
-        queue.unlink(old);
+    if (data)
+        ++data->count;
+    if (handler.queue.isLinked(old)) {
+        handler.queue.unlink(old);
         fxMessageEvent::Pool::put(old);
     }
-    --data->count;
+    if (data)
+        --data->count;
 }
 
 namespace {
@@ -106,7 +95,10 @@ void fxEventHandler::distributeEvents() {
         fxEventQueue::Index::beforeDelivery(queue);
         queue.unlink(e);
         const Delivered ended(e);
-        e->deliver();
+        if (fxMessageEvent::Pool::isPooled(e))
+            fxMessageEvent::Pool::deliver(e);
+        else
+            e->deliver();
     }
     fxEventQueue::Index::afterDistribution(queue);
 }

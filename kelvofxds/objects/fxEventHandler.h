@@ -54,10 +54,11 @@ public:
     /// Number of events queued.
     unsigned int numberOfEvents() const { return queue.getCount(); }
 
+    // How the library sends.
+    class Sending;
+
 private:
     friend struct fxEventQueueLayout;  // tests/objects/fxEventQueue_test.cpp
-
-    void dropPending(fxInputChannel* connection, fxData* data);
 
     fxEventQueue queue;
 };

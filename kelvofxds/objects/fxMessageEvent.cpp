@@ -8,6 +8,11 @@ fxMessageEvent::fxMessageEvent(fxInputChannel* in, fxData* holder)
     ++data->count;
 }
 
+fxMessageEvent::fxMessageEvent(fxInputChannel* in)
+    : fxEvent(fxET_MessageEvent), channel(in), data(nullptr) {
+    ++channel->count;
+}
+
 fxMessageEvent::~fxMessageEvent() {
     if (channel)
         Pool::releaseContents(this);
@@ -28,29 +33,26 @@ fxMessageEvent::Pool::Message* fxMessageEvent::Pool::first = nullptr;
 unsigned int fxMessageEvent::Pool::length = 0;
 const void* fxMessageEvent::Pool::ownTable = nullptr;
 
+fxMessageEvent::Pool::Message::Message(fxInputChannel* in) : fxMessageEvent(in), ownType(noType) {}
+
 // One that has had properties may have inputs.
 fxMessageEvent::Pool::Message::~Message() {
-    releaseContents(this);
+    releaseChannel(channel);
+    if (!carriesItsOwn())
+        releaseData(data);
     channel = nullptr;
+    dropOwn();
     if (!properties)
         properties = nobodysTarget();
 }
 
-fxMessageEvent* fxMessageEvent::Pool::make(fxInputChannel* channel, fxData* data) {
-    auto* e = fxNew<Message>(channel, data);
-    ownTable = tableOf(e);
-    return e;
+void fxMessageEvent::Pool::Message::dropOwn() {
+    if (std::exchange(ownType, noType) != noType)
+        own<fxData>()->~fxData();
 }
 
-void fxMessageEvent::Pool::put(fxEvent* event) {
-    if (length >= fxMostKept || !isPooled(event) || event->properties) {
-        delete event;
-        return;
-    }
-    auto* e = static_cast<Message*>(event);
-    releaseContents(e);
-    e->count = 0;
-    e->next = first;
-    first = e;
-    ++length;
+fxMessageEvent::Pool::Message* fxMessageEvent::Pool::make(fxInputChannel* channel) {
+    auto* e = fxNew<Message>(channel);
+    ownTable = tableOf(e);
+    return e;
 }

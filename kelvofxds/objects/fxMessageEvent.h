@@ -26,6 +26,9 @@ public:
 private:
     friend struct fxEventLayout;  // tests/objects/fxEvent_test.cpp
 
+    // Of a channel, with the holder to come.
+    __attribute__((visibility("hidden"))) explicit fxMessageEvent(fxInputChannel* channel);
+
     fxInputChannel* channel;  // the connection, a reference
     fxData* data;             // a reference
 };

@@ -1,55 +1,95 @@
 // fxMessagePoolInternal.h - how message events begin and end.
 #pragma once
 
+#include <cstdlib>
 #include <cstring>
+#include <new>
+#include <utility>
 
 #include "kelvofxds/core/fxFreeListInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxMessageEvent.h"
-#include "kelvofxds/values/fxData.h"
+#include "kelvofxds/values/fxDataInternal.h"
 
 /// Keeps delivered message events, still constructed, for the next messages:
 /// what makes and ends an event along its five base classes costs more than
-/// all that a message does. Bounded, single-threaded.
+/// all that a message does. Single-threaded.
 class __attribute__((visibility("hidden"))) fxMessageEvent::Pool {
 public:
     /// A message event that the library has made itself. Hosts make message
     /// events, and classes of them, of their own; those are simply deleted.
+    ///
+    /// It has room for the holder of a value that the library sends: nobody
+    /// else ever sees that one, so it need not be counted, nor made anew as
+    /// long as the message carries values of one type.
     class Message final : public fxMessageEvent {
     public:
-        using fxMessageEvent::fxMessageEvent;
+        /// For `channel`, with the holder to come.
+        explicit Message(fxInputChannel* channel);
         ~Message() override;
 
     private:
         friend class Pool;
+
+        template <class Holder>
+        Holder* own() {
+            return static_cast<Holder*>(static_cast<void*>(room));
+        }
+        bool carriesItsOwn() const { return data == static_cast<const void*>(room); }
+        void dropOwn();
+
+        alignas(fxDoubleData) unsigned char room[sizeof(fxDoubleData)];
+        int ownType;  // of the holder in `room`; noType without one
     };
 
-    /// A message event that nobody can tell from a new one.
+    /// A message event of the holder `data` that nobody can tell from a new one.
     static fxMessageEvent* take(fxInputChannel* channel, fxData* data) {
-        Message* e = first;
-        if (!e)
-            return make(channel, data);
-        first = static_cast<Message*>(e->next);
-        --length;
-        e->next = nullptr;
-        e->type = fxET_MessageEvent;
-        e->sequence = ++fxEvent::nextSequenceNumber;
-        e->channel = channel;
+        Message* e = takeBlank(channel);
         e->data = data;
-        ++channel->count;
         ++data->count;
         return e;
     }
 
+    /// The same of a new `Holder` of `value`. A text belongs to the message.
+    template <class Holder, class... Value>
+    static fxMessageEvent* takeWith(fxInputChannel* channel, Value... value) {
+        static_assert(sizeof(Holder) <= sizeof(Message::room), "each has room");
+        Message* e = takeBlank(channel);
+        if (__builtin_expect(e->ownType == fxNumberOf<Holder>, true)) {
+            ((fxHeld::in(e->own<Holder>()) = value), ...);
+        } else {
+            e->dropOwn();
+            new (static_cast<void*>(e->room)) Holder(value...);
+            e->ownType = fxNumberOf<Holder>;
+        }
+        e->data = e->own<Holder>();
+        return e;
+    }
+
+    /// Does what e->deliver() does, for an event that isPooled.
+    static void deliver(fxEvent* event) {
+        auto* e = static_cast<Message*>(event);
+        fxInputChannel* channel = e->channel;
+        channel->pending = nullptr;
+        if (e->carriesItsOwn() && e->ownType == fxNumberOf<fxIntData>)
+            fxReceive<int>(channel->function, channel->target, fxHeld::in(e->own<fxIntData>()));
+        else
+            e->data->deliverTo(channel->function, channel->target);
+    }
+
     /// Ends an event that is not queued any more, as deleting it would.
-    static void put(fxEvent* event);
+    static void put(fxEvent* event) {
+        if (length < fxMostKept && isPooled(event) && !event->properties)
+            keep(static_cast<Message*>(event));
+        else
+            delete event;
+    }
 
     /// What a message holds goes in this order, also in its destructor.
     static void releaseContents(fxMessageEvent* e) {
-        e->channel->dec();
-        if (--e->data->count == 0)
-            delete e->data;
+        releaseChannel(e->channel);
+        releaseData(e->data);
     }
 
     // Of a host's class no run-time type information may be asked for, since
@@ -66,7 +106,46 @@ public:
     static bool isPooled(const fxEvent* e) { return tableOf(e) == ownTable; }
 
 private:
-    static fxMessageEvent* make(fxInputChannel* channel, fxData* data);
+    static const int noType = -1;
+
+    static Message* takeBlank(fxInputChannel* channel) {
+        Message* e = first;
+        if (__builtin_expect(!e, false))
+            return make(channel);
+        first = static_cast<Message*>(e->next);
+        --length;
+        e->next = nullptr;
+        e->sequence = ++fxEvent::nextSequenceNumber;
+        e->channel = channel;
+        ++channel->count;
+        return e;
+    }
+
+    static void keep(Message* e) {
+        releaseChannel(e->channel);
+        if (!e->carriesItsOwn())
+            releaseData(e->data);
+        else if (e->ownType == fxNumberOf<fxCharPtrData>)
+            std::free(std::exchange(fxHeld::in(e->own<fxCharPtrData>()), nullptr));
+        e->count = 0;
+        e->next = first;
+        first = e;
+        ++length;
+    }
+
+    static void releaseChannel(fxInputChannel* channel) {
+        if (channel->count > 1)
+            --channel->count;
+        else
+            channel->dec();
+    }
+
+    static void releaseData(fxData* data) {
+        if (--data->count == 0)
+            delete data;
+    }
+
+    static Message* make(fxInputChannel* channel);
 
     static Message* first;  // linked by `next`
     static unsigned int length;

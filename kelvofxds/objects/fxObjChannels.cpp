@@ -9,6 +9,7 @@
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
+#include "kelvofxds/objects/fxSendingInternal.h"
 #include "kelvofxds/values/fxDataInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
@@ -140,42 +141,91 @@ void dt_output_dict(void* dict) {
 
 // Sending.
 
+namespace {
+const char noToolkit[] = "fxObj: call fxInitializeToolkit first";
+
+// Whether there is somebody to send to; fatal before the toolkit is initialised.
+inline bool hasReceivers(const fxOutputChannel* out) {
+    if (fxOutputChannel::Walk::countOf(out) == 0)
+        return false;
+    if (!fx_theEventHandler)
+        fxFatal(noToolkit);
+    return true;
+}
+
+// Queues a message with a Holder of its own for each connection.
+template <class Holder, bool isUrgent, class... Value>
+void post(fxOutputChannel* out, Value... value) {
+    fxEventHandler& handler = *fx_theEventHandler;
+    fxEventHandler::Sending::forEach(
+        handler, out, nullptr, [&handler, value...](fxInputChannel* connection) {
+            fxMessageEvent* e = fxMessageEvent::Pool::takeWith<Holder>(connection, value...);
+            fxEventHandler::Sending::post<isUrgent>(handler, e, connection);
+        });
+}
+
+// Sends what a new Holder of the value would hold. Nobody could see that one,
+// so receivers are called without one and each message has its own.
+template <class Holder, class... Value>
+void send(fxOutputChannel* out, fxObj::fxSendFlags flags, Value... value) {
+    if (!hasReceivers(out))
+        return;
+    if (flags == fxObj::fxSendQueued)
+        post<Holder, false>(out, value...);
+    else if (flags == fxObj::fxSendNow)
+        fxEventHandler::Sending::forEach(
+            *fx_theEventHandler, out, nullptr, [value...](fxInputChannel* connection) {
+                fxReceive<Value...>(connection->function, connection->target, value...);
+            });
+    else if (flags == fxObj::fxSendUrgent)
+        post<Holder, true>(out, value...);
+    else
+        fx_theEventHandler->postMessage(out, fxNew<Holder>(value...), flags);
+}
+}  // namespace
+
 void fxObj::sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags) {
     if (!fx_theEventHandler && data && out->getNumberOfConnections() != 0)
-        fxFatal("fxObj: call fxInitializeToolkit first");
+        fxFatal(noToolkit);
     if (fx_theEventHandler)
         fx_theEventHandler->postMessage(out, data, flags);
     else
         delete data;
 }
 
-void fxObj::sendVoid(fxOutputChannel* out, fxSendFlags flags) {
-    sendData(out, fxNewVoidData(), flags);
-}
+void fxObj::sendVoid(fxOutputChannel* out, fxSendFlags flags) { send<fxVoidData>(out, flags); }
 
 void fxObj::sendBool(fxOutputChannel* out, unsigned char value, fxSendFlags flags) {
-    sendData(out, fxNewBoolData(value), flags);
+    send<fxBoolData>(out, flags, value);
 }
 
 void fxObj::sendInt(fxOutputChannel* out, int value, fxSendFlags flags) {
-    sendData(out, fxNewIntData(value), flags);
+    send<fxIntData>(out, flags, value);
 }
 
 void fxObj::sendLong(fxOutputChannel* out, long value, fxSendFlags flags) {
-    sendData(out, fxNewLongData(value), flags);
+    send<fxLongData>(out, flags, value);
 }
 
 void fxObj::sendFloat(fxOutputChannel* out, float value, fxSendFlags flags) {
-    sendData(out, fxNewFloatData(value), flags);
+    send<fxFloatData>(out, flags, value);
 }
 
 void fxObj::sendDouble(fxOutputChannel* out, double value, fxSendFlags flags) {
-    sendData(out, fxNewDoubleData(value), flags);
+    send<fxDoubleData>(out, flags, value);
 }
 
+// The receivers of a text share one copy, which they may write to. It goes with
+// its message, if there is but one.
 void fxObj::sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flags) {
+    if (!hasReceivers(out))
+        return;
     char* copy = ::strdup(text ? text : "");
     if (!copy)
         fxOutOfMemory();
-    sendData(out, fxNewCharPtrData(copy), flags);
+    const bool isQueued = flags == fxSendQueued || flags == fxSendUrgent;
+    if (isQueued && fxOutputChannel::Walk::onlyOneOf(out))
+        send<fxCharPtrData>(out, flags, copy);
+    else
+        fx_theEventHandler->postMessage(out, fxNew<fxCharPtrData>(copy), flags);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kelvofxds/core/fxInProgressInternal.h"
+#include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
 
 /// Visits the connections that an output has when the walk begins, each once,
@@ -17,6 +18,15 @@ public:
     static unsigned int countOf(const fxOutputChannel* out) {
         const fxVoidPtrArray* connections = out->connections;
         return connections ? connections->getLen() / static_cast<unsigned int>(sizeof(void*)) : 0;
+    }
+
+    /// The connection of an output that has no other, if it takes every value,
+    /// not the latest only; else null.
+    static fxInputChannel* onlyOneOf(const fxOutputChannel* out) {
+        if (countOf(out) != 1)
+            return nullptr;
+        auto* connection = static_cast<fxInputChannel*>((*out->connections)[0]);
+        return connection->isLatestOnly() ? nullptr : connection;
     }
 
     /// The next connection, or null at the end.

@@ -53,7 +53,7 @@ fxData::fxData(unsigned short typeCode) : count(0), type(typeCode) {}
 
 fxData::~fxData() {}
 
-// What the holders have in common: their memory, their name, and who makes them.
+// What the holders have in common: their memory and their name.
 #define FX_HOLDER(Class, name)                                                         \
     namespace {                                                                        \
     fxFreeList<sizeof(Class)> free##Class;                                             \
@@ -71,28 +71,25 @@ fxData::~fxData() {}
     }                                                                                  \
     const char* Class::dataName() const { return name; }
 
-// The receiver's prototype is void (*)(void*, Type).
 #define FX_VALUE(number, code, Holder, Type, name)                                    \
     FX_HOLDER(fx##Holder##Data, name)                                                 \
     fx##Holder##Data::fx##Holder##Data(Type v) : fxData(fxDT_##code), value(v) {}     \
     fx##Holder##Data::~fx##Holder##Data() { end(value); }                             \
     void fx##Holder##Data::deliverTo(void (*function)(), void* target) {              \
-        reinterpret_cast<void (*)(void*, Type)>(function)(target, value);             \
+        fxReceive<Type>(function, target, value);                                     \
     }                                                                                 \
     void fx##Holder##Data::getValue(unsigned short, void* out) { store(value, out); } \
-    unsigned int fx##Holder##Data::getSize() { return sizeof(Type); }                 \
-    fxData* fxNew##Holder##Data(Type v) { return fxNew<fx##Holder##Data>(v); }
+    unsigned int fx##Holder##Data::getSize() { return sizeof(Type); }
 
 #define FX_NOTHING(number, code, Holder, Type, name)                     \
     FX_HOLDER(fx##Holder##Data, name)                                    \
     fx##Holder##Data::fx##Holder##Data() : fxData(fxDT_##code) {}        \
     fx##Holder##Data::~fx##Holder##Data() {}                             \
     void fx##Holder##Data::deliverTo(void (*function)(), void* target) { \
-        reinterpret_cast<void (*)(void*)>(function)(target);             \
+        fxReceive<>(function, target);                                   \
     }                                                                    \
     void fx##Holder##Data::getValue(unsigned short, void*) {}            \
-    unsigned int fx##Holder##Data::getSize() { return 0; }               \
-    fxData* fxNew##Holder##Data() { return fxNew<fx##Holder##Data>(); }
+    unsigned int fx##Holder##Data::getSize() { return 0; }
 
 #define FX_POINTER(number, code, Holder, Type, name)
 

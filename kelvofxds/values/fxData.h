@@ -75,7 +75,8 @@ public:                                                                         
     static void operator delete(void*, void*) noexcept {}                          \
                                                                                    \
 private:                                                                           \
-    friend struct fxDataLayout;
+    friend struct fxDataLayout;                                                    \
+    friend struct fxHeld;
 
 /// No value: deliverTo calls function(target).
 class FX_EXPORT fxVoidData : public fxData {

@@ -1,4 +1,4 @@
-// fxDataInternal.h - the codes of the types of values, and making their holders.
+// fxDataInternal.h - the codes of the types of values, and calling receivers.
 #pragma once
 
 #include "kelvofxds/values/fxData.h"
@@ -9,13 +9,28 @@
 static unsigned short* const fxValueTypeCodes[] = {FX_VALUE_TYPES(FX_CODE, FX_CODE, FX_CODE)};
 #undef FX_CODE
 
-// Each is new Holder(value), as one call within the library: sending is the
-// hot path of many hosts. Where there is no memory, the process ends.
+/// The number of the code of a holder's type.
+template <class Holder>
+constexpr int fxNumberOf = -1;
 
-#define FX_NOTHING(number, code, Holder, Type, name) fxData* fxNew##Holder##Data();
-#define FX_VALUE(number, code, Holder, Type, name) fxData* fxNew##Holder##Data(Type value);
+#define FX_VALUE(number, code, Holder, Type, name) \
+    template <>                                    \
+    constexpr int fxNumberOf<fx##Holder##Data> = number;
 #define FX_POINTER(number, code, Holder, Type, name)
-FX_VALUE_TYPES(FX_NOTHING, FX_VALUE, FX_POINTER)
-#undef FX_NOTHING
+FX_VALUE_TYPES(FX_VALUE, FX_VALUE, FX_POINTER)
 #undef FX_VALUE
 #undef FX_POINTER
+
+/// The value in a holder.
+struct fxHeld {
+    template <class Holder>
+    static auto& in(Holder* holder) {
+        return holder->value;
+    }
+};
+
+/// Calls a receiver, whose prototype is void (*)(void*, Type).
+template <class... Type>
+void fxReceive(void (*function)(), void* target, Type... value) {
+    reinterpret_cast<void (*)(void*, Type...)>(function)(target, value...);
+}

@@ -7,9 +7,9 @@
 ///
 /// From it are made the code `fxDT_code` with its number, its draw at start-up,
 /// and of a VALUE the members of the class fx`Holder`Data, which holds a `Type`
-/// under the data name `name`, and fxNew`Holder`Data, which makes one. What
-/// the public headers declare is written in fxData.h; a `Type` that is not
-/// simply copied into place has overloads in fxData.cpp.
+/// under the data name `name`. What the public headers declare is written in
+/// fxData.h; a `Type` that is not simply copied into place has overloads in
+/// fxData.cpp.
 ///
 /// NOTHING has a holder without a value, and of a POINTER only properties are
 /// made.

@@ -141,6 +141,41 @@ TEST_F(sending, textIsCopied) {
     EXPECT_EQ(4, received.calls);
 }
 
+TEST_F(sending, receiversOfATextShareOneCopy) {
+    std::string seen;
+    const auto take = [](std::string* all, char* text) {
+        all->append(text);
+        ++text[0];
+    };
+    fxObj object;
+    fxOutputChannel out(fxDT_CharPtr);
+    for (const char* name : {"first", "second", "third"})
+        out.add(object.addInput(name, fxDT_CharPtr, &seen, receiver(+take), 0));
+    for (const fxObj::fxSendFlags flags : allFlags) {
+        SCOPED_TRACE(flags);
+        object.sendCharPtr(&out, "a1", flags);
+        fx_theEventHandler->distributeEvents();
+        EXPECT_EQ("a1b1c1", std::exchange(seen, std::string()));
+    }
+}
+
+TEST_F(sending, messageTakenFromTheQueueMayBeDeletedWithItsValue) {
+    Received received;
+    fxObj object;
+    fxOutputChannel out(fxDT_CharPtr);
+    out.add(object.addInput("in", fxDT_CharPtr, &received, receiver(Received::ofText), 0));
+    for (const bool delivers : {false, true}) {
+        object.sendCharPtr(&out, "text", fxObj::fxSendQueued);
+        fxEvent* message = fx_theEventHandler->getQueue().get();
+        if (delivers)
+            message->deliver();
+        delete message;
+    }
+    EXPECT_EQ(1, received.calls);
+    EXPECT_EQ("text", received.text);
+    EXPECT_EQ(0U, queued());
+}
+
 TEST_F(sending, deliberateVoidInputIsCalledWithoutRegardToTheValue) {
     FlowNode any(log, "any", fxDT_void);
     sender.connect("out", &any, "in");
