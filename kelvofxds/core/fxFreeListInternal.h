@@ -17,12 +17,24 @@
 #endif
 
 /// How many objects or blocks of a kind are kept for later: as many as a busy
-/// pass of the loop may queue.
+/// pass of the loop may queue, or more once that has happened.
+struct fxMostKept {
 #ifdef FX_ADDRESSES_ARE_WATCHED
-constexpr unsigned int fxMostKept = 0;
+    static constexpr bool isAny = false;
+    static unsigned int get() { return 0; }
+    static void follow(unsigned int) {}
 #else
-constexpr unsigned int fxMostKept = 4096;
+    static constexpr bool isAny = true;
+    static unsigned int get() { return most; }
+    static void follow(unsigned int inUse) {
+        if (inUse > most)
+            most = inUse;
+    }
+
+private:
+    inline static unsigned int most = 4096;
 #endif
+};
 
 /// A bounded list of freed blocks of one size, for class-level operator new
 /// and delete of objects that live for the length of a message.
@@ -51,7 +63,7 @@ public:
     }
 
     void release(void* block, std::size_t size) noexcept {
-        if (!block || size != blockSize || length == fxMostKept) {
+        if (!block || size != blockSize || length >= fxMostKept::get()) {
             ::operator delete(block);
             return;
         }

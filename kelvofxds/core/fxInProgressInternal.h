@@ -19,7 +19,8 @@ public:
     /// begins and ends none.
     template <class Function>
     static void forEach(Function tell) {
-        for (fxInProgress* walk = innermost; walk; walk = walk->outer)
+        for (fxInProgress* walk = innermost; __builtin_expect(walk != nullptr, false);
+             walk = walk->outer)
             tell(static_cast<Walk&>(*walk));
     }
 

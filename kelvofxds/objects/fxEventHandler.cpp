@@ -93,9 +93,9 @@ void fxEventHandler::distributeEvents() {
         if (!e)
             break;
         fxEventQueue::Index::beforeDelivery(queue);
-        queue.unlink(e);
+        queue.unlinkFirst(e);
         const Delivered ended(e);
-        if (fxMessageEvent::Pool::isPooled(e))
+        if (__builtin_expect(fxMessageEvent::Pool::isPooled(e), true))
             fxMessageEvent::Pool::deliver(e);
         else
             e->deliver();

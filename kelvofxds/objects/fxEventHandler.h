@@ -10,7 +10,8 @@ class fxOutputChannel;
 
 /// Takes events and messages and delivers them when the dispatch loop asks for
 /// it. There is one, fx_theEventHandler. Receivers may post and remove events,
-/// and delete objects, while events are distributed.
+/// and delete objects, while events are distributed. The memory of messages is
+/// kept for the next ones, as much as the longest queue has taken.
 class FX_EXPORT fxEventHandler {
 public:
     fxEventHandler();

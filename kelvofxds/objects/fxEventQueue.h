@@ -43,6 +43,7 @@ private:
     void linkLast(fxEvent* e);
     void linkFirst(fxEvent* e);
     void unlink(fxEvent* e);
+    void unlinkFirst(fxEvent* e);
 
     fxEvent* head;  // next to be delivered
     fxEvent* tail;

@@ -78,3 +78,17 @@ inline void fxEventQueue::unlink(fxEvent* e) {
     e->prev = nullptr;
     --count;
 }
+
+// The same of the head.
+inline void fxEventQueue::unlinkFirst(fxEvent* e) {
+    Walk::unlinking(e, e->next);
+    if (Index* index = Index::of(this))
+        index->unlinking(e);
+    head = e->next;
+    if (head)
+        head->prev = nullptr;
+    else
+        tail = nullptr;
+    e->next = nullptr;
+    --count;
+}

@@ -30,13 +30,14 @@ fxInputChannel* fxMessageEvent::getChannel() { return channel; }
 // The library's own.
 
 fxMessageEvent::Pool::Message* fxMessageEvent::Pool::first = nullptr;
-unsigned int fxMessageEvent::Pool::length = 0;
+unsigned int fxMessageEvent::Pool::living = 0;
 const void* fxMessageEvent::Pool::ownTable = nullptr;
 
 fxMessageEvent::Pool::Message::Message(fxInputChannel* in) : fxMessageEvent(in), ownType(noType) {}
 
 // One that has had properties may have inputs.
 fxMessageEvent::Pool::Message::~Message() {
+    --living;
     releaseChannel(channel);
     if (!carriesItsOwn())
         releaseData(data);
@@ -54,5 +55,6 @@ void fxMessageEvent::Pool::Message::dropOwn() {
 fxMessageEvent::Pool::Message* fxMessageEvent::Pool::make(fxInputChannel* channel) {
     auto* e = fxNew<Message>(channel);
     ownTable = tableOf(e);
+    fxMostKept::follow(++living);
     return e;
 }

@@ -14,7 +14,8 @@
 
 /// Keeps delivered message events, still constructed, for the next messages:
 /// what makes and ends an event along its five base classes costs more than
-/// all that a message does. Single-threaded.
+/// all that a message does. As many are kept as have been in use at once.
+/// Single-threaded.
 class __attribute__((visibility("hidden"))) fxMessageEvent::Pool {
 public:
     /// A message event that the library has made itself. Hosts make message
@@ -80,7 +81,8 @@ public:
 
     /// Ends an event that is not queued any more, as deleting it would.
     static void put(fxEvent* event) {
-        if (length < fxMostKept && isPooled(event) && !event->properties)
+        const bool isKept = fxMostKept::isAny && isPooled(event) && !event->properties;
+        if (__builtin_expect(isKept, true))
             keep(static_cast<Message*>(event));
         else
             delete event;
@@ -113,7 +115,6 @@ private:
         if (__builtin_expect(!e, false))
             return make(channel);
         first = static_cast<Message*>(e->next);
-        --length;
         e->next = nullptr;
         e->sequence = ++fxEvent::nextSequenceNumber;
         e->channel = channel;
@@ -123,18 +124,17 @@ private:
 
     static void keep(Message* e) {
         releaseChannel(e->channel);
-        if (!e->carriesItsOwn())
+        if (__builtin_expect(!e->carriesItsOwn(), false))
             releaseData(e->data);
         else if (e->ownType == fxNumberOf<fxCharPtrData>)
             std::free(std::exchange(fxHeld::in(e->own<fxCharPtrData>()), nullptr));
         e->count = 0;
         e->next = first;
         first = e;
-        ++length;
     }
 
     static void releaseChannel(fxInputChannel* channel) {
-        if (channel->count > 1)
+        if (__builtin_expect(channel->count > 1, true))
             --channel->count;
         else
             channel->dec();
@@ -147,8 +147,8 @@ private:
 
     static Message* make(fxInputChannel* channel);
 
-    static Message* first;  // linked by `next`
-    static unsigned int length;
+    static Message* first;        // linked by `next`
+    static unsigned int living;   // messages, those kept among them
     static const void* ownTable;  // null until the first one is made
 };
 

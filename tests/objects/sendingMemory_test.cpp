@@ -139,17 +139,35 @@ TEST_F(sendingMemory, aMillionSendsDoNotGrowTheHeap) {
     }
 }
 
-TEST_F(sendingMemory, memoryKeptForLaterIsBounded) {
-    const unsigned int messages = 100000;
-    const unsigned int heap = heapInUse();
-    if (heap == 0)
-        GTEST_SKIP() << "no figures from this heap";
-    for (unsigned int i = 0; i < messages; ++i)
-        object.sendLong(&outs[3], 1, fxObj::fxSendQueued);
-    const unsigned int peak = heapInUse() - heap;
-    EXPECT_LE(messages * sizeof(fxMessageEvent), peak);
+TEST_F(sendingMemory, memoryKeptIsThatOfTheLongestQueue) {
+    const int messages = 20000;
+    int received = 0;
+    fxOutputChannel longs(fxDT_long), texts(fxDT_CharPtr);
+    longs.add(object.addInput("long", fxDT_long, &received, receiver(countValue<long>), 0));
+    for (const char* name : {"first", "second"})
+        texts.add(object.addInput(name, fxDT_CharPtr, &received, receiver(countValue<char*>), 0));
+    const auto pass = [&](int queued) {
+        for (int i = 0; i < queued; ++i)
+            object.sendLong(&longs, i, fxObj::fxSendQueued);
+        fx_theEventHandler->distributeEvents();
+    };
+    pass(messages);
+    const HeapCalls before = heapCalls();
+    for (const int queued : {messages, 1, messages / 2, messages})
+        pass(queued);
+    const HeapCalls after = heapCalls();
+    EXPECT_EQ(before.allocations, after.allocations);
+    EXPECT_EQ(before.releases, after.releases);
+    // The messages of texts, and the holders that two receivers share.
+    for (int i = 0; i < messages / 2; ++i)
+        object.sendCharPtr(&texts, "text", fxObj::fxSendQueued);
     fx_theEventHandler->distributeEvents();
-    EXPECT_GT(peak / 4, heapInUse() - heap);
+    const HeapCalls later = heapCalls();
+    for (int i = 0; i < messages / 2; ++i)
+        object.sendCharPtr(&texts, "text", fxObj::fxSendQueued);
+    fx_theEventHandler->distributeEvents();
+    EXPECT_EQ(later.allocations + messages / 2, heapCalls().allocations);
+    EXPECT_EQ(7 * messages / 2 + 1 + 2 * messages, received);
 }
 
 #ifndef __SANITIZE_ADDRESS__
