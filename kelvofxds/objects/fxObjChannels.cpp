@@ -145,7 +145,7 @@ namespace {
 const char noToolkit[] = "fxObj: call fxInitializeToolkit first";
 
 // Whether there is somebody to send to; fatal before the toolkit is initialised.
-inline bool hasReceivers(const fxOutputChannel* out) {
+bool hasReceivers(const fxOutputChannel* out) {
     if (fxOutputChannel::Walk::countOf(out) == 0)
         return false;
     if (!fx_theEventHandler)
@@ -153,34 +153,43 @@ inline bool hasReceivers(const fxOutputChannel* out) {
     return true;
 }
 
-// Queues a message with a Holder of its own for each connection.
+// Queues a message of the value for one connection.
 template <class Holder, bool isUrgent, class... Value>
-void post(fxOutputChannel* out, Value... value) {
-    fxEventHandler& handler = *fx_theEventHandler;
-    fxEventHandler::Sending::forEach(
-        handler, out, nullptr, [&handler, value...](fxInputChannel* connection) {
-            fxMessageEvent* e = fxMessageEvent::Pool::takeWith<Holder>(connection, value...);
-            fxEventHandler::Sending::post<isUrgent>(handler, e, connection);
+void queueOne(fxInputChannel* connection, Value... value) {
+    fxMessageEvent* message = fxMessageEvent::Pool::takeWith<Holder>(connection, value...);
+    fxEventHandler::Sending::post<isUrgent>(*fx_theEventHandler, message, connection);
+}
+
+template <class Holder, class... Value>
+[[gnu::noinline]] void sendToAll(fxOutputChannel* out, fxObj::fxSendFlags flags, Value... value) {
+    const auto toEach = [out](auto each) {
+        fxEventHandler::Sending::forEach(*fx_theEventHandler, out, nullptr, each);
+    };
+    if (!hasReceivers(out))
+        return;
+    if (flags == fxObj::fxSendNow)
+        toEach([=](fxInputChannel* connection) {
+            fxReceive<Value...>(connection->function, connection->target, value...);
         });
+    else if (flags == fxObj::fxSendQueued)
+        toEach([=](fxInputChannel* c) { queueOne<Holder, false>(c, value...); });
+    else if (flags == fxObj::fxSendUrgent)
+        toEach([=](fxInputChannel* c) { queueOne<Holder, true>(c, value...); });
+    else
+        fx_theEventHandler->postMessage(out, fxNew<Holder>(value...), flags);
 }
 
 // Sends what a new Holder of the value would hold. Nobody could see that one,
 // so receivers are called without one and each message has its own.
 template <class Holder, class... Value>
 void send(fxOutputChannel* out, fxObj::fxSendFlags flags, Value... value) {
-    if (!hasReceivers(out))
-        return;
-    if (flags == fxObj::fxSendQueued)
-        post<Holder, false>(out, value...);
-    else if (flags == fxObj::fxSendNow)
-        fxEventHandler::Sending::forEach(
-            *fx_theEventHandler, out, nullptr, [value...](fxInputChannel* connection) {
-                fxReceive<Value...>(connection->function, connection->target, value...);
-            });
-    else if (flags == fxObj::fxSendUrgent)
-        post<Holder, true>(out, value...);
+    fxInputChannel* only = fx_theEventHandler ? fxOutputChannel::Walk::onlyOneOf(out) : nullptr;
+    if (only && flags == fxObj::fxSendQueued)
+        queueOne<Holder, false>(only, value...);
+    else if (only && flags == fxObj::fxSendNow)
+        fxReceive<Value...>(only->function, only->target, value...);
     else
-        fx_theEventHandler->postMessage(out, fxNew<Holder>(value...), flags);
+        sendToAll<Holder>(out, flags, value...);
 }
 }  // namespace
 

@@ -17,10 +17,20 @@ public:
                         Each each) {
         // Once the value is on its way to the only connection, nothing more is
         // asked of the output.
-        if (fxInputChannel* connection = fxOutputChannel::Walk::onlyOneOf(out))
+        if (fxInputChannel* connection = fxOutputChannel::Walk::onlyOneOf(out)) {
             each(connection);
-        else
-            walk(handler, out, data, each);
+            return;
+        }
+        fxOutputChannel::Walk walk(out);
+        while (fxInputChannel* connection = walk.next()) {
+            if (connection->isLatestOnly()) {
+                while (walk.currentIsConnected() && connection->pending)
+                    dropPending(handler, connection, data);
+                if (!walk.currentIsConnected())
+                    continue;
+            }
+            each(connection);
+        }
     }
 
     /// Queues `message`.
@@ -35,20 +45,5 @@ public:
     }
 
 private:
-    template <class Each>
-    [[gnu::noinline]] static void walk(fxEventHandler& handler, const fxOutputChannel* out,
-                                       fxData* data, const Each& each) {
-        fxOutputChannel::Walk connections(out);
-        while (fxInputChannel* connection = connections.next()) {
-            if (connection->isLatestOnly()) {
-                while (connections.currentIsConnected() && connection->pending)
-                    dropPending(handler, connection, data);
-                if (!connections.currentIsConnected())
-                    continue;
-            }
-            each(connection);
-        }
-    }
-
     static void dropPending(fxEventHandler& handler, fxInputChannel* connection, fxData* data);
 };
