@@ -108,6 +108,68 @@ private:
 };
 }  // namespace
 
+// What links the timers of the active list: the `next` of the one before, or
+// activeTimers. It is kept apart since hosts know the fields of a timer, between
+// which there is room for the number of a place in a table. Each living timer
+// has one, but for those that find the table full, which are looked for.
+// Timers may live as long as the process, so the table is never freed.
+struct __attribute__((visibility("hidden"))) fxTimer::Places {
+    // A place for a new timer, or 0.
+    static unsigned short take() {
+        const unsigned int most = 0xFFFF;
+        if (const unsigned short place = firstFree) {
+            firstFree = table[place].nextFree;
+            return place;
+        }
+        if (used >= size && size <= most)
+            grow();
+        return static_cast<unsigned short>(used <= most ? used++ : 0);
+    }
+
+    static void release(unsigned short place) {
+        if (place != 0)
+            table[place].nextFree = std::exchange(firstFree, place);
+    }
+
+    static void setLink(const fxTimer* timer, fxTimer** link) { table[timer->place].link = link; }
+
+    // Of an active timer that waits to get into the list.
+    static void setNoLink(const fxTimer* timer) { setLink(timer, &none); }
+
+    // What links `timer`, which is active; points to null if nothing does.
+    static fxTimer** linkOf(const fxTimer* timer) {
+        return __builtin_expect(timer->place != 0, true) ? table[timer->place].link
+                                                         : lookFor(timer);
+    }
+
+private:
+    union Place {
+        fxTimer** link;
+        unsigned short nextFree;  // 0: none
+    };
+
+    static void grow() {
+        const unsigned int fewest = 16;
+        size = size != 0 ? 2 * size : fewest;
+        table = static_cast<Place*>(std::realloc(table, size * sizeof(Place)));
+        if (!table)
+            fxOutOfMemory();
+    }
+
+    [[gnu::noinline]] static fxTimer** lookFor(const fxTimer* timer) {
+        fxTimer** link = &activeTimers;
+        while (*link && *link != timer)
+            link = &(*link)->next;
+        return link;
+    }
+
+    inline static fxTimer* none = nullptr;
+    inline static Place* table = nullptr;
+    inline static unsigned int size = 0;
+    inline static unsigned int used = 1;  // that of 0 is nobody's
+    inline static unsigned short firstFree = 0;
+};
+
 // An alarm in progress. Ticks may delete and start timers, so it is told.
 struct __attribute__((visibility("hidden"))) fxTimer::Alarm : public fxInProgress<fxTimer::Alarm> {
     // Timers out of the active list, linked by `next`.
@@ -196,6 +258,7 @@ struct __attribute__((visibility("hidden"))) fxTimer::Alarm : public fxInProgres
             return false;
         timer->delta = 0;
         timer->active = 1;
+        Places::setNoLink(timer);
         waiting.append(timer);
         return true;
     }
@@ -261,7 +324,13 @@ void fxTickOutput::isGoing(const fxOutputChannel* out) {
 }
 
 fxTimer::fxTimer(unsigned char repeating)
-    : interval(0), delta(0), active(0), repeat(repeating), tickOut(nullptr), next(nullptr) {
+    : interval(0),
+      delta(0),
+      active(0),
+      repeat(repeating),
+      place(Places::take()),
+      tickOut(nullptr),
+      next(nullptr) {
     tickOut = addOutput(tickName, fxDT_void);
     KnownTimers::add({fxTickOutput::keyOf(*this), this, 0});
 }
@@ -275,6 +344,7 @@ fxTimer::~fxTimer() {
     });
     Alarm::noteThoseOfLately();
     KnownTimers::remove(KnownTimers::of(*this, fxTickOutput::keyOf(*this)));
+    Places::release(place);
 }
 
 void fxTimer::tick() {
@@ -287,12 +357,60 @@ void fxTimer::tick() {
     sendVoid(tickOut, fxSendQueued);
 }
 
+// The active list. Its deltas are numbers, or endless.
+
+namespace {
+// What is no number counts as 0.
+float number(float seconds) { return std::isnan(seconds) ? 0 : seconds; }
+}  // namespace
+
+inline void fxTimer::addToActiveList() {
+    fxTimer** link = &activeTimers;
+    fxTimer* behind = *link;
+    float d = interval;
+    for (;;) {
+        while (behind && d >= behind->delta) {
+            d -= behind->delta;
+            link = &behind->next;
+            behind = *link;
+        }
+        // Of two endless ones the second is due with the first.
+        if (__builtin_expect(d >= std::numeric_limits<float>::lowest(), true))
+            break;
+        d = 0;
+    }
+    delta = d;
+    next = behind;
+    if (behind) {
+        behind->delta -= d;
+        Places::setLink(behind, &next);
+    }
+    *link = this;
+    Places::setLink(this, link);
+    active = 1;
+}
+
+inline void fxTimer::removeFromActiveList() {
+    fxTimer** link = Places::linkOf(this);
+    active = 0;
+    if (__builtin_expect(*link != this, false)) {
+        Alarm::waiting.remove(this);
+        return;
+    }
+    if (next) {
+        next->delta += delta;
+        Places::setLink(next, link);
+    }
+    *link = next;
+    next = nullptr;
+}
+
 // Starting and stopping.
 
 void fxTimer::startTimer() {
-    if (active)
-        removeFromActiveList();
-    if (Alarm::depth == 0 || !Alarm::letWait(this))
+    if (__builtin_expect(active, false))
+        stopTimer();
+    if (__builtin_expect(Alarm::depth == 0, true) || !Alarm::letWait(this))
         addToActiveList();
 }
 
@@ -306,46 +424,6 @@ void fxTimer::startThoseWaiting() {
         timer->addToActiveList();
 }
 
-// The active list. Its deltas are numbers, or endless.
-
-namespace {
-// What is no number counts as 0.
-float number(float seconds) { return std::isnan(seconds) ? 0 : seconds; }
-}  // namespace
-
-void fxTimer::addToActiveList() {
-    float d = interval >= std::numeric_limits<float>::lowest() ? interval : 0;
-    fxTimer** link = &activeTimers;
-    while (*link && d >= (*link)->delta) {
-        d -= (*link)->delta;
-        link = &(*link)->next;
-        // Of two endless ones the second is due with the first.
-        if (__builtin_expect(std::isnan(d), false))
-            d = 0;
-    }
-    delta = d;
-    next = *link;
-    if (next)
-        next->delta -= d;
-    *link = this;
-    active = 1;
-}
-
-void fxTimer::removeFromActiveList() {
-    fxTimer** link = &activeTimers;
-    while (*link && *link != this)
-        link = &(*link)->next;
-    active = 0;
-    if (!*link) {
-        Alarm::waiting.remove(this);
-        return;
-    }
-    if (next)
-        next->delta += delta;
-    *link = next;
-    next = nullptr;
-}
-
 void fxTimer::alarm(float elapsed) {
     startThoseWaiting();
     elapsed = number(elapsed);
@@ -357,6 +435,8 @@ void fxTimer::alarm(float elapsed) {
             break;
         }
         activeTimers = timer->next;
+        if (activeTimers)
+            Places::setLink(activeTimers, &activeTimers);
         timer->next = nullptr;
         timer->active = 0;
         alarm.isToTick(timer);

@@ -9,8 +9,8 @@ class fxOutputChannel;
 ///
 /// The dispatch loop serves the active timers, as long as there is a select
 /// handler. They form a list in which each delta counts from the expiry of the
-/// timer before, so starting one is linear in the number of active timers. A
-/// timer may be deleted at any time, also by a tick. Its output may be removed
+/// timer before, so starting one is linear in the number of those that are due
+/// before it. A timer may be deleted at any time, also by a tick. Its output may be removed
 /// or replaced: it sends on the output without value that is called "tick" at
 /// the time, or on none.
 class FX_EXPORT fxTimer : public fxObj {
@@ -53,6 +53,7 @@ private:
     friend class fxTickOutput;
     friend struct fxTimerLayout;  // tests/objects/fxTimer_test.cpp
     struct Alarm;
+    struct Places;
 
     static void startThoseWaiting();
     void addToActiveList();
@@ -62,6 +63,7 @@ private:
     float delta;               // seconds from the expiry of the timer before
     unsigned char active;      // 1 while in the active list, or waiting to be
     unsigned char repeat;      // as constructed
+    unsigned short place;      // where it is noted what links it; 0: nowhere
     fxOutputChannel* tickOut;  // the output "tick"; null once that has gone
     fxTimer* next;             // in the active list
 };

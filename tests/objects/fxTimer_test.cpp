@@ -22,7 +22,7 @@ struct fxTimerLayout {
     static_assert(offsetof(fxTimer, delta) == 16, "after interval");
     static_assert(offsetof(fxTimer, active) == 20, "after delta");
     static_assert(offsetof(fxTimer, repeat) == 21, "after active");
-    static_assert(offsetof(fxTimer, tickOut) == 24, "after repeat");
+    static_assert(offsetof(fxTimer, tickOut) == 24, "after repeat and what fills its word");
     static_assert(offsetof(fxTimer, next) == 28, "after tickOut");
     static_assert(sizeof(fxTimer) == 32, "next is the last");
     static_assert(std::is_same<decltype(fxTimer::interval), float>::value, "seconds");
