@@ -1,5 +1,7 @@
 // fxObjChannels.cpp - an object's inputs and outputs, and sending on them.
 
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
@@ -224,14 +226,40 @@ void fxObj::sendDouble(fxOutputChannel* out, double value, fxSendFlags flags) {
     send<fxDoubleData>(out, flags, value);
 }
 
+namespace {
+const std::size_t shortText = 64;  // bytes, with the NUL
+
+// For a short text memcpy takes longer to begin than to copy.
+void copyText(char* to, const char* from, std::size_t size) {
+    using Word = std::uint32_t;
+    if (size > shortText) {
+        std::memcpy(to, from, size);
+    } else if (size >= sizeof(Word)) {
+        for (std::size_t i = 0; i < size - sizeof(Word); i += sizeof(Word))
+            std::memcpy(to + i, from + i, sizeof(Word));
+        std::memcpy(to + size - sizeof(Word), from + size - sizeof(Word), sizeof(Word));
+    } else {
+        for (std::size_t i = 0; i < size; ++i)
+            to[i] = from[i];
+    }
+}
+}  // namespace
+
 // The receivers of a text share one copy, which they may write to. It goes with
 // its message, if there is but one.
 void fxObj::sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flags) {
     if (!hasReceivers(out))
         return;
-    char* copy = ::strdup(text ? text : "");
-    if (!copy)
-        fxOutOfMemory();
+    const char* source = text ? text : "";
+    const std::size_t size = std::strlen(source) + 1;
+    if (flags == fxSendNow && size <= shortText) {
+        char copy[shortText];
+        copyText(copy, source, size);
+        send<fxCharPtrData, char*>(out, flags, copy);
+        return;
+    }
+    char* copy = static_cast<char*>(fxAllocate(size));
+    copyText(copy, source, size);
     const bool isQueued = flags == fxSendQueued || flags == fxSendUrgent;
     if (isQueued && fxOutputChannel::Walk::onlyOneOf(out))
         send<fxCharPtrData>(out, flags, copy);

@@ -107,22 +107,28 @@ TEST_F(sendingMemory, sendsInSteadyStateCallNeitherMallocNorFree) { expectSteady
 
 TEST_F(sendingMemory, messagesThatAreReplacedCallNeitherMallocNorFree) { expectSteadyState(3); }
 
+// A short one that is delivered at once takes no memory.
 TEST_F(sendingMemory, textIsCopiedOnceAndFreedOnce) {
     fxOutputChannel texts(fxDT_CharPtr);
     for (const char* name : {"first", "second"})
         texts.add(object.addInput(name, fxDT_CharPtr, &calls, receiver(countValue<char*>), 0));
     for (const fxObj::fxSendFlags flags : allFlags) {
         SCOPED_TRACE(flags);
-        object.sendCharPtr(&texts, "text", flags);
-        fx_theEventHandler->distributeEvents();
-        const HeapCalls before = heapCalls();
-        for (int i = 0; i < 1000; ++i) {
-            object.sendCharPtr(&texts, "text", flags);
+        for (const unsigned int length : {4U, 1000U}) {
+            SCOPED_TRACE(length);
+            const std::string text(length, 'x');
+            object.sendCharPtr(&texts, text.c_str(), flags);
             fx_theEventHandler->distributeEvents();
+            const unsigned int copies = flags == fxObj::fxSendNow && length == 4 ? 0 : 1000;
+            const HeapCalls before = heapCalls();
+            for (int i = 0; i < 1000; ++i) {
+                object.sendCharPtr(&texts, text.c_str(), flags);
+                fx_theEventHandler->distributeEvents();
+            }
+            const HeapCalls after = heapCalls();
+            EXPECT_EQ(before.allocations + copies, after.allocations);
+            EXPECT_EQ(before.releases + copies, after.releases);
         }
-        const HeapCalls after = heapCalls();
-        EXPECT_EQ(before.allocations + 1000, after.allocations);
-        EXPECT_EQ(before.releases + 1000, after.releases);
     }
 }
 

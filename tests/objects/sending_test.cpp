@@ -141,6 +141,23 @@ TEST_F(sending, textIsCopied) {
     EXPECT_EQ(4, received.calls);
 }
 
+TEST_F(sending, textOfAnyLengthArrivesWhole) {
+    Received received;
+    fxObj object;
+    fxOutputChannel out(fxDT_CharPtr);
+    out.add(object.addInput("in", fxDT_CharPtr, &received, receiver(Received::ofText), 0));
+    std::string text;
+    for (unsigned int length = 0; length < 200; ++length) {
+        SCOPED_TRACE(length);
+        for (const fxObj::fxSendFlags flags : allFlags) {
+            object.sendCharPtr(&out, text.c_str(), flags);
+            fx_theEventHandler->distributeEvents();
+            EXPECT_EQ(text, std::exchange(received.text, std::string("none")));
+        }
+        text += static_cast<char>('!' + length % 90);
+    }
+}
+
 TEST_F(sending, receiversOfATextShareOneCopy) {
     std::string seen;
     const auto take = [](std::string* all, char* text) {
