@@ -7,6 +7,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <sigc++/sigc++.h>
@@ -37,6 +38,15 @@ class Sender : public fxObj {
 public:
     Sender() : out(addOutput("out", fxDT_int)) {}
     void send(int v, fxSendFlags flags) { sendInt(out, v, flags); }
+
+private:
+    fxOutputChannel* out;
+};
+
+class TextSender : public fxObj {
+public:
+    TextSender() : out(addOutput("out", fxDT_CharPtr)) {}
+    void send(const char* text, fxSendFlags flags) { sendCharPtr(out, text, flags); }
 
 private:
     fxOutputChannel* out;
@@ -125,9 +135,12 @@ struct Receivers {
 
 // One source with one receiver, for `n` messages at a time.
 struct Messages : Receivers {
-    explicit Messages(unsigned int n) : Receivers(1), count(static_cast<int>(n)) {}
+    explicit Messages(unsigned int n) : Receivers(1), count(static_cast<int>(n)) {
+        lines.connect("out", ours[0].get(), "text");
+    }
 
     int count;
+    TextSender lines;
     std::shared_ptr<PeerReceiver> shared = std::make_shared<PeerReceiver>(sum, 1);
     std::deque<std::function<void()>> queue;
 };
@@ -160,6 +173,24 @@ unsigned int queueFunctions(Messages& in) {
 unsigned int queueHoldingFunctions(Messages& in) {
     for (int i = 0; i < in.count; ++i)
         in.queue.emplace_back([peer = in.shared, i] { peer->takeNumber(i + 1); });
+    return callFunctions(in);
+}
+
+// A text that is no longer the sender's when it arrives.
+const char statusLine[] = "position 0123456789";
+
+unsigned int sendAndDistributeTexts(Messages& in) {
+    for (int i = 0; i < in.count; ++i)
+        in.lines.send(statusLine + i % 8, fxObj::fxSendQueued);
+    fx_theEventHandler->distributeEvents();
+    return in.taken();
+}
+
+unsigned int queueFunctionsOfTexts(Messages& in) {
+    PeerReceiver* peer = in.peers[0].get();
+    for (int i = 0; i < in.count; ++i)
+        in.queue.emplace_back(
+            [peer, text = std::string(statusLine + i % 8)] { peer->takeText(text.c_str()); });
     return callFunctions(in);
 }
 
@@ -250,6 +281,9 @@ void queuedCases() {
     beside<Messages>("fxEventHandler/queue and distribute n messages", Rate::items, messageCounts,
                      sendAndDistribute, Side{"std::deque of std::function", queueFunctions},
                      Side{"std::deque of functions that hold receivers", queueHoldingFunctions});
+    beside<Messages>("fxEventHandler/queue and distribute n texts", Rate::items, messageCounts,
+                     sendAndDistributeTexts,
+                     Side{"std::deque of std::function", queueFunctionsOfTexts});
     benchmark::RegisterBenchmark("fxEventHandler/memory grown by queued messages/kelvofxds",
                                  residentGrowth)
         ->Arg(manyMessages)
