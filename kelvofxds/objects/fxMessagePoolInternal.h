@@ -115,7 +115,6 @@ private:
         if (__builtin_expect(!e, false))
             return make(channel);
         first = static_cast<Message*>(e->next);
-        e->next = nullptr;
         e->sequence = ++fxEvent::nextSequenceNumber;
         e->channel = channel;
         ++channel->count;

@@ -157,7 +157,7 @@ bool hasReceivers(const fxOutputChannel* out) {
 
 // Queues a message of the value for one connection.
 template <class Holder, bool isUrgent, class... Value>
-void queueOne(fxInputChannel* connection, Value... value) {
+[[gnu::always_inline]] inline void queueOne(fxInputChannel* connection, Value... value) {
     fxMessageEvent* message = fxMessageEvent::Pool::takeWith<Holder>(connection, value...);
     fxEventHandler::Sending::post<isUrgent>(*fx_theEventHandler, message, connection);
 }
