@@ -6,7 +6,7 @@
 struct fxIndexing;
 struct fxChains;
 struct fxChainedIters;
-struct fxChainedXDR;
+struct fxChainedTranscription;
 
 /// What a dictionary or set keeps beside its buckets: the number of its private
 /// index, and what is known of its keys. It is the container's own, so it stays

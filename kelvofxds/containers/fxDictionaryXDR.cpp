@@ -1,6 +1,6 @@
 // fxDictionaryXDR.cpp - dictionaries as transcribable objects.
 
-#include "kelvofxds/containers/fxChainedXDRInternal.h"
+#include "kelvofxds/containers/fxChainedTranscriptionInternal.h"
 
 fxTypeObj fxDictionary_type("fxDictionary", 1, nullptr, nullptr, fxDictionary::xdr);
 
@@ -20,10 +20,10 @@ unsigned char fxDictionary::xdr(void* object, fxTranscriber& t) {
 unsigned char fxDictionary::doxdr(fxTranscriber& t) {
     if (fxChains::knowsItsSizes(*this))
         return doxdrOfSizes(t, sizeof(fxStr), sizeof(fxStr));
-    return fxChainedXDR::doxdr(*this, t, fxClaimedSizes());
+    return fxChainedTranscription::doxdr(*this, t, fxClaimedSizes());
 }
 
 unsigned char fxDictionary::doxdrOfSizes(fxTranscriber& t, unsigned int keyBytes,
                                          unsigned int valueBytes) {
-    return fxChainedXDR::doxdr(*this, t, fxClaimedSizes(keyBytes, valueBytes));
+    return fxChainedTranscription::doxdr(*this, t, fxClaimedSizes(keyBytes, valueBytes));
 }

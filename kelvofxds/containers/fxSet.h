@@ -155,7 +155,7 @@ protected:
     friend struct fxIndexing;
     friend struct fxChains;
     friend struct fxChainedIters;
-    friend struct fxChainedXDR;
+    friend struct fxChainedTranscription;
     friend struct fxSetLayout;  // tests/containers/fxSet_test.cpp
 
     /// For the constructors of a class: promises that keys that compare equal

@@ -1,6 +1,6 @@
 // fxSetXDR.cpp - sets as transcribable objects.
 
-#include "kelvofxds/containers/fxChainedXDRInternal.h"
+#include "kelvofxds/containers/fxChainedTranscriptionInternal.h"
 
 fxTypeObj fxSet_type("fxSet", 1, nullptr, nullptr, fxSet::xdr);
 
@@ -19,9 +19,9 @@ unsigned char fxSet::xdr(void* object, fxTranscriber& t) {
 unsigned char fxSet::doxdr(fxTranscriber& t) {
     if (fxChains::knowsItsSizes(*this))
         return doxdrOfSize(t, sizeof(fxStr));
-    return fxChainedXDR::doxdr(*this, t, fxClaimedSizes());
+    return fxChainedTranscription::doxdr(*this, t, fxClaimedSizes());
 }
 
 unsigned char fxSet::doxdrOfSize(fxTranscriber& t, unsigned int keyBytes) {
-    return fxChainedXDR::doxdr(*this, t, fxClaimedSizes(keyBytes, 0));
+    return fxChainedTranscription::doxdr(*this, t, fxClaimedSizes(keyBytes, 0));
 }

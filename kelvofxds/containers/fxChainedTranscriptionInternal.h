@@ -1,4 +1,4 @@
-// fxChainedXDRInternal.h - dictionaries and sets as transcribable objects.
+// fxChainedTranscriptionInternal.h - dictionaries and sets as transcribable objects.
 #pragma once
 
 #include <cstdlib>
@@ -9,7 +9,7 @@
 
 /// What doxdr of dictionaries and of sets does alike. A set has no values, and
 /// nothing of them in its stream.
-struct fxChainedXDR {
+struct fxChainedTranscription {
     /// Reads what `claimed` lets pass, or writes.
     template <class C>
     static unsigned char doxdr(C& c, fxTranscriber& t, const fxClaimedSizes& claimed) {
