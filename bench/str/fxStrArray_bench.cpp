@@ -8,13 +8,6 @@
 #include "bench/support/inputs.h"
 #include "kelvofxds/str/fxStrArray.h"
 
-static bool same(const fxStrArray& a, const std::vector<std::string>& b) {
-    bool alike = a.length() == b.size();
-    for (unsigned int i = 0; alike && i < b.size(); ++i)
-        alike = b[i] == a[i].c_str();
-    return alike;
-}
-
 namespace {
 
 enum class Order { random, ascending, descending };

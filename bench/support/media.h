@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fstream>
 #include <istream>
+#include <iterator>
 #include <memory>
 #include <ostream>
 #include <streambuf>
@@ -105,6 +106,9 @@ public:
     fxStream* openToWrite() { return new MemoryStream(oursBytes, fxStream::writeStream); }
     fxStream* openToRead() { return new MemoryStream(oursBytes, fxStream::readStream); }
 
+    /// What the library has written.
+    const Bytes& written() const { return oursBytes; }
+
     template <class Work>
     void write(Work work) {
         MemoryBuffer buffer(peerBytes);
@@ -135,6 +139,12 @@ public:
         return new fxStdioStream(ours.path().c_str(), fxStream::writeStream);
     }
     fxStream* openToRead() { return new fxStdioStream(ours.path().c_str(), fxStream::readStream); }
+
+    /// What the library has written.
+    Bytes written() const {
+        std::ifstream stream(ours.path(), std::ios::binary);
+        return Bytes(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+    }
 
     // Opened for reading too, so that what is there is overwritten, as the
     // library's stream does, and not truncated first.

@@ -12,6 +12,7 @@
 #include "kelvofxds/containers/fxArray.h"
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 #include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/str/fxStrArray.h"
 
 inline bool same(std::int64_t a, std::int64_t b) { return a == b; }
 
@@ -23,6 +24,16 @@ template <class Element>
 bool same(const fxArray& a, const std::vector<Element>& b) {
     return a.getElemSize() == sizeof(Element) && a.length() == b.size() &&
            (b.empty() || std::memcmp(a.at(0), b.data(), a.getLen()) == 0);
+}
+
+inline bool same(const fxStrArray& a, const std::vector<std::string>& b) {
+    if (a.length() != b.size())
+        return false;
+    for (unsigned int i = 0; i < a.length(); ++i) {
+        if (!same(a[i], b[i]))
+            return false;
+    }
+    return true;
 }
 
 inline bool same(const fxStrStrDictionary& a,
