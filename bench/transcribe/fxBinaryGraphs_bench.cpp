@@ -167,10 +167,9 @@ struct Written {
         const fxBinaryFormat::Record* record =
             fxBinaryFormat::recordOf(fxBinaryFormat::tagOf(head));
         require(record != nullptr, "finding a record");
-        std::uint32_t payload = 0;
         const unsigned int n = fxBinaryFormat::lengthBytes[fxBinaryFormat::lengthClassOf(head)];
-        for (unsigned int i = 0; i < n; ++i)
-            payload |= std::uint32_t(static_cast<unsigned char>(*at++)) << 8 * i;
+        const std::uint32_t payload = fxBinaryFormat::getLittle(at, n);
+        at += n;
         const std::uint32_t number = record->wordsWritten ? fxBinaryFormat::getWord(at) : 0;
         at += record->wordsWritten * fxBinaryFormat::wordBytes;
         if (record->hasText)

@@ -118,6 +118,14 @@ inline char* putLittle(char* at, std::uint32_t value, unsigned int n) {
     return at + n;
 }
 
+/// What putLittle has put at `at`.
+inline std::uint32_t getLittle(const char* at, unsigned int n) {
+    std::uint32_t value = 0;
+    for (unsigned int i = 0; i < n; ++i)
+        value |= static_cast<std::uint32_t>(static_cast<unsigned char>(at[i])) << 8 * i;
+    return value;
+}
+
 // Words are spelt out: compilers make one access of them.
 
 inline char* putWord(char* at, std::uint32_t value) {
@@ -134,24 +142,14 @@ inline std::uint32_t getWord(const char* at) {
            static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
 }
 
-/// The bytes of a record up to its words, being put together.
-class Head {
-public:
-    Head(unsigned int tag, std::uint32_t payload) {
-        const unsigned int lengthClass = shortestClassFor(payload);
-        bytes[0] = static_cast<char>(tag | lengthClass << tagBits);
-        end = putLittle(bytes + 1, payload, lengthBytes[lengthClass]);
-    }
+/// Most bytes of a record up to its text or payload.
+inline constexpr unsigned int mostHeadBytes = 1 + 4 + mostWords * wordBytes;
 
-    /// At most mostWords of them.
-    void addWord(std::uint32_t value) { end = putWord(end, value); }
-
-    const char* data() const { return bytes; }
-    unsigned int size() const { return static_cast<unsigned int>(end - bytes); }
-
-private:
-    char bytes[1 + 4 + mostWords * wordBytes];
-    char* end;  // behind the last one
-};
+/// Puts head byte and length at `at`; returns where the words go.
+inline char* putHead(char* at, unsigned int tag, std::uint32_t payload) {
+    const unsigned int lengthClass = shortestClassFor(payload);
+    *at = static_cast<char>(tag | lengthClass << tagBits);
+    return putLittle(at + 1, payload, lengthBytes[lengthClass]);
+}
 
 }  // namespace fxBinaryFormat

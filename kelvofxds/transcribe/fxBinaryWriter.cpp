@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
@@ -10,12 +11,16 @@
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 #include "kelvofxds/transcribe/fxObjectTableInternal.h"
+#include "kelvofxds/transcribe/fxPieceInternal.h"
+#include "kelvofxds/transcribe/fxShortCopyInternal.h"
 #include "kelvofxds/transcribe/fxStream.h"
 #include "kelvofxds/transcribe/fxWordIndexInternal.h"
+#include "kelvofxds/transcribe/fxWorkListInternal.h"
 
 namespace {
 const unsigned int objectItem = 0;
 const unsigned int blockItem = 1;
+const unsigned int hostsItem = 2;  // one that a host queued: it waits in `workQueue`
 
 std::uint32_t wordOf(const void* address) { return reinterpret_cast<std::uint32_t>(address); }
 
@@ -26,11 +31,38 @@ void* pointerAt(const void* field) {
     std::memcpy(&address, field, sizeof address);
     return address;
 }
+
+void* addressOf(const fxObjectTable::Entry& entry) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the table holds words.
+    return reinterpret_cast<void*>(entry.key);
+}
 }  // namespace
+
+// An item of the writer's own. Its number is read when its turn has come: a host
+// may have given the address another one by then.
+struct fxBinaryWriter::Work {
+    unsigned int kind;
+    fxObjectTable::Entry* entry;  // of the address
+    unsigned int extra;
+    unsigned int blockTag;
+};
 
 // Allocated addresses are multiples of 16.
 struct fxBinaryWriter::Index : fxObjectTable, fxWordIndex<fxObjectTable::Entry, 4> {
     explicit Index(fxBinaryOTDict& dictionary) : fxObjectTable(dictionary) {}
+
+    // Its value is 0 as long as it has no number. Looked up once a pointer.
+    Entry& entryOf(const void* address) {
+        Entry* entry = findOrAdd(wordOf(address));
+        if (!entry)
+            fxOutOfMemory();
+        return *entry;
+    }
+
+    fxWorkList<Work> works;
+    fxPiece piece;
+    const fxTypeObj* type = nullptr;  // the one met last
+    Entry* typeEntry = nullptr;       // its entry
 };
 
 fxBinaryWriter::fxBinaryWriter(fxStream* s) : nextId(0), index(fxNew<Index>(table)) {
@@ -46,17 +78,17 @@ const char* fxBinaryWriter::className() const { return fxBinaryFormat::writerNam
 void fxBinaryWriter::reset() {
     index->removeAll();
     index->clear();
+    index->type = nullptr;
+    index->works.clear();
     freeItems();
 }
 
 // Record numbers and the work list.
 
 unsigned long fxBinaryWriter::recordIdForAddress(void* address) {
-    fxObjectTable::Entry* entry = index->findOrAdd(wordOf(address));
-    if (!entry)
-        fxOutOfMemory();
-    index->enter(*entry, nextId++);
-    return entry->value;
+    fxObjectTable::Entry& entry = index->entryOf(address);
+    index->enter(entry, nextId++);
+    return entry.value;
 }
 
 unsigned long fxBinaryWriter::alreadyWritten(void* address) {
@@ -66,10 +98,43 @@ unsigned long fxBinaryWriter::alreadyWritten(void* address) {
 
 unsigned long fxBinaryWriter::queue(fxBinaryWriterItem* item) {
     pushItem(item);
+    if (!index->works.push({hostsItem, nullptr, 0, 0}))
+        fxOutOfMemory();
     return recordIdForAddress(item->address);
 }
 
-fxBinaryWriterItem* fxBinaryWriter::pop() { return static_cast<fxBinaryWriterItem*>(popItem()); }
+fxBinaryWriterItem* fxBinaryWriter::pop() {
+    Work work;
+    if (!index->works.pop(work))
+        return nullptr;
+    if (work.kind == hostsItem)
+        return static_cast<fxBinaryWriterItem*>(popItem());
+    return fxNew<fxBinaryWriterItem>(work.kind, addressOf(*work.entry), work.extra, work.blockTag);
+}
+
+// Queues a piece of the writer's own work and gives its address the next number.
+void fxBinaryWriter::addWork(const Work& work) {
+    if (!index->works.push(work))
+        fxOutOfMemory();
+    index->enter(*work.entry, nextId++);
+}
+
+// Takes the last item off the queue, and the number of its address.
+bool fxBinaryWriter::takeItem(fxBinaryWriterItem& item, unsigned long& number) {
+    Work work;
+    if (!index->works.pop(work))
+        return false;
+    if (work.kind == hostsItem) {
+        const std::unique_ptr<fxBinaryWriterItem> hosts(
+            static_cast<fxBinaryWriterItem*>(popItem()));
+        item = *hosts;
+        number = alreadyWritten(item.address);
+        return true;
+    }
+    item = {work.kind, addressOf(*work.entry), work.extra, work.blockTag};
+    number = work.entry->value;
+    return true;
+}
 
 // Records.
 
@@ -78,15 +143,17 @@ void fxBinaryWriter::setPending(fxBinaryOTTag pendingTag, unsigned long number) 
     arg1 = static_cast<unsigned int>(number);
 }
 
-unsigned char fxBinaryWriter::flush() {
+unsigned char fxBinaryWriter::flush() { return writePending() && index->piece.handOver(); }
+
+unsigned char fxBinaryWriter::writePending() {
     if (tag == fxOT_Data && payloadCount == 0)
         return 1;
-    return flushPayload(buffer);
+    return writePendingWith(buffer);
 }
 
 // Writes the pending record with the payload at `payload`.
-unsigned char fxBinaryWriter::flushPayload(const char* payload) {
-    if (!writeHead() || (payloadCount != 0 && !stream->putBytes(payload, payloadCount)))
+unsigned char fxBinaryWriter::writePendingWith(const char* payload) {
+    if (!writeHead() || (payloadCount != 0 && !put(payload, payloadCount)))
         return 0;
     cursor = buffer;
     payloadCount = 0;
@@ -99,36 +166,52 @@ unsigned char fxBinaryWriter::writeHead() {
     const fxBinaryFormat::Record* record = fxBinaryFormat::recordOf(tag);
     if (!record)
         fxFatal("Whoops!");
-    const unsigned int arguments[] = {0, arg1, arg2, arg3, arg4};
-    fxBinaryFormat::Head head(tag, payloadCount);
-    for (unsigned int i = 0; i < record->wordsWritten; ++i)
-        head.addWord(arguments[static_cast<unsigned int>(record->words[i])]);
-    if (!stream->putBytes(head.data(), head.size()))
+    fxPiece& piece = index->piece;
+    char bytes[fxBinaryFormat::mostHeadBytes];
+    char* const head = piece.isCollecting() ? piece.room(sizeof bytes) : bytes;
+    if (!head)
         return 0;
-    return !record->hasText ||
-           stream->putBytes(typeName, static_cast<unsigned int>(std::strlen(typeName)) + 1);
+    const unsigned int arguments[] = {0, arg1, arg2, arg3, arg4};
+    char* end = fxBinaryFormat::putHead(head, tag, payloadCount);
+    for (unsigned int i = 0; i < record->wordsWritten; ++i)
+        end = fxBinaryFormat::putWord(end, arguments[static_cast<unsigned int>(record->words[i])]);
+    const unsigned int n = static_cast<unsigned int>(end - head);
+    if (head != bytes)
+        piece.take(n);
+    else if (!stream->putBytes(head, n))
+        return 0;
+    return !record->hasText || put(typeName, static_cast<unsigned int>(std::strlen(typeName)) + 1);
+}
+
+inline unsigned char fxBinaryWriter::put(const char* bytes, unsigned int n) {
+    return index->piece.isCollecting() ? index->piece.add(bytes, n) : stream->putBytes(bytes, n);
+}
+
+// Writes the pending record with `n` bytes that need not go through the buffer.
+// Requires: no payload is pending, and `n` is at most the buffer's size.
+unsigned char fxBinaryWriter::writeInPlace(const char* data, unsigned int n) {
+    payloadCount = n;
+    if (writePendingWith(data))
+        return 1;
+    std::memcpy(buffer, data, n);
+    cursor = buffer + n;
+    return 0;
 }
 
 unsigned char fxBinaryWriter::writeBytes(char* data, unsigned int n) {
     while (n != 0) {
-        if (payloadCount == capacity && !flush())
+        if (payloadCount == capacity && !writePending())
             return 0;
         if (payloadCount == 0 && n > capacity) {
-            // A full buffer that more bytes will follow is written from where
-            // it lies.
-            payloadCount = capacity;
-            if (!flushPayload(data)) {
-                std::memcpy(buffer, data, capacity);
-                cursor = buffer + capacity;
+            if (!writeInPlace(data, capacity))
                 return 0;
-            }
             data += capacity;
             n -= capacity;
             continue;
         }
         const unsigned int room = capacity - payloadCount;
         const unsigned int step = n < room ? n : room;
-        std::memcpy(cursor, data, step);
+        fxCopyShort(cursor, data, step);
         cursor += step;
         payloadCount += step;
         data += step;
@@ -138,36 +221,43 @@ unsigned char fxBinaryWriter::writeBytes(char* data, unsigned int n) {
 }
 
 unsigned char fxBinaryWriter::writeNullPointer() {
-    if (!flush())
+    if (!writePending())
         return 0;
     tag = fxOT_Null;
     return 1;
 }
 
 unsigned char fxBinaryWriter::writeType(fxTypeObj& type, unsigned long* number) {
-    *number = alreadyWritten(&type);
+    if (index->type != &type) {
+        index->typeEntry = &index->entryOf(&type);
+        index->type = &type;
+    }
+    fxObjectTable::Entry& entry = *index->typeEntry;
+    *number = entry.value;
     if (*number != 0)
         return 1;
-    *number = recordIdForAddress(&type);
+    index->enter(entry, nextId++);
+    *number = entry.value;
     tag = fxOT_Type;
     arg2 = static_cast<unsigned int>(*number);
     arg3 = type.version;
     typeName = type.name;
-    return flush();
+    return writePending();
 }
 
 unsigned char fxBinaryWriter::writePrimPointer(void* address, unsigned int length,
                                                unsigned int blockTag) {
     if (!address)
         return writeNullPointer();
-    if (!flush())
+    if (!writePending())
         return 0;
-    const unsigned long known = alreadyWritten(address);
-    if (known != 0) {
-        setPending(fxOT_OldBlock, known);
-        return flush();
+    fxObjectTable::Entry& entry = index->entryOf(address);
+    if (entry.value != 0) {
+        setPending(fxOT_OldBlock, entry.value);
+        return writePending();
     }
-    setPending(fxOT_Block, queue(fxNew<fxBinaryWriterItem>(blockItem, address, length, blockTag)));
+    addWork({blockItem, &entry, length, blockTag});
+    setPending(fxOT_Block, entry.value);
     arg4 = length;
     return 1;
 }
@@ -178,32 +268,32 @@ unsigned char fxBinaryWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxX
     void* address = pointerAt(field);
     if (!address)
         return writeNullPointer();
-    if (!object || !flush())
+    if (!object || !writePending())
         return 0;
     fxTypeObj& type = object->getTypeObj();
     unsigned long typeNumber;
     if (!writeType(type, &typeNumber))
         return 0;
-    const unsigned long known = alreadyWritten(address);
-    if (known != 0)
-        setPending(fxOT_OldObject, known);
-    else
-        setPending(fxOT_ObjectPointer,
-                   queue(fxNew<fxBinaryWriterItem>(objectItem, address, wordOf(&type), 0U)));
+    fxObjectTable::Entry& entry = index->entryOf(address);
+    const bool isKnown = entry.value != 0;
+    if (!isKnown)
+        addWork({objectItem, &entry, wordOf(&type), 0});
+    setPending(isKnown ? fxOT_OldObject : fxOT_ObjectPointer, entry.value);
     return 1;
 }
 
 unsigned char fxBinaryWriter::xdr(fxTypeObj& type, void* previous, void* address) {
     if (previous == address)
         return 1;
-    if (!flush())
+    if (!writePending())
         return 0;
-    const unsigned long known = alreadyWritten(address);
-    if (known != 0) {
-        setPending(fxOT_OldEmbedded, known);
+    fxObjectTable::Entry& entry = index->entryOf(address);
+    if (entry.value != 0) {
+        setPending(fxOT_OldEmbedded, entry.value);
         return 1;
     }
-    setPending(fxOT_Embedded, recordIdForAddress(address));
+    index->enter(entry, nextId++);
+    setPending(fxOT_Embedded, entry.value);
     return type.xdr(address, *this);
 }
 
@@ -214,22 +304,23 @@ void* fxBinaryWriter::readObject(fxTypeObj&) {
 unsigned char fxBinaryWriter::writeObject(void* address, fxXDRObj* object) {
     if (!object)
         return 0;
-    queue(fxNew<fxBinaryWriterItem>(objectItem, address, wordOf(&object->getTypeObj()), 0U));
-    while (fxBinaryWriterItem* item = pop()) {
-        const unsigned char written = writeItem(*item);
-        delete item;
-        if (!written || !flush())
+    const unsigned int type = wordOf(&object->getTypeObj());
+    const fxPiece::Collecting collecting(index->piece, stream);
+    addWork({objectItem, &index->entryOf(address), type, 0});
+    fxBinaryWriterItem item;
+    unsigned long number;
+    while (takeItem(item, number)) {
+        if (!writeItem(item, number) || !writePending())
             return 0;
     }
-    return 1;
+    return index->piece.handOver();
 }
 
-unsigned char fxBinaryWriter::writeItem(const fxBinaryWriterItem& item) {
-    const unsigned long number = alreadyWritten(item.address);
+unsigned char fxBinaryWriter::writeItem(const fxBinaryWriterItem& item, unsigned long number) {
     if (item.kind != objectItem) {
         setPending(static_cast<fxBinaryOTTag>(item.blockTag), number);
         arg4 = item.extra;
-        return writeBytes(static_cast<char*>(item.address), item.extra);
+        return writeBlock(static_cast<char*>(item.address), item.extra);
     }
     // NOLINTNEXTLINE(performance-no-int-to-ptr): an item holds it as a word.
     fxTypeObj& type = *reinterpret_cast<fxTypeObj*>(item.extra);
@@ -239,6 +330,19 @@ unsigned char fxBinaryWriter::writeItem(const fxBinaryWriterItem& item) {
     setPending(fxOT_Object, number);
     arg2 = static_cast<unsigned int>(typeNumber);
     return type.xdr(item.address, *this);
+}
+
+// Writes the body of a block, whose record is pending.
+unsigned char fxBinaryWriter::writeBlock(char* data, unsigned int n) {
+    if (payloadCount != 0)
+        return writeBytes(data, n);
+    while (n > capacity) {
+        if (!writeInPlace(data, capacity))
+            return 0;
+        data += capacity;
+        n -= capacity;
+    }
+    return writeInPlace(data, n);
 }
 
 // Elements in place.
@@ -251,8 +355,8 @@ unsigned char writeElements(fxBinaryWriter& writer, Element* elements, unsigned 
 }
 
 template <class Element>
-unsigned char writeBlock(fxBinaryWriter& writer, Element* const* block, unsigned int n,
-                         fxBinaryOTTag blockTag) {
+unsigned char writePointer(fxBinaryWriter& writer, Element* const* block, unsigned int n,
+                           fxBinaryOTTag blockTag) {
     return writer.writePrimPointer(pointerAt(block), n * static_cast<unsigned int>(sizeof(Element)),
                                    blockTag);
 }
@@ -307,35 +411,35 @@ unsigned char fxBinaryWriter::xdr(fxStr* strings, unsigned int n) {
 // Pointers to blocks.
 
 unsigned char fxBinaryWriter::xdr(char** block, unsigned int n) {
-    return writeBlock(*this, block, n, fxOT_Bytes);
+    return writePointer(*this, block, n, fxOT_Bytes);
 }
 
 unsigned char fxBinaryWriter::xdr(unsigned char** block, unsigned int n) {
-    return writeBlock(*this, block, n, fxOT_Bytes);
+    return writePointer(*this, block, n, fxOT_Bytes);
 }
 
 unsigned char fxBinaryWriter::xdr(short** block, unsigned int n) {
-    return writeBlock(*this, block, n, fxOT_Shorts);
+    return writePointer(*this, block, n, fxOT_Shorts);
 }
 
 unsigned char fxBinaryWriter::xdr(unsigned short** block, unsigned int n) {
-    return writeBlock(*this, block, n, fxOT_Shorts);
+    return writePointer(*this, block, n, fxOT_Shorts);
 }
 
 unsigned char fxBinaryWriter::xdr(long** block, unsigned int n) {
-    return writeBlock(*this, block, n, fxOT_Longs);
+    return writePointer(*this, block, n, fxOT_Longs);
 }
 
 unsigned char fxBinaryWriter::xdr(unsigned long** block, unsigned int n) {
-    return writeBlock(*this, block, n, fxOT_Longs);
+    return writePointer(*this, block, n, fxOT_Longs);
 }
 
 unsigned char fxBinaryWriter::xdr(float** block, unsigned int n) {
-    return writeBlock(*this, block, n, fxOT_Floats);
+    return writePointer(*this, block, n, fxOT_Floats);
 }
 
 unsigned char fxBinaryWriter::xdr(double** block, unsigned int n) {
-    return writeBlock(*this, block, n, fxOT_Doubles);
+    return writePointer(*this, block, n, fxOT_Doubles);
 }
 
 unsigned char fxBinaryWriter::xdr(char** text) { return writeText(*this, text); }

@@ -20,6 +20,10 @@ struct fxBinaryWriterItem {
 /// before counts as the same object. Destruction does not flush; data that was
 /// given to a scalar operation outside writeObject is lost without flush().
 /// An xdr operation must not call writeObject on the same writer.
+///
+/// An fxStdioStream, but none of a class derived from it, gets what writeObject
+/// writes in pieces of many records, the last one before writeObject returns.
+/// An xdr operation that uses the stream or its file itself calls flush before.
 class FX_EXPORT fxBinaryWriter : public virtual fxBinaryTranscriber {
 public:
     /// A writer on `s`, which it holds. Writes nothing; the stream's header
@@ -65,8 +69,8 @@ public:
     // The pieces of the above. Every flag returned is 1 for success; failure
     // means that the stream failed.
 
-    /// Writes the pending record. A pending tag of 15 or more is fatal:
-    /// "Whoops!".
+    /// Writes the pending record, and sees to it that the stream has got it and
+    /// all before it. A pending tag of 15 or more is fatal: "Whoops!".
     unsigned char flush();
     /// Leaves a null-pointer record pending.
     unsigned char writeNullPointer();
@@ -95,10 +99,17 @@ public:
 private:
     friend struct fxBinaryWriterLayout;  // tests/transcribe/fxBinaryWriter_test.cpp
     struct Index;
+    struct Work;
 
-    unsigned char flushPayload(const char* payload);
+    unsigned char writePending();
+    unsigned char writePendingWith(const char* payload);
     unsigned char writeHead();
-    unsigned char writeItem(const fxBinaryWriterItem& item);
+    unsigned char writeInPlace(const char* data, unsigned int n);
+    unsigned char writeBlock(char* data, unsigned int n);
+    unsigned char put(const char* bytes, unsigned int n);
+    unsigned char writeItem(const fxBinaryWriterItem& item, unsigned long number);
+    bool takeItem(fxBinaryWriterItem& item, unsigned long& number);
+    void addWork(const Work& work);
     void setPending(fxBinaryOTTag pendingTag, unsigned long number);
 
     unsigned int nextId;  // the next record number

@@ -5,6 +5,9 @@
 
 #include "kelvofxds/transcribe/fxStream.h"
 
+/// The library's own access to `fp`; see fxStdioStreamInternal.h.
+std::FILE* fxOwnFile(const fxStream* stream);
+
 /// Reads or writes a file, a descriptor or an open standard I/O stream, which
 /// it owns from then on and closes when destroyed.
 ///
@@ -49,6 +52,7 @@ public:
 
 private:
     friend struct fxStdioStreamLayout;  // tests/transcribe/fxStdioStream_test.cpp
+    friend std::FILE* fxOwnFile(const fxStream* stream);
 
     void wrap(int fd);
     template <class Item>

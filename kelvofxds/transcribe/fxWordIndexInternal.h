@@ -8,7 +8,7 @@
 /// Makes records and finds them by a 32-bit word in O(1), and keeps them where
 /// they are until it is cleared.
 ///
-/// A hash table with open addressing, at most half full, points to the records,
+/// A hash table with open addressing, at most three quarters full, points to the records,
 /// which lie in chunks in the order in which they were added. Record has a
 /// field `key` and is an aggregate without a destructor. Words that differ by
 /// 1 << Shift are expected to be looked up one after the other.
@@ -27,22 +27,24 @@ public:
     ~fxWordIndex() { clear(); }
 
     /// The record of `key`, or null.
-    Record* find(std::uint32_t key) const { return count != 0 ? places[placeOf(key)] : nullptr; }
+    Record* find(std::uint32_t key) const {
+        return count != 0 ? places[placeOf(key)].record : nullptr;
+    }
 
     /// The record of `key`, made with zero fields if there was none; null when
     /// there is no memory for it.
     Record* findOrAdd(std::uint32_t key) {
-        if (count * 2 >= capacity && !grow())
+        if (count >= capacity - capacity / 4 && !grow())
             return find(key);
-        Record*& place = places[placeOf(key)];
-        if (!place) {
-            place = newRecord();
-            if (!place)
+        Place& place = places[placeOf(key)];
+        if (!place.record) {
+            place.record = newRecord();
+            if (!place.record)
                 return nullptr;
-            place->key = key;
+            place.record->key = place.key = key;
             ++count;
         }
-        return place;
+        return place.record;
     }
 
     /// Frees all records.
@@ -60,6 +62,12 @@ public:
 private:
     static const std::uint32_t smallest = 64;
     static const std::uint32_t largestChunk = 4096;  // records
+
+    // The key stands here too: most look-ups need not go to the record.
+    struct Place {
+        std::uint32_t key;
+        Record* record;  // null in a free place
+    };
 
     struct Chunk {  // from malloc; the records lie behind it
         Chunk* next;
@@ -88,21 +96,21 @@ private:
     }
 
     bool isFor(std::uint32_t place, std::uint32_t key) const {
-        return !places[place] || places[place]->key == key;
+        return !places[place].record || places[place].key == key;
     }
 
     bool grow() {
         const std::uint32_t oldCapacity = capacity;
         const std::uint32_t newCapacity = capacity != 0 ? capacity * 2 : smallest;
-        Record** const grown = static_cast<Record**>(std::calloc(newCapacity, sizeof(Record*)));
+        Place* const grown = static_cast<Place*>(std::calloc(newCapacity, sizeof(Place)));
         if (!grown)
             return false;
-        Record** const old = places;
+        Place* const old = places;
         places = grown;
         capacity = newCapacity;
         for (std::uint32_t i = 0; i < oldCapacity; ++i) {
-            if (old[i])
-                places[placeOf(old[i]->key)] = old[i];
+            if (old[i].record)
+                places[placeOf(old[i].key)] = old[i];
         }
         std::free(old);
         return true;
@@ -124,7 +132,7 @@ private:
         return new (vacant++) Record();
     }
 
-    Record** places;         // owned
+    Place* places;           // owned
     std::uint32_t capacity;  // places, a power of two
     std::uint32_t count;     // places used, and records
     Record* vacant;          // the next record of the newest chunk

@@ -9,10 +9,6 @@
 using fxBinaryFormat::Order;
 using fxBinaryFormat::Word;
 
-namespace {
-std::string bytesOf(const fxBinaryFormat::Head& head) { return {head.data(), head.size()}; }
-}  // namespace
-
 TEST(fxBinaryFormat, marksShowTheOrderOfBytes) {
     const struct {
         std::uint32_t mark;
@@ -68,12 +64,13 @@ TEST(fxBinaryFormat, headHasTheShortestLengthAndLittleEndianWords) {
                  {0xFFFFFFFF, "ca ffffffff"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.payload);
-        fxBinaryFormat::Head head(fxOT_Object, c.payload);
-        EXPECT_EQ(dump(hex(c.head)), dump(bytesOf(head)));
-        head.addWord(0x81828384);
-        head.addWord(1);
-        head.addWord(0xFFFFFFFF);
-        EXPECT_EQ(dump(hex(c.head) + hex("84838281 01000000 ffffffff")), dump(bytesOf(head)));
+        char head[fxBinaryFormat::mostHeadBytes];
+        char* end = fxBinaryFormat::putHead(head, fxOT_Object, c.payload);
+        EXPECT_EQ(dump(hex(c.head)), dump(std::string(head, end)));
+        for (const std::uint32_t word : {0x81828384, 1U, 0xFFFFFFFF})
+            end = fxBinaryFormat::putWord(end, word);
+        EXPECT_EQ(dump(hex(c.head) + hex("84838281 01000000 ffffffff")),
+                  dump(std::string(head, end)));
     }
 }
 
@@ -90,6 +87,8 @@ TEST(fxBinaryFormat, littleEndianNumbersAreGotAsTheyWerePut) {
     char put[4] = {'.', '.', '.', '.'};
     EXPECT_EQ(put + 2, fxBinaryFormat::putLittle(put, 0x81828384, 2));
     EXPECT_EQ(dump(hex("84 83 '..'")), dump(std::string(put, 4)));
+    EXPECT_EQ(0x8384u, fxBinaryFormat::getLittle(put, 2));
+    EXPECT_EQ(0u, fxBinaryFormat::getLittle(put, 0));
     EXPECT_EQ(put + 4, fxBinaryFormat::putWord(put, 0x81828384));
     EXPECT_EQ(dump(bytes), dump(std::string(put, 4)));
 }

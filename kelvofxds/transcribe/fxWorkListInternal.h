@@ -1,0 +1,53 @@
+// fxWorkListInternal.h - what a transcriber has still to do.
+#pragma once
+
+#include <cstdlib>
+#include <type_traits>
+
+/// A stack of plain records, kept by value in one block from malloc.
+template <class Work>
+class fxWorkList {
+    static_assert(std::is_trivially_copyable_v<Work>, "records move by realloc");
+
+public:
+    fxWorkList() : works(nullptr), count(0), capacity(0) {}
+    fxWorkList(const fxWorkList&) = delete;
+    fxWorkList& operator=(const fxWorkList&) = delete;
+    ~fxWorkList() { std::free(works); }
+
+    /// False when there is no memory for it.
+    bool push(const Work& work) {
+        if (count == capacity && !grow())
+            return false;
+        works[count++] = work;
+        return true;
+    }
+
+    /// Takes the last one; false if there is none.
+    bool pop(Work& work) {
+        if (count == 0)
+            return false;
+        work = works[--count];
+        return true;
+    }
+
+    void clear() { count = 0; }
+
+private:
+    static const unsigned int smallest = 64;
+
+    // The list can be as long as the graph, so it grows by doubling.
+    bool grow() {
+        const unsigned int grown = capacity != 0 ? capacity * 2 : smallest;
+        void* block = std::realloc(works, grown * sizeof(Work));
+        if (!block)
+            return false;
+        works = static_cast<Work*>(block);
+        capacity = grown;
+        return true;
+    }
+
+    Work* works;            // owned
+    unsigned int count;     // records
+    unsigned int capacity;  // records that `works` has room for
+};

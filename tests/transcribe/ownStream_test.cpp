@@ -1,0 +1,308 @@
+// ownStream_test.cpp - the library's own stream gets and gives the same bytes as a host's class.
+
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "kelvofxds/containers/fxStrStrDictionary.h"
+#include "kelvofxds/containers/fxTypedArrays.h"
+#include "kelvofxds/str/fxStrArray.h"
+#include "kelvofxds/transcribe/fxBinaryWriter.h"
+#include "kelvofxds/transcribe/fxStdioStream.h"
+#include "tests/support/memoryStream.h"
+#include "tests/support/scriptedObject.h"
+#include "tests/support/streamBytes.h"
+
+namespace {
+
+// A file without a name, which the stream adopts. The test holds the stream.
+class OwnFile {
+public:
+    OwnFile() : OwnFile(std::tmpfile()) {}
+    explicit OwnFile(std::FILE* f) : file(f), stream(f, fxStream::readWriteStream) {
+        stream.count = 1;
+    }
+    explicit OwnFile(const std::string& content) : OwnFile() {
+        EXPECT_EQ(content.size(), std::fwrite(content.data(), 1, content.size(), file));
+        std::rewind(file);
+    }
+
+    long position() const { return std::ftell(file); }
+
+    std::string content() const {
+        std::string bytes;
+        std::rewind(file);
+        for (int c = std::getc(file); c != EOF; c = std::getc(file))
+            bytes += static_cast<char>(c);
+        return bytes;
+    }
+
+    std::FILE* const file;
+    fxStdioStream stream;
+};
+
+// Host's classes over the library's, as small as can be.
+struct LoggingStdioStream : fxStdioStream {
+    using fxStdioStream::fxStdioStream;
+    unsigned char getBytes(char* p, unsigned int n) override {
+        calls.push_back("getBytes " + std::to_string(n));
+        return fxStdioStream::getBytes(p, n);
+    }
+    unsigned char putBytes(const char* p, unsigned int n) override {
+        calls.push_back("putBytes " + std::to_string(n));
+        return fxStdioStream::putBytes(p, n);
+    }
+    std::vector<std::string> calls;
+};
+struct PlainStdioStream : fxStdioStream {
+    using fxStdioStream::fxStdioStream;
+};
+
+void fill(fxStrArray& strings, unsigned int n) {
+    for (unsigned int i = 0; i < n; ++i)
+        strings.append(fxStr(std::string(i * 7 % 61, static_cast<char>('a' + i % 26)).c_str()));
+}
+
+void fill(fxIntArray& ints, unsigned int n) {
+    for (unsigned int i = 0; i < n; ++i) {
+        const int value = static_cast<int>(i * i);
+        ints.append(&value);
+    }
+    ints.setMaxLength(0);
+}
+
+// A string, a map, an array, shared objects and long blocks; more than one piece.
+struct Graph {
+    Graph() : root(objType), sub(subType) {
+        fill(strings, 3000);
+        for (int i = 0; i < 500; ++i)
+            pairs.add(fxStr(i, "key %d"), fxStr(i, "%x"));
+        fill(ints, 20000);
+        block = std::string(70001, 'b');
+        sub.script = [this](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+            self.links[0] = &root;
+            return t.xdr(self.numbers, 4) && self.xdrLink(t, 0) && self.text.xdr(t);
+        };
+        sub.text = "text of the second";
+        root.script = [this](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+            self.blocks[0] = self.blocks[1] = &block[0];
+            self.links[0] = self.links[1] = &sub;
+            return t.xdr(&self.blocks[0], 70001) && self.xdrLink(t, 0) && self.xdrLink(t, 1) &&
+                   self.xdrLink(t, 2) && t.xdr(&self.blocks[1], 70001) && strings.xdr(t) &&
+                   pairs.xdr(t) && ints.xdr(t) && t.xdr(&block[0], 513);
+        };
+    }
+
+    fxStrArray strings;
+    fxStrStrDictionary pairs;
+    fxIntArray ints;
+    std::string block;
+    ScriptedObject root, sub;
+};
+
+using Act = std::function<unsigned char(fxBinaryWriter& writer)>;
+
+// What a host's class gets of it.
+std::string seenByHosts(const Act& act, unsigned char result = 1) {
+    MemoryStream stream;
+    fxBinaryWriter writer(&stream);
+    EXPECT_EQ(result, act(writer));
+    return stream.written;
+}
+
+std::string seenByOwnFile(const Act& act, unsigned char result = 1) {
+    OwnFile own;
+    fxBinaryWriter writer(&own.stream);
+    EXPECT_EQ(result, act(writer));
+    EXPECT_EQ(static_cast<std::size_t>(own.position()), own.content().size());
+    return own.content();
+}
+
+unsigned char writeRoot(fxBinaryWriter& writer, fxXDRObj& root) {
+    return writer.writeObject(&root, &root);
+}
+}  // namespace
+
+// Writing.
+
+TEST(ownStream, getsTheBytesThatHostsGet) {
+    Graph graph;
+    const Act act = [&](fxBinaryWriter& w) { return writeRoot(w, graph.root); };
+    EXPECT_TRUE(seenByHosts(act) == seenByOwnFile(act));
+}
+
+TEST(ownStream, recordsEndAnywhereInAPiece) {
+    for (const unsigned int n : {0U, 1U, 255U, 256U, 511U, 512U, 513U, 32000U, 32735U, 32736U,
+                                 32737U, 32768U, 40000U, 100000U}) {
+        for (const unsigned int pieces : {1U, 30U}) {
+            SCOPED_TRACE(testing::Message() << n << " bytes, " << pieces << " times");
+            std::string bytes(n, 'x');
+            ScriptedObject root(objType, [&](ScriptedObject&, fxTranscriber& t) -> unsigned char {
+                for (unsigned int i = 0; i < pieces; ++i) {
+                    if (!t.xdr(&bytes[0], n) || !t.xdr(&root.blocks[0], 1))
+                        return 0;
+                }
+                return 1;
+            });
+            root.blocks[0] = &bytes[0];
+            const Act act = [&](fxBinaryWriter& w) { return writeRoot(w, root); };
+            EXPECT_TRUE(seenByHosts(act) == seenByOwnFile(act));
+        }
+    }
+}
+
+TEST(ownStream, typeNameLongerThanAPieceIsWritten) {
+    const std::string name(50000, 'n');
+    fxTypeObj type(name.c_str(), 1, nullptr, nullptr, ScriptedObject::xdr);
+    ScriptedObject root(type);
+    const Act act = [&](fxBinaryWriter& w) { return writeRoot(w, root); };
+    EXPECT_TRUE(seenByHosts(act) == seenByOwnFile(act));
+}
+
+TEST(ownStream, derivedClassesSeeEveryCall) {
+    Graph graph;
+    MemoryStream hosts;
+    hosts.logging = true;
+    fxBinaryWriter(&hosts).writeObject(&graph.root, &graph.root);
+    LoggingStdioStream derived(std::tmpfile(), fxStream::writeStream);
+    derived.count = 1;
+    fxBinaryWriter(&derived).writeObject(&graph.root, &graph.root);
+    EXPECT_TRUE(hosts.calls == derived.calls);
+}
+
+// Its class might look at the file in any of its operations.
+TEST(ownStream, derivedClassThatChangesNothingGetsRecordsAtOnce) {
+    std::FILE* file = std::tmpfile();
+    PlainStdioStream derived(file, fxStream::writeStream);
+    derived.count = 1;
+    std::vector<long> positions;
+    ScriptedObject root(objType, [&](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+        positions.push_back(std::ftell(file));
+        const unsigned char done = self.xdrLink(t, 0);
+        positions.push_back(std::ftell(file));
+        return done;
+    });
+    EXPECT_EQ(1, fxBinaryWriter(&derived).writeObject(&root, &root));
+    EXPECT_EQ((std::vector<long>{9, 22}), positions);
+}
+
+TEST(ownStream, hostsBytesGoBetweenObjects) {
+    OwnFile own;
+    MemoryStream hosts;
+    fxBinaryWriter ownWriter(&own.stream);
+    fxBinaryWriter hostsWriter(&hosts);
+    for (int i = 0; i < 5; ++i) {
+        fxStrArray strings;
+        fill(strings, 1U << (i * 3));
+        EXPECT_EQ(1, ownWriter.writeObject(&strings, &strings));
+        EXPECT_EQ(1, hostsWriter.writeObject(&strings, &strings));
+        EXPECT_EQ(hosts.written.size(), static_cast<std::size_t>(own.position()));
+        std::fputs("host", own.file);
+        hosts.written += "host";
+    }
+    EXPECT_TRUE(hosts.written == own.content());
+}
+
+TEST(ownStream, elementsOutsideObjectsGoStraightToTheFile) {
+    OwnFile own;
+    fxBinaryWriter writer(&own.stream);
+    std::string bytes(600, 'x');
+    EXPECT_EQ(1, writer.xdr(&bytes[0], 600));
+    EXPECT_EQ(515, own.position());
+    EXPECT_EQ(1, writer.flush());
+    EXPECT_EQ(515 + 90, own.position());
+}
+
+TEST(ownStream, flushInAnObjectHandsOverWhatIsWritten) {
+    OwnFile own;
+    const auto script = [&own](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+        if (!t.xdr(self.numbers, 1) || !dynamic_cast<fxBinaryWriter&>(t).flush())
+            return 0;
+        return std::fputs("host", own.file) >= 0 && t.xdr(self.numbers, 2);
+    };
+    ScriptedObject root(objType, script);
+    fxBinaryWriter writer(&own.stream);
+    EXPECT_EQ(1, writeRoot(writer, root));
+    EXPECT_EQ(dump(hex("02 02000000 'Obj' 00 | 4a 04 01000000 02000000 01000000") + host(0) +
+                   "host" + hex("40 08") + host(0) + host(0)),
+              dump(own.content()));
+}
+
+TEST(ownStream, failedObjectLeavesWhatWasWrittenBefore) {
+    ScriptedObject root(objType, [](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+        return self.xdrLink(t, 0) && self.xdrLink(t, 0) && false;
+    });
+    const Act act = [&](fxBinaryWriter& w) { return writeRoot(w, root); };
+    EXPECT_EQ(dump(seenByHosts(act, 0)), dump(seenByOwnFile(act, 0)));
+}
+
+TEST(ownStream, exceptionLeavesWhatWasWrittenBefore) {
+    ScriptedObject root(objType, [](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+        if (!self.xdrLink(t, 0) || !self.xdrLink(t, 0))
+            return 0;
+        throw 1;
+    });
+    const Act act = [&](fxBinaryWriter& w) -> unsigned char {
+        EXPECT_THROW(writeRoot(w, root), int);
+        return w.flush() && w.xdr(root.numbers, 1) && w.flush();
+    };
+    EXPECT_EQ(dump(seenByHosts(act)), dump(seenByOwnFile(act)));
+}
+
+TEST(ownStream, fullDiskFailsTheObject) {
+    fxStrArray strings;
+    fill(strings, 3000);
+    fxIntArray few;
+    fill(few, 1);
+    const struct {
+        fxArray* root;
+        bool buffered;
+        int written;
+    } cases[] = {{&strings, true, 0}, {&strings, false, 0}, {&few, true, 1}, {&few, false, 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.root->length() << " elements");
+        std::FILE* full = std::fopen("/dev/full", "w");
+        ASSERT_NE(nullptr, full);
+        if (!c.buffered)
+            std::setvbuf(full, nullptr, _IONBF, 0);
+        fxStdioStream stream(full, fxStream::writeStream);
+        stream.count = 1;
+        EXPECT_EQ(c.written, fxBinaryWriter(&stream).writeObject(c.root, c.root));
+    }
+}
+
+TEST(ownStream, itIsGivenManyRecordsAtOnce) {
+    std::vector<std::size_t> sizes;
+    cookie_io_functions_t functions = {};
+    functions.write = [](void* cookie, const char*, std::size_t n) {
+        static_cast<std::vector<std::size_t>*>(cookie)->push_back(n);
+        return static_cast<ssize_t>(n);
+    };
+    fxStrArray strings;
+    fill(strings, 20000);
+    OwnFile own(::fopencookie(&sizes, "w", functions));
+    std::setvbuf(own.file, nullptr, _IONBF, 0);
+    EXPECT_EQ(1, fxBinaryWriter(&own.stream).writeObject(&strings, &strings));
+    ASSERT_LT(10U, sizes.size());
+    for (std::size_t i = 0; i + 1 < sizes.size(); ++i)
+        EXPECT_LE(16U * 1024, sizes[i]);
+}
+
+TEST(ownStream, objectsResetTheirWriter) {
+    ScriptedObject root(objType, [](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+        if (!self.xdrLink(t, 1))
+            return 0;
+        t.reset();
+        return self.xdrLink(t, 0);
+    });
+    ScriptedObject sub(objType);
+    root.links[0] = root.links[1] = &sub;
+    const Act act = [&](fxBinaryWriter& w) { return writeRoot(w, root); };
+    EXPECT_EQ(dump(hex("02 02000000 'Obj' 00 | 0a 01000000 02000000 01000000 | 0b 03000000"
+                       "02 04000000 'Obj' 00 | 0b 05000000 | 0a 05000000 04000000 01000000")),
+              dump(seenByHosts(act)));
+    EXPECT_EQ(dump(seenByHosts(act)), dump(seenByOwnFile(act)));
+}
