@@ -1,5 +1,6 @@
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "kelvofxds/core/fxFatal.h"
@@ -77,13 +78,16 @@ void fxBinaryReader::selectConverters(short shortMark, long longMark, const char
 }
 
 void fxBinaryReader::reset() {
-    index->removeAll();
-    index->clear();
+    index->forget();
     freeItems();
 }
 
 // Records. A record is read in full before the next one, but a payload longer
 // than the buffer is read in pieces of the buffer's size.
+
+inline unsigned char fxBinaryReader::get(char* to, unsigned int n) {
+    return index->source.get(*stream, to, n);
+}
 
 unsigned char fxBinaryReader::fill() { return fillHead() && readPayload(); }
 
@@ -92,15 +96,40 @@ unsigned char fxBinaryReader::fillHead() {
     if (!skipPayload())
         return 0;
     char head;
-    if (!stream->getBytes(&head, 1))
+    if (!get(&head, 1))
         return 0;
     tag = fxBinaryFormat::tagOf(static_cast<unsigned char>(head));
-    if (!readLength(fxBinaryFormat::lengthClassOf(static_cast<unsigned char>(head))) ||
-        !readArguments()) {
-        unreadPayload = 0;
+    if (readFields(fxBinaryFormat::lengthClassOf(static_cast<unsigned char>(head))))
+        return 1;
+    unreadPayload = 0;
+    return 0;
+}
+
+// Reads the length of the payload and the record's arguments.
+unsigned char fxBinaryReader::readFields(unsigned int lengthClass) {
+    const fxBinaryFormat::Record* record = fxBinaryFormat::recordOf(tag);
+    const unsigned int lengthSize = fxBinaryFormat::lengthBytes[lengthClass];
+    const unsigned int wordsSize = record ? record->wordsRead * fxBinaryFormat::wordBytes : 0;
+    const bool atOnce = index->source.isOwn();
+    char bytes[fxBinaryFormat::mostHeadBytes];
+    const unsigned int first = atOnce ? lengthSize + wordsSize : lengthSize;
+    if (first != 0 && !get(bytes, first))
         return 0;
-    }
-    return 1;
+    if (!record)
+        fxFatal("Whoops!");
+    char* const words = bytes + lengthSize;
+    if (!atOnce && wordsSize != 0 && !get(words, wordsSize))
+        return 0;
+    unreadPayload = fxBinaryFormat::getLittle(bytes, lengthSize);
+    unsigned int arguments[] = {0, arg1, arg2, arg3, arg4};
+    for (unsigned int i = 0; i < record->wordsRead; ++i)
+        arguments[static_cast<unsigned int>(record->words[i])] =
+            fxBinaryFormat::getWord(words + i * fxBinaryFormat::wordBytes);
+    arg1 = arguments[1];
+    arg2 = arguments[2];
+    arg3 = arguments[3];
+    arg4 = arguments[4];
+    return !record->hasText || readType();
 }
 
 // Drops what is left of the current record's payload.
@@ -114,57 +143,23 @@ unsigned char fxBinaryReader::skipPayload() {
     return 1;
 }
 
+// Bytes of the first piece of the payload; 0 when it has been read.
+unsigned int fxBinaryReader::firstPiece() const {
+    return payloadCount == 0 ? std::min(unreadPayload, capacity) : 0;
+}
+
 // Fills the buffer with the next piece of the payload.
 unsigned char fxBinaryReader::readPayload() {
     const unsigned int piece = unreadPayload < capacity ? unreadPayload : capacity;
     cursor = buffer;
     payloadCount = 0;
     unreadPayload -= piece;
-    if (piece != 0 && !stream->getBytes(buffer, piece)) {
+    if (piece != 0 && !get(buffer, piece)) {
         unreadPayload = 0;
         return 0;
     }
     payloadCount = piece;
     return 1;
-}
-
-unsigned char fxBinaryReader::readLength(unsigned int lengthClass) {
-    char bytes[fxBinaryFormat::wordBytes] = {};
-    const unsigned int n = fxBinaryFormat::lengthBytes[lengthClass];
-    if (n != 0 && !stream->getBytes(bytes, n))
-        return 0;
-    unreadPayload = fxBinaryFormat::getWord(bytes);
-    return 1;
-}
-
-unsigned char fxBinaryReader::readArguments() {
-    const fxBinaryFormat::Record* record = fxBinaryFormat::recordOf(tag);
-    if (!record)
-        fxFatal("Whoops!");
-    char bytes[fxBinaryFormat::mostWords * fxBinaryFormat::wordBytes];
-    const unsigned int n = record->wordsRead;
-    if (n != 0 && !stream->getBytes(bytes, n * fxBinaryFormat::wordBytes))
-        return 0;
-    for (unsigned int i = 0; i < n; ++i) {
-        const unsigned int word = fxBinaryFormat::getWord(bytes + i * fxBinaryFormat::wordBytes);
-        switch (record->words[i]) {
-            case fxBinaryFormat::Word::ignored:
-                break;
-            case fxBinaryFormat::Word::number:
-                arg1 = word;
-                break;
-            case fxBinaryFormat::Word::typeNumber:
-                arg2 = word;
-                break;
-            case fxBinaryFormat::Word::version:
-                arg3 = word;
-                break;
-            case fxBinaryFormat::Word::size:
-                arg4 = word;
-                break;
-        }
-    }
-    return !record->hasText || readType();
 }
 
 // Reads the name of the type whose number has been read, and enters the type.
@@ -179,7 +174,12 @@ unsigned char fxBinaryReader::readType() {
 }
 
 unsigned char fxBinaryReader::readName(fxStackBuffer& name) {
-    return readNullTerminatedString(stream, name);
+    char c = 0;
+    do {
+        if (!get(&c, 1) || !name.tryAddc(c))
+            return 0;
+    } while (c != '\0');
+    return 1;
 }
 
 unsigned char fxBinaryReader::readBytes(char* data, unsigned int n) {
@@ -187,27 +187,29 @@ unsigned char fxBinaryReader::readBytes(char* data, unsigned int n) {
         const unsigned int left = payloadCount - static_cast<unsigned int>(cursor - buffer);
         if (left != 0) {
             const unsigned int step = n < left ? n : left;
-            std::memcpy(data, cursor, step);
+            fxCopyShort(data, cursor, step);
             cursor += step;
             data += step;
             n -= step;
             continue;
         }
+        index->source.expect(n);
         if (unreadPayload == 0 && !fillHead())
             return 0;
-        if (unreadPayload < capacity || n < capacity) {
+        const unsigned int piece = std::min(unreadPayload, capacity);
+        if (piece == 0 || piece > n) {
             if (!readPayload())
                 return 0;
             continue;
         }
-        // A whole buffer of it is wanted: it need not stop there.
-        unreadPayload -= capacity;
-        if (!stream->getBytes(data, capacity)) {
+        // All of it is wanted: it need not stop in the buffer.
+        unreadPayload -= piece;
+        if (!get(data, piece)) {
             unreadPayload = 0;
             return 0;
         }
-        data += capacity;
-        n -= capacity;
+        data += piece;
+        n -= piece;
     }
     return 1;
 }

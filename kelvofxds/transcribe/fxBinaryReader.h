@@ -115,18 +115,21 @@ public:
 private:
     friend struct fxBinaryReaderLayout;  // tests/transcribe/fxBinaryReader_test.cpp
     struct Record;
+    struct Work;
     struct Index;
 
     void selectConverters(short shortMark, long longMark, const char* floatFormat);
+    unsigned char get(char* to, unsigned int n);
     unsigned char fillHead();
     unsigned char skipPayload();
     unsigned char readPayload();
-    unsigned char readLength(unsigned int lengthClass);
-    unsigned char readArguments();
+    unsigned int firstPiece() const;
+    unsigned char readFields(unsigned int lengthClass);
     unsigned char readType();
     unsigned char readBlock(fxBinaryConverter convert, void** instance);
     unsigned char readObjectBody(void** instance);
     fxBinaryConverter converterOf(unsigned int blockTag) const;
+    bool takeItem(fxBinaryReaderItem& item);
     unsigned char awaitTarget(const fxBinaryReaderItem& item);
     unsigned char store(const fxBinaryReaderItem& item);
     Record* enter(unsigned int number, void* address, unsigned char kind);

@@ -3,7 +3,9 @@
 
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxObjectTableInternal.h"
+#include "kelvofxds/transcribe/fxSourceInternal.h"
 #include "kelvofxds/transcribe/fxWordIndexInternal.h"
+#include "kelvofxds/transcribe/fxWorkListInternal.h"
 
 /// A numbered record: what it is, and what waits for it. A stream can use any
 /// number for anything; a number is only followed to the kind it belongs to.
@@ -30,15 +32,44 @@ struct fxBinaryReader::Record : fxObjectTable::Entry {
     bool taken;            // a pointer to the block has been stored
 };
 
+/// A member that waits for its target, or the place in the list of an item that a
+/// host has queued.
+struct fxBinaryReader::Work {
+    void** field;
+    Record* record;  // of the number; null when a host queued the item
+    fxBinaryReaderItem::Target target;
+    unsigned int wantedSize;
+};
+
 /// Writers count up.
 struct fxBinaryReader::Index : fxObjectTable, fxWordIndex<fxBinaryReader::Record, 0> {
     explicit Index(fxBinaryOTDict& dictionary) : fxObjectTable(dictionary) {}
+
+    /// As find and findOrAdd. The record that is asked for most is the one that
+    /// the next body is awaited for.
+    Record* recordOf(unsigned int number) const {
+        return awaited && awaited->key == number ? awaited : find(number);
+    }
+    Record* madeRecordOf(unsigned int number) {
+        return awaited && awaited->key == number ? awaited : findOrAdd(number);
+    }
+
+    /// Forgets all records.
+    void forget() {
+        removeAll();
+        clear();
+        works.clear();
+        awaited = nullptr;
+    }
 
     /// Whether a string's block may be completed by `padding` bytes.
     bool padString(unsigned int padding);
     /// Reduces `padding` to the bytes by which an array's block may be completed.
     void padArray(unsigned int& padding);
 
+    fxWorkList<Work> works;
+    Record* awaited = nullptr;              // what readObject looks for; null if nothing
+    fxSource source;                        // the stream
     unsigned int stringPadding = 1U << 20;  // bytes that strings may still be given
     unsigned int arrayPadding = 1U << 20;   // bytes that arrays may still be given
 };

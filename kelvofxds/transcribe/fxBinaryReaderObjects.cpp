@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "kelvofxds/core/fxFatal.h"
@@ -102,7 +103,7 @@ void fxBinaryReader::Index::padArray(unsigned int& padding) {
 // Null when there is no memory for it.
 fxBinaryReader::Record* fxBinaryReader::enter(unsigned int number, void* address,
                                               unsigned char kind) {
-    Record* record = index->findOrAdd(number);
+    Record* record = index->madeRecordOf(number);
     if (!record)
         return nullptr;
     index->enter(*record, reinterpret_cast<std::uint32_t>(address));
@@ -112,23 +113,52 @@ fxBinaryReader::Record* fxBinaryReader::enter(unsigned int number, void* address
 }
 
 void* fxBinaryReader::alreadyRead(unsigned long number) {
-    const Record* record = index->find(static_cast<std::uint32_t>(number));
+    const Record* record = index->recordOf(static_cast<std::uint32_t>(number));
     return record && record->isEntered() ? record->address() : nullptr;
 }
 
-void fxBinaryReader::queue(fxBinaryReaderItem* item) { pushItem(item); }
+void fxBinaryReader::queue(fxBinaryReaderItem* item) {
+    pushItem(item);
+    if (!index->works.push({nullptr, nullptr, item->target, 0}))
+        fxOutOfMemory();
+}
 
-fxBinaryReaderItem* fxBinaryReader::pop() { return static_cast<fxBinaryReaderItem*>(popItem()); }
+fxBinaryReaderItem* fxBinaryReader::pop() {
+    Work work;
+    if (!index->works.pop(work))
+        return nullptr;
+    if (!work.record)
+        return static_cast<fxBinaryReaderItem*>(popItem());
+    return fxNew<fxBinaryReaderItem>(work.field, work.record->key, work.target, work.wantedSize);
+}
 
-// Instances.
+// Takes the last item off the queue; what it waits for is awaited from then on.
+bool fxBinaryReader::takeItem(fxBinaryReaderItem& item) {
+    Work work;
+    const bool isThere = index->works.pop(work);
+    index->awaited = isThere ? work.record : nullptr;
+    if (!isThere)
+        return false;
+    if (work.record) {
+        item = {work.field, work.record->key, work.target, work.wantedSize};
+        return true;
+    }
+    const std::unique_ptr<fxBinaryReaderItem> hosts(static_cast<fxBinaryReaderItem*>(popItem()));
+    item = *hosts;
+    return true;
+}
+
+// Instances. The payload need not have been read: a block's goes to the block.
 
 unsigned char fxBinaryReader::readInstance(void** instance) {
     while (tag == fxOT_Type) {
-        if (!fill())
+        if (!fillHead())
             return 0;
     }
     if (const fxBinaryConverter convert = converterOf(tag))
         return readBlock(convert, instance);
+    if (firstPiece() != 0 && !readPayload())
+        return 0;
     if (tag == fxOT_Object)
         return readObjectBody(instance);
     fxFatal("XXX baddest news");
@@ -169,15 +199,21 @@ unsigned char fxBinaryReader::readBlock(fxBinaryConverter convert, void** instan
     const unsigned int number = arg1;
     const unsigned int length = arg4;
 
-    const Record* awaited = index->find(number);
+    const Record* awaited = index->recordOf(number);
     const bool forString = awaited && awaited->awaitedByString;
     unsigned int padding = awaited && awaited->wanted > length ? awaited->wanted - length : 0;
-    if (!forString)
+    bool isAllowed = true;
+    if (forString)
+        isAllowed = index->padString(padding);
+    else
         index->padArray(padding);
-    else if (!index->padString(padding))
-        return 0;
     unsigned int size = 0;
-    if (__builtin_add_overflow(length, padding, &size))
+    isAllowed = isAllowed && !__builtin_add_overflow(length, padding, &size);
+    // What does not fit is dropped later, but read now.
+    const unsigned int piece = firstPiece();
+    if (piece != 0 && (!isAllowed || piece > length) && !readPayload())
+        return 0;
+    if (!isAllowed)
         return 0;
 
     BlockMemory memory(forString);
@@ -201,7 +237,7 @@ unsigned char fxBinaryReader::readBlock(fxBinaryConverter convert, void** instan
 }
 
 unsigned char fxBinaryReader::readObjectBody(void** instance) {
-    const Record* typeRecord = index->find(arg2);
+    const Record* typeRecord = index->recordOf(arg2);
     if (!typeRecord || typeRecord->kind != Record::type)
         return 0;
     fxTypeObj& type = *static_cast<fxTypeObj*>(typeRecord->address());
@@ -278,13 +314,9 @@ unsigned char fxBinaryReader::xdr(fxTypeObj& type, void* previous, void* address
 
 // Queues a copy of `item` and notes what its target will have to be.
 unsigned char fxBinaryReader::awaitTarget(const fxBinaryReaderItem& item) {
-    Record* record = index->findOrAdd(item.number);
-    if (!record || !hasRoomForItem())
+    Record* record = index->madeRecordOf(item.number);
+    if (!record || !index->works.push({item.field, record, item.target, item.wantedSize}))
         return 0;
-    fxBinaryReaderItem* queued = fxTryNew<fxBinaryReaderItem>(item);
-    if (!queued)
-        return 0;
-    queue(queued);
     if (record->wanted < item.wantedSize)
         record->wanted = item.wantedSize;
     if (item.target == fxBinaryReaderItem::stringTarget)
@@ -310,7 +342,7 @@ bool fxBinaryReader::Record::suits(const fxBinaryReaderItem& item) const {
 // Points the item's member to its target; an unknown number is a null pointer.
 // Fails when the number belongs to something the member cannot point to.
 unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
-    Record* record = index->find(item.number);
+    Record* record = index->recordOf(item.number);
     if (!record || !record->isEntered()) {
         record = enter(item.number, nullptr, Record::unknown);
         if (!record)
@@ -333,17 +365,18 @@ unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
 // Roots.
 
 void* fxBinaryReader::readObject(fxTypeObj&) {
+    const fxSource::Use use(index->source, stream);
     void* root = nullptr;
-    if (!fill() || !readInstance(&root))
+    if (!fillHead() || !readInstance(&root))
         return nullptr;
-    while (fxBinaryReaderItem* item = pop()) {
-        unsigned char read = 1;
+    fxBinaryReaderItem item;
+    while (takeItem(item)) {
         void* instance;
-        while (read && !alreadyRead(item->number))
-            read = fill() && readInstance(&instance);
-        read = read && store(*item);
-        delete item;
-        if (!read)
+        while (!alreadyRead(item.number)) {
+            if (!fillHead() || !readInstance(&instance))
+                return nullptr;
+        }
+        if (!store(item))
             return nullptr;
     }
     return root;

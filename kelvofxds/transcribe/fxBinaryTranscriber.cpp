@@ -1,6 +1,5 @@
 #include "kelvofxds/transcribe/fxBinaryTranscriber.h"
 
-#include <cstdlib>
 #include <new>
 
 #include "kelvofxds/transcribe/fxObjectTableInternal.h"
@@ -24,27 +23,10 @@ fxBinaryOTDict& fxBinaryTranscriber::getTable() {
     return table;
 }
 
-namespace {
-// The list can be as long as the graph, so it grows by doubling.
-unsigned int grown(const fxVoidPtrArray& list) { return list.length() * 2 + 16; }
-
-bool isFull(const fxVoidPtrArray& list) { return list.getLen() == list.getMaxLen(); }
-}  // namespace
-
-// An array ends the process where there is no memory for it, so the same
-// amount is asked for before. Volatile, or the compiler leaves both calls out.
-bool fxBinaryTranscriber::hasRoomForItem() {
-    if (!isFull(workQueue))
-        return true;
-    void* volatile probe = std::malloc(grown(workQueue) * sizeof(void*));
-    const bool hasRoom = probe != nullptr;
-    std::free(probe);
-    return hasRoom;
-}
-
 void fxBinaryTranscriber::pushItem(void* item) {
-    if (isFull(workQueue))
-        workQueue.setMaxLength(grown(workQueue));
+    // The list can be as long as the graph, so it grows by doubling.
+    if (workQueue.getLen() == workQueue.getMaxLen())
+        workQueue.setMaxLength(workQueue.length() * 2 + 16);
     workQueue.append(&item);
 }
 

@@ -43,16 +43,6 @@ protected:
 
     static const unsigned int bufferSize = 512;  // bytes
 
-    /// Adds an item, made with new, to the work list.
-    void pushItem(void* item);
-    /// Whether another item can be added; false when there is no memory for it,
-    /// where adding it would end the process.
-    bool hasRoomForItem();
-    /// Takes the last item off the work list; null if there is none.
-    void* popItem();
-    /// Empties the work list.
-    void freeItems();
-
     char buffer[bufferSize];    // payload of the record
     char* cursor;               // next byte of `buffer` to write or read
     unsigned int capacity;      // bufferSize
@@ -64,5 +54,16 @@ protected:
     unsigned int arg3;          // a version
     unsigned int arg4;          // a length in bytes
     const char* typeName;       // of a type record; not owned
-    fxVoidPtrArray workQueue;   // owned items of work, last one first
+    fxVoidPtrArray workQueue;   // owned items that a host queued, last one first
+
+private:
+    friend class fxBinaryWriter;
+    friend class fxBinaryReader;
+
+    // Adds an item, made with new, to `workQueue`.
+    void pushItem(void* item);
+    // Takes the last item off it; null if there is none.
+    void* popItem();
+    // Empties it.
+    void freeItems();
 };

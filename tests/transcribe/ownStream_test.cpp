@@ -1,5 +1,8 @@
 // ownStream_test.cpp - the library's own stream gets and gives the same bytes as a host's class.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <functional>
 #include <string>
@@ -10,6 +13,7 @@
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 #include "kelvofxds/containers/fxTypedArrays.h"
 #include "kelvofxds/str/fxStrArray.h"
+#include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxBinaryWriter.h"
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "tests/support/memoryStream.h"
@@ -305,4 +309,153 @@ TEST(ownStream, objectsResetTheirWriter) {
                        "02 04000000 'Obj' 00 | 0b 05000000 | 0a 05000000 04000000 01000000")),
               dump(seenByHosts(act)));
     EXPECT_EQ(dump(seenByHosts(act)), dump(seenByOwnFile(act)));
+}
+
+// Reading.
+
+namespace {
+// Strings, ints of several lengths and strings again, each followed by "host".
+struct Sequence {
+    Sequence() {
+        MemoryStream stream;
+        fxBinaryWriter writer(&stream);
+        for (unsigned int n : {0U, 1U, 100U, 1023U, 1024U, 1025U, 9000U, 50000U}) {
+            fxStrArray strings;
+            fill(strings, n % 1000);
+            EXPECT_EQ(1, writer.writeObject(&strings, &strings));
+            stream.written += "host";
+            ends.push_back(static_cast<long>(stream.written.size()));
+            fxIntArray ints;
+            fill(ints, n);
+            EXPECT_EQ(1, writer.writeObject(&ints, &ints));
+            stream.written += "host";
+            ends.push_back(static_cast<long>(stream.written.size()));
+            writer.reset();  // the arrays go, and their addresses with them
+        }
+        bytes = stream.written;
+    }
+
+    std::string bytes;
+    std::vector<long> ends;
+};
+
+// The next root of `reader`, written again.
+std::string rewritten(fxBinaryReader& reader, fxTypeObj& type) {
+    fxTypeObj::registerType(&type);
+    auto* array = static_cast<fxArray*>(reader.readObject(type));
+    fxTypeObj::registerType(&fxStrArray_type);
+    if (!array)
+        return "null";
+    MemoryStream stream;
+    fxBinaryWriter(&stream).writeObject(array, array);
+    delete array;
+    return stream.written;
+}
+}  // namespace
+
+TEST(ownStream, readingStopsBehindAnObject) {
+    const Sequence sequence;
+    OwnFile own(sequence.bytes);
+    MemoryStream hosts(sequence.bytes);
+    fxBinaryReader ownReader(&own.stream, 0x1122, 0x33445566, "ieee");
+    fxBinaryReader hostsReader(&hosts, 0x1122, 0x33445566, "ieee");
+    for (std::size_t i = 0; i < sequence.ends.size(); ++i) {
+        SCOPED_TRACE(i);
+        fxTypeObj& type = i % 2 == 0 ? fxStrArray_type : fxIntArray_type;
+        const std::string read = rewritten(hostsReader, type);
+        EXPECT_NE("null", read);
+        EXPECT_TRUE(read == rewritten(ownReader, type));
+        char text[5] = {};
+        EXPECT_EQ(4U, std::fread(text, 1, 4, own.file));
+        EXPECT_STREQ("host", text);
+        hosts.position += 4;
+        EXPECT_EQ(sequence.ends[i], static_cast<long>(hosts.position));
+        EXPECT_EQ(sequence.ends[i], own.position());
+    }
+}
+
+TEST(ownStream, readingWaitsForNothingBehindAnObject) {
+    fxIntArray ints;
+    fill(ints, 9000);
+    MemoryStream stream;
+    fxBinaryWriter(&stream).writeObject(&ints, &ints);
+    int ends[2];
+    ASSERT_EQ(0, ::pipe(ends));
+    ASSERT_LE(static_cast<int>(stream.written.size()), ::fcntl(ends[1], F_SETPIPE_SZ, 1 << 20));
+    ASSERT_EQ(static_cast<ssize_t>(stream.written.size()),
+              ::write(ends[1], stream.written.data(), stream.written.size()));
+    OwnFile own(::fdopen(ends[0], "r"));
+    fxBinaryReader reader(&own.stream, 0x1122, 0x33445566, "ieee");
+    // Would wait for ever: the other end stays open.
+    EXPECT_TRUE(stream.written == rewritten(reader, fxIntArray_type));
+    ::close(ends[1]);
+}
+
+TEST(ownStream, derivedClassesAreAskedForEveryField) {
+    const Sequence sequence;
+    MemoryStream hosts(sequence.bytes);
+    hosts.logging = true;
+    OwnFile own(sequence.bytes);
+    LoggingStdioStream derived(::dup(::fileno(own.file)), fxStream::readStream);
+    derived.count = 1;
+    fxBinaryReader hostsReader(&hosts, 0x1122, 0x33445566, "ieee");
+    fxBinaryReader derivedReader(&derived, 0x1122, 0x33445566, "ieee");
+    EXPECT_TRUE(rewritten(hostsReader, fxStrArray_type) ==
+                rewritten(derivedReader, fxStrArray_type));
+    EXPECT_TRUE(hosts.calls == derived.calls);
+    EXPECT_LT(3U, hosts.calls.size());
+}
+
+TEST(ownStream, cutStreamsEndAlike) {
+    fxStrArray strings;
+    fill(strings, 40);
+    MemoryStream whole;
+    fxBinaryWriter(&whole).writeObject(&strings, &strings);
+    const std::size_t firstBody = whole.written.find('\x45');
+    for (std::size_t n = firstBody; n <= whole.written.size(); ++n) {
+        SCOPED_TRACE(n);
+        const std::string cut = whole.written.substr(0, n);
+        OwnFile own(cut);
+        fxBinaryReader reader(&own.stream, 0x1122, 0x33445566, "ieee");
+        auto* read = static_cast<fxArray*>(reader.readObject(fxStrArray_type));
+        EXPECT_EQ(n == whole.written.size(), read != nullptr);
+        EXPECT_EQ(static_cast<long>(n), own.position());
+        if (!read)
+            read = static_cast<fxArray*>(reader.alreadyRead(1));
+        delete read;
+    }
+}
+
+TEST(ownStream, payloadThatABlockHasNoRoomForIsRead) {
+    // A block of 2 bytes in a record with 5, at the end of the object.
+    const std::string bytes =
+        hex("02 02000000 'Obj' 00 | 0a 01000000 02000000 01000000"
+            "03 03000000 02000000 | 45 05 03000000 02000000 'abcde'");
+    const ReadScript script([](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+        return t.xdr(&self.blocks[0], 2);
+    });
+    OwnFile own(bytes + "host");
+    fxBinaryReader reader(&own.stream, 0x1122, 0x33445566, "ieee");
+    const auto* root = static_cast<ScriptedObject*>(reader.readObject(objType));
+    ASSERT_NE(nullptr, root);
+    EXPECT_EQ("ab", std::string(root->blocks[0], 2));
+    EXPECT_EQ(static_cast<long>(bytes.size()), own.position());
+    delete[] root->blocks[0];
+}
+
+TEST(ownStream, objectsResetTheirReader) {
+    const ReadScript script([](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+        if (self.type == &subType)
+            t.reset();
+        return self.type == &subType || self.xdrLink(t, 0);
+    });
+    OwnFile own(
+        hex("02 02000000 'Obj' 00 | 02 04000000 'Sub' 00 | 0a 01000000 02000000 01000000"
+            "0b 03000000 00000000 | 0a 05000000 04000000 01000000"
+            "02 04000000 'Sub' 00 | 0a 03000000 04000000 01000000"));
+    fxBinaryReader reader(&own.stream, 0x1122, 0x33445566, "ieee");
+    // Number 3 is met once more, and forgotten at once.
+    EXPECT_EQ(nullptr, reader.readObject(objType));
+    EXPECT_EQ(nullptr, ReadScript::made()[0]->links[0]);
+    EXPECT_EQ(3U, ReadScript::made().size());
 }
