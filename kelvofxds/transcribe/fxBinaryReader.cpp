@@ -85,7 +85,7 @@ void fxBinaryReader::reset() {
 // Records. A record is read in full before the next one, but a payload longer
 // than the buffer is read in pieces of the buffer's size.
 
-inline unsigned char fxBinaryReader::get(char* to, unsigned int n) {
+unsigned char fxBinaryReader::get(char* to, unsigned int n) {
     return index->source.get(*stream, to, n);
 }
 
@@ -113,14 +113,18 @@ unsigned char fxBinaryReader::readFields(unsigned int lengthClass) {
     const bool atOnce = index->source.isOwn();
     char bytes[fxBinaryFormat::mostHeadBytes];
     const unsigned int first = atOnce ? lengthSize + wordsSize : lengthSize;
-    if (first != 0 && !get(bytes, first))
-        return 0;
+    const char* fields = index->source.ready(first);
+    if (!fields) {
+        fields = bytes;
+        if (first != 0 && !get(bytes, first))
+            return 0;
+    }
     if (!record)
         fxFatal("Whoops!");
-    char* const words = bytes + lengthSize;
-    if (!atOnce && wordsSize != 0 && !get(words, wordsSize))
+    if (!atOnce && wordsSize != 0 && !get(bytes + lengthSize, wordsSize))
         return 0;
-    unreadPayload = fxBinaryFormat::getLittle(bytes, lengthSize);
+    const char* const words = fields + lengthSize;
+    unreadPayload = fxBinaryFormat::getLittle(fields, lengthSize);
     unsigned int arguments[] = {0, arg1, arg2, arg3, arg4};
     for (unsigned int i = 0; i < record->wordsRead; ++i)
         arguments[static_cast<unsigned int>(record->words[i])] =

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 #include "kelvofxds/transcribe/fxShortCopyInternal.h"
 #include "kelvofxds/transcribe/fxStdioStreamInternal.h"
@@ -37,21 +38,41 @@ public:
     /// Whether nobody sees in which calls the bytes are read.
     bool isOwn() const { return file != nullptr; }
 
+    /// Takes `n` bytes of the library's own stream that lie ready in memory and
+    /// stay there until more is read; null, and nothing is taken, if they do not.
+    const char* ready(unsigned int n) {
+        const char* from = nullptr;
+        if (next != end) {
+            if (n <= static_cast<std::size_t>(end - next)) {
+                from = next;
+                next += n;
+            }
+            return from;
+        }
+#ifdef __GLIBC__
+        // In the file's buffer. Where that is, this C library tells every program
+        // that is compiled with it, by its getc_unlocked.
+        if (file && n <= static_cast<std::size_t>(file->_IO_read_end - file->_IO_read_ptr)) {
+            from = file->_IO_read_ptr;
+            file->_IO_read_ptr += n;
+        }
+#endif
+        return from;
+    }
+
     /// Reads `n` bytes.
     unsigned char get(fxStream& stream, char* to, unsigned int n) {
         if (!file)
             return stream.getBytes(to, n);
-        if (next != end)
-            return getAhead(to, n);
-        if (n > few)
-            return ::fread_unlocked(to, 1, n, file) == n;
-        for (unsigned int i = 0; i < n; ++i) {
-            const int c = ::getc_unlocked(file);
-            if (c == EOF)
-                return 0;
-            to[i] = static_cast<char>(c);
+        if (const char* from = ready(n)) {
+            fxCopyShort(to, from, n);
+            return 1;
         }
-        return 1;
+        const unsigned int there = static_cast<unsigned int>(end - next);
+        if (there != 0)
+            std::memcpy(to, next, there);
+        next = end;
+        return ::fread_unlocked(to + there, 1, n - there, file) == n - there;
     }
 
     /// Is told that `n` bytes of payload at least are going to be read, heads not
@@ -68,16 +89,8 @@ public:
     }
 
 private:
-    static const unsigned int few = 24;  // bytes that cost less one by one
     static constexpr unsigned int worthwhile = 4096;
     static constexpr unsigned int most = 32 * 1024;
-
-    [[gnu::noinline]] unsigned char getAhead(char* to, unsigned int n) {
-        const unsigned int there = std::min(n, static_cast<unsigned int>(end - next));
-        fxCopyShort(to, next, there);
-        next += there;
-        return there == n || ::fread_unlocked(to + there, 1, n - there, file) == n - there;
-    }
 
     std::FILE* file;   // the library's own stream's; null while any other is read
     char* ahead;       // owned; null until it is used
