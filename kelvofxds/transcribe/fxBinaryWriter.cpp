@@ -32,6 +32,10 @@ void* pointerAt(const void* field) {
     return address;
 }
 
+unsigned int sizeWithNul(const char* text) {
+    return static_cast<unsigned int>(std::strlen(text)) + 1;
+}
+
 void* addressOf(const fxObjectTable::Entry& entry) {
     // NOLINTNEXTLINE(performance-no-int-to-ptr): the table holds words.
     return reinterpret_cast<void*>(entry.key);
@@ -151,9 +155,42 @@ unsigned char fxBinaryWriter::writePending() {
     return writePendingWith(buffer);
 }
 
+// Puts everything before text and payload at `at`; returns where those go.
+inline char* fxBinaryWriter::putFields(char* at, const fxBinaryFormat::Record& record) const {
+    const unsigned int arguments[] = {0, arg1, arg2, arg3, arg4};
+    at = fxBinaryFormat::putHead(at, tag, payloadCount);
+    for (unsigned int i = 0; i < record.wordsWritten; ++i)
+        at = fxBinaryFormat::putWord(at, arguments[static_cast<unsigned int>(record.words[i])]);
+    return at;
+}
+
+inline unsigned char fxBinaryWriter::putRecord(const fxBinaryFormat::Record& record,
+                                               const char* text, const char* payload) {
+    char bytes[fxBinaryFormat::mostHeadBytes];
+    const char* const end = putFields(bytes, record);
+    return stream->putBytes(bytes, static_cast<unsigned int>(end - bytes)) &&
+           (!text || stream->putBytes(text, sizeWithNul(text))) &&
+           (payloadCount == 0 || stream->putBytes(payload, payloadCount));
+}
+
+unsigned char fxBinaryWriter::collectRecord(const fxBinaryFormat::Record& record, const char* text,
+                                            const char* payload) {
+    fxPiece& piece = index->piece;
+    char* const at = piece.room(fxBinaryFormat::mostHeadBytes);
+    if (!at)
+        return 0;
+    piece.take(static_cast<unsigned int>(putFields(at, record) - at));
+    return (!text || piece.add(text, sizeWithNul(text))) && piece.add(payload, payloadCount);
+}
+
 // Writes the pending record with the payload at `payload`.
 unsigned char fxBinaryWriter::writePendingWith(const char* payload) {
-    if (!writeHead() || (payloadCount != 0 && !put(payload, payloadCount)))
+    const fxBinaryFormat::Record* record = fxBinaryFormat::recordOf(tag);
+    if (!record)
+        fxFatal("Whoops!");
+    const char* const text = record->hasText ? typeName : nullptr;
+    if (!(index->piece.isCollecting() ? collectRecord(*record, text, payload)
+                                      : putRecord(*record, text, payload)))
         return 0;
     cursor = buffer;
     payloadCount = 0;
@@ -161,35 +198,9 @@ unsigned char fxBinaryWriter::writePendingWith(const char* payload) {
     return 1;
 }
 
-// Writes everything of the pending record but its payload.
-unsigned char fxBinaryWriter::writeHead() {
-    const fxBinaryFormat::Record* record = fxBinaryFormat::recordOf(tag);
-    if (!record)
-        fxFatal("Whoops!");
-    fxPiece& piece = index->piece;
-    char bytes[fxBinaryFormat::mostHeadBytes];
-    char* const head = piece.isCollecting() ? piece.room(sizeof bytes) : bytes;
-    if (!head)
-        return 0;
-    const unsigned int arguments[] = {0, arg1, arg2, arg3, arg4};
-    char* end = fxBinaryFormat::putHead(head, tag, payloadCount);
-    for (unsigned int i = 0; i < record->wordsWritten; ++i)
-        end = fxBinaryFormat::putWord(end, arguments[static_cast<unsigned int>(record->words[i])]);
-    const unsigned int n = static_cast<unsigned int>(end - head);
-    if (head != bytes)
-        piece.take(n);
-    else if (!stream->putBytes(head, n))
-        return 0;
-    return !record->hasText || put(typeName, static_cast<unsigned int>(std::strlen(typeName)) + 1);
-}
-
-inline unsigned char fxBinaryWriter::put(const char* bytes, unsigned int n) {
-    return index->piece.isCollecting() ? index->piece.add(bytes, n) : stream->putBytes(bytes, n);
-}
-
 // Writes the pending record with `n` bytes that need not go through the buffer.
 // Requires: no payload is pending, and `n` is at most the buffer's size.
-unsigned char fxBinaryWriter::writeInPlace(const char* data, unsigned int n) {
+inline unsigned char fxBinaryWriter::writeInPlace(const char* data, unsigned int n) {
     payloadCount = n;
     if (writePendingWith(data))
         return 1;
@@ -363,8 +374,8 @@ unsigned char writePointer(fxBinaryWriter& writer, Element* const* block, unsign
 
 unsigned char writeText(fxBinaryWriter& writer, const void* field) {
     void* text = pointerAt(field);
-    const std::size_t size = text ? std::strlen(static_cast<const char*>(text)) + 1 : 0;
-    return writer.writePrimPointer(text, static_cast<unsigned int>(size), fxOT_Bytes);
+    const unsigned int size = text ? sizeWithNul(static_cast<const char*>(text)) : 0;
+    return writer.writePrimPointer(text, size, fxOT_Bytes);
 }
 }  // namespace
 

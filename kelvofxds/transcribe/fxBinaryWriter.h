@@ -3,6 +3,10 @@
 
 #include "kelvofxds/transcribe/fxBinaryTranscriber.h"
 
+namespace fxBinaryFormat {
+struct Record;
+}
+
 /// One queued piece of a writer's work. Made with new.
 struct fxBinaryWriterItem {
     unsigned int kind;      ///< 0 an object, 1 a block.
@@ -103,10 +107,13 @@ private:
 
     unsigned char writePending();
     unsigned char writePendingWith(const char* payload);
-    unsigned char writeHead();
+    char* putFields(char* at, const fxBinaryFormat::Record& record) const;
+    unsigned char putRecord(const fxBinaryFormat::Record& record, const char* text,
+                            const char* payload);
+    unsigned char collectRecord(const fxBinaryFormat::Record& record, const char* text,
+                                const char* payload);
     unsigned char writeInPlace(const char* data, unsigned int n);
     unsigned char writeBlock(char* data, unsigned int n);
-    unsigned char put(const char* bytes, unsigned int n);
     unsigned char writeItem(const fxBinaryWriterItem& item, unsigned long number);
     bool takeItem(fxBinaryWriterItem& item, unsigned long& number);
     void addWork(const Work& work);
