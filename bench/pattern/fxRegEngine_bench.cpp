@@ -4,88 +4,16 @@
 // The hostile ones fail after everything has been tried; they stand beside the
 // one peer that does not take exponential time or overflow its stack on them.
 
-#include <re2/re2.h>
-#include <regex.h>
-
-#include <cstdio>
 #include <cstdlib>
-#include <regex>
 #include <string>
 #include <utility>
 
 #include "bench/support/beside.h"
 #include "bench/support/inputs.h"
+#include "bench/support/patterns.h"
 #include "kelvofxds/pattern/fxRegEngine.h"
 
 namespace {
-
-// Where the whole match lies; -1 and -1 if there is none.
-struct Span {
-    long start = -1, end = -1;
-};
-
-bool same(const Span& a, const Span& b) { return a.start == b.start && a.end == b.end; }
-
-[[noreturn]] void refuse(const char* implementation, const char* pattern) {
-    std::fprintf(stderr, "%s does not compile %s\n", implementation, pattern);
-    std::abort();
-}
-
-// A pattern compiled by everybody.
-class Patterns {
-public:
-    explicit Patterns(const char* pattern)
-        : own(fxregcomp(pattern)), standard(pattern), re2(pattern, re2::RE2::Latin1) {
-        if (!own)
-            refuse("kelvofxds", pattern);
-        if (::regcomp(&posix, pattern, REG_EXTENDED) != 0)
-            refuse("POSIX regcomp", pattern);
-        if (!re2.ok())
-            refuse("RE2", pattern);
-    }
-    Patterns(const Patterns&) = delete;
-    Patterns& operator=(const Patterns&) = delete;
-    ~Patterns() {
-        ::regfree(&posix);
-        std::free(own);
-    }
-
-    Span findOwn(const std::string& text) const {
-        if (!fxregexec(own, text.c_str()))
-            return Span();
-        return {own->startp[0] - text.c_str(), own->endp[0] - text.c_str()};
-    }
-
-    Span findPosix(const std::string& text) const {
-        regmatch_t match[fxregexp::groupCount];
-        if (::regexec(&posix, text.c_str(), fxregexp::groupCount, match, 0) != 0)
-            return Span();
-        return {match[0].rm_so, match[0].rm_eo};
-    }
-
-    Span findStandard(const std::string& text) const {
-        std::cmatch match;
-        if (!std::regex_search(text.c_str(), text.c_str() + text.size(), match, standard))
-            return Span();
-        return {match.position(0), match.position(0) + match.length(0)};
-    }
-
-    // With as many groups as the others report.
-    Span findRE2(const std::string& text) const {
-        re2::StringPiece groups[fxregexp::groupCount];
-        const int wanted = 1 + re2.NumberOfCapturingGroups();
-        if (!re2.Match(text, 0, text.size(), re2::RE2::UNANCHORED, groups, wanted))
-            return Span();
-        const long start = groups[0].data() - text.data();
-        return {start, start + static_cast<long>(groups[0].size())};
-    }
-
-private:
-    fxregexp* own;
-    regex_t posix;
-    std::regex standard;
-    re2::RE2 re2;
-};
 
 // Realistic cases.
 
@@ -145,7 +73,8 @@ void realisticCase() {
         [](const Input& in) { return in.patterns.findOwn(in.text); },
         Side{"regexec", [](const Input& in) { return in.patterns.findPosix(in.text); }},
         Side{"std::regex", [](const Input& in) { return in.patterns.findStandard(in.text); }},
-        Side{"RE2", [](const Input& in) { return in.patterns.findRE2(in.text); }});
+        Side{"RE2", [](const Input& in) { return in.patterns.findRE2(in.text); }},
+        Side{"PCRE2", [](const Input& in) { return in.patterns.findPCRE2(in.text); }});
 }
 
 template <int... all>
@@ -159,11 +88,14 @@ void realisticCases(std::integer_sequence<int, all...>) {
 struct Hostile {
     const char* pattern;
     const char* unit;  // of which the subject consists
+    const char* tail;  // and what it ends in
 };
 
 const Hostile hostile[] = {
-    {"(x+x+)+y", "x"},   {"(a|aa)*b", "a"}, {"(a|aa)*[b]", "a"}, {"(a|b)*c", "ab"},
-    {"(a|b)*[c]", "ab"}, {".*.*.*x", "ab"}, {".*.*.*[x]", "ab"},
+    {"(x+x+)+y", "x", ""},      {"(x+x+)+[y]", "x", ""},      {"(a|aa)*b", "a", ""},
+    {"(a|aa)*[b]", "a", ""},    {"(a|b)*c", "ab", ""},        {"(a|b)*[c]", "ab", ""},
+    {".*.*.*x", "ab", ""},      {".*.*.*[x]", "ab", ""},      {"((a+)+)+$", "a", "b"},
+    {"(a|b|ab)*[c]", "ab", ""}, {"([a-z]+)*[0-9]", "ab", ""}, {"^(([a-z]+)+)+[c]$", "a", "!"},
 };
 
 template <int which>
@@ -171,22 +103,22 @@ struct Failing {
     explicit Failing(unsigned int n) : patterns(hostile[which].pattern) {
         while (text.size() < n)
             text += hostile[which].unit;
+        text += hostile[which].tail;
     }
     Patterns patterns;
     std::string text;
 };
 
-void growing(benchmark::internal::Benchmark* b) {
-    for (std::int64_t n = 1 << 16; n <= 1 << 20; n *= 2)
-        b->Arg(n);
-    b->Unit(benchmark::kMillisecond);
+// Where attempts double with every byte, and where they have to be cut short.
+void shortAndGrowing(benchmark::internal::Benchmark* b) {
+    b->Arg(20)->Arg(30)->Arg(1000)->Arg(1 << 14)->Arg(1 << 17)->Arg(1 << 20);
 }
 
 template <int which>
 void hostileCase() {
     using Input = Failing<which>;
     beside<Input>(
-        std::string("fxRegEngine/hostile ") + hostile[which].pattern, Rate::bytes, growing,
+        std::string("fxRegEngine/hostile ") + hostile[which].pattern, Rate::bytes, shortAndGrowing,
         [](const Input& in) { return in.patterns.findOwn(in.text); },
         Side{"RE2", [](const Input& in) { return in.patterns.findRE2(in.text); }});
 }
@@ -194,6 +126,30 @@ void hostileCase() {
 template <int... all>
 void hostileCases(std::integer_sequence<int, all...>) {
     (hostileCase<all>(), ...);
+}
+
+// Alternatives, in a text of words that often begin like one of them.
+
+struct Words {
+    explicit Words(unsigned int n) : patterns("(needle|haystack|thread)") {
+        const char* const words[] = {"the ",  "farmer ", "needs ", "his ", "hay ",  "and ",
+                                     "then ", "three ",  "new ",   "red ", "hats ", "now "};
+        Random random;
+        while (text.size() < n)
+            text += words[random.below(sizeof words / sizeof *words)];
+        text += "haystack";
+    }
+    Patterns patterns;
+    std::string text;
+};
+
+void alternatives() {
+    beside<Words>(
+        "fxRegEngine/three alternatives", Rate::bytes,
+        [](benchmark::internal::Benchmark* b) { b->Arg(100)->Arg(1 << 14)->Arg(1 << 20); },
+        [](const Words& in) { return in.patterns.findOwn(in.text); },
+        Side{"RE2", [](const Words& in) { return in.patterns.findRE2(in.text); }},
+        Side{"PCRE2", [](const Words& in) { return in.patterns.findPCRE2(in.text); }});
 }
 
 // Compiling.
@@ -235,6 +191,7 @@ void compiling() {
 const bool registered = [] {
     realisticCases(std::make_integer_sequence<int, sizeof cases / sizeof *cases>());
     hostileCases(std::make_integer_sequence<int, sizeof hostile / sizeof *hostile>());
+    alternatives();
     compiling();
     return true;
 }();
