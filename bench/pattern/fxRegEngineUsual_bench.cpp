@@ -74,13 +74,14 @@ struct Lines {
 };
 
 // A number in which every match counts, with its place.
-std::int64_t noted(std::int64_t sum, const Span& match) {
-    return (sum * 31 + match.start * 7 + match.end + 3) % 1000000007;
+std::uint32_t noted(std::uint32_t sum, const Span& match) {
+    return sum * 31 + static_cast<std::uint32_t>(match.start) * 7 +
+           static_cast<std::uint32_t>(match.end);
 }
 
 template <int which, Span (Patterns::*find)(const std::string&, std::size_t) const>
 std::int64_t inLines(const Lines<which>& in) {
-    std::int64_t sum = 0;
+    std::uint32_t sum = 0;
     for (const std::string& line : in.lines)
         sum = noted(sum, (in.patterns.*find)(line, 0));
     return sum;
@@ -99,7 +100,7 @@ struct Whole {
 
 template <int which, Span (Patterns::*find)(const std::string&, std::size_t) const>
 std::int64_t inWhole(const Whole<which>& in) {
-    std::int64_t sum = 0;
+    std::uint32_t sum = 0;
     Span match;
     for (std::size_t from = 0; from < in.text.size(); from = static_cast<std::size_t>(match.end)) {
         match = (in.patterns.*find)(in.text, from);

@@ -2,14 +2,27 @@
 
 #include <cstring>
 
+#include "kelvofxds/pattern/fxRegCodeInternal.h"
 #include "kelvofxds/pattern/fxRegEngine.h"
 #include "kelvofxds/pattern/fxRegMatcherInternal.h"
 #include "kelvofxds/pattern/fxRegProgramInternal.h"
 
 namespace {
 
-bool contains(const char* subject, const char* text, int length) {
-    return memmem(subject, std::strlen(subject), text, static_cast<std::size_t>(length)) != nullptr;
+// The first occurrence of a text without a NUL; null if there is none. What is
+// behind it is not looked at.
+const char* find(const char* subject, const char* text, unsigned int length) {
+    if (length == 1)
+        return std::strchr(subject, *text);
+    const std::size_t longest = 16384;
+    for (std::size_t window = 256 + length;; window *= window < longest ? 4 : 1) {
+        const std::size_t there = strnlen(subject, window);
+        if (const void* found = memmem(subject, there, text, length))
+            return static_cast<const char*>(found);
+        if (there < window)
+            return nullptr;
+        subject += there - (length - 1);
+    }
 }
 
 void clearRegisters(fxregexp& prog) {
@@ -17,42 +30,68 @@ void clearRegisters(fxregexp& prog) {
         prog.startp[i] = prog.endp[i] = nullptr;
 }
 
-// Tries every occurrence of the byte with which all matches begin, from `at` on.
-// It is that of the literal run that they begin with.
-bool matchFromStartChar(fxRegMatcher& matcher, const fxregexp& prog, const char* at) {
-    const char* branch = prog.program + 1;
-    const char* node = fxRegIsBranch(branch) ? fxRegOperand(branch) : branch;
-    const char* run = fxRegOp(node) == OP_EXACT ? fxRegOperand(node) : "";
-    const bool isRun = *run == prog.startchar && run[1] != '\0';
-    for (;; ++at) {
-        at = isRun ? std::strstr(at, run) : std::strchr(at, prog.startchar);
-        if (!at)
-            return false;
-        if (matcher.regtry(at))
-            return true;
-    }
-}
+// Where the text that every match needs is next.
+class Required {
+public:
+    Required(const fxRegCode& decoded, const char* subject)
+        : code(decoded), known(subject), isSought(decoded.required != nullptr) {}
 
-// Tries every position, after a few failures only those that have a chance.
-bool matchAnywhere(fxRegMatcher& matcher, const char* subject) {
-    const int patience = 8;
-    const fxRegByteSet* first = nullptr;
-    const char* at = subject;
-    for (int failures = 0;; ++failures) {
-        if (failures == patience)
-            first = matcher.firstBytes();
-        if (first) {
-            while (!first->contains(*at) && *at != '\0')
-                ++at;
-            if (!first->contains(*at))
-                return false;
+    // Whether it is anywhere from `at` on.
+    bool isBehind(const char* at) {
+        if (!isSought || (isFound && at <= known))
+            return true;
+        known = find(at, code.required, code.requiredLength);
+        isFound = true;
+        return known != nullptr;
+    }
+
+private:
+    const fxRegCode& code;
+    const char* known;
+    bool isSought;
+    bool isFound = false;
+};
+
+// Where to try next.
+class Attempts {
+public:
+    Attempts(const fxRegCode& decoded, const fxregexp& prog, const char* subject)
+        : code(decoded),
+          startchar(prog.anchored ? '\0' : prog.startchar),
+          end(subject),
+          byHint(startchar != '\0' && code.starts.isAnywhere()) {}
+
+    // The first place from `at` on, or null.
+    const char* from(const char* at) {
+        for (;; ++at) {
+            at = byHint ? std::strchr(at, startchar) : code.starts.next(at, end);
+            if (!at || startchar == '\0' || *at == startchar)
+                return at;
+            if (*at == '\0')
+                return nullptr;
         }
+    }
+
+private:
+    const fxRegCode& code;
+    char startchar;
+    fxRegTextEnd end;
+    bool byHint;
+};
+
+bool matchFrom(fxRegMatcher& matcher, const fxRegCode& code, Attempts& attempts, const char* at) {
+    Required required(code, at);
+    while (at) {
         if (matcher.regtry(at))
             return true;
         if (*at == '\0')
             return false;
         at = matcher.next();
+        if (!at || !required.isBehind(at))
+            return false;
+        at = attempts.from(at);
     }
+    return false;
 }
 
 }  // namespace
@@ -62,23 +101,28 @@ int fxregexec(fxregexp* prog, const char* subject) {
         fxregerror("NULL parameter");
         return 0;
     }
-    if (!fxRegIsMagic(*prog) || !fxRegIsSound(*prog)) {
+    if (!fxRegIsMagic(*prog)) {
         fxregerror("corrupted program");
         return 0;
     }
-    if (prog->must && !contains(subject, prog->must, prog->mustlen))
+    const fxRegCodeLease lease(*prog);
+    const fxRegCode* code = lease.code();
+    if (!code)
         return 0;
-    const bool hasStartChar = !prog->anchored && prog->startchar;
-    const char* first = hasStartChar ? std::strchr(subject, prog->startchar) : subject;
-    if (!first)
+    if (prog->must && !find(subject, prog->must, static_cast<unsigned int>(prog->mustlen)))
+        return 0;
+    Attempts attempts(*code, *prog, subject);
+    const char* first = prog->anchored ? subject : attempts.from(subject);
+    if (!first && prog->startchar &&
+        (code->starts.isOneByte() || !std::strchr(subject, prog->startchar)))
         return 0;
     // The first try does this, also one that is left out because it must fail.
     // Those that follow find nothing to clear.
     clearRegisters(*prog);
-    fxRegMatcher matcher(*prog, subject);
+    if (!first)
+        return 0;
+    fxRegMatcher matcher(*prog, *code, subject);
     if (prog->anchored)
         return matcher.regtry(subject);
-    if (hasStartChar)
-        return matchFromStartChar(matcher, *prog, first);
-    return matchAnywhere(matcher, subject);
+    return matchFrom(matcher, *code, attempts, first);
 }

@@ -9,8 +9,6 @@
 
 namespace {
 
-const unsigned int sizeLimit = 0x8000;  // bytes; all programs that compile have fewer
-
 // What a node is made of.
 enum Kind : unsigned char { unknown, plain, withText, withNode, backward, end };
 
@@ -29,55 +27,32 @@ Kind kindOf(const char* node) {
     return op < knownOps ? kinds[op] : unknown;
 }
 
-// A program that passed, byte for byte: a block has no place to say so in, and
-// may be damaged from one search to the next.
-struct Passed {
-    unsigned int length;  // of `bytes`; 0 for none
-    char bytes[248];
-};
-
-const unsigned int mostPassed = 4;
-Passed passedLast[mostPassed];
-
-// What the check knows of each place in a program: too much for the stack of a
-// small thread, and the engine is not reentrant.
-unsigned char marks[sizeLimit];
-
-// Walks the nodes of a program once, and those of its loops once more for each,
-// unless it is one of those.
+// Walks the nodes of a program once, and those of its loops once more for each.
 class ProgramCheck {
 public:
-    explicit ProgramCheck(const fxregexp& block)
-        : prog(block),
-          program(block.program),
-          size(sizeOf(block)),
-          length(0),
+    ProgramCheck(const fxregexp& block, unsigned int bytes, unsigned char* places)
+        : program(block.program),
+          size(bytes),
+          marks(places),
           last(1),
-          firstHead(sizeLimit),
+          firstHead(fxRegSizeLimit),
           lastBack(0),
           cleared(0) {}
 
-    bool passes() {
-        Passed& known = passedLast[reinterpret_cast<std::uintptr_t>(&prog) / 64 % mostPassed];
-        if (!isSameAs(known)) {
-            if (!walk() || !everyTargetIsNode() || (lastBack != 0 && !everyLoopConsumes()))
-                return false;
-            length = last + fxRegNodeSize < size ? last + fxRegNodeSize : size;
-            rememberIn(known);
-        }
-        return hintsAreInside();
+    // The place of the last node; 0 if it does not pass.
+    unsigned int lastNode() {
+        const bool passes = walk() && everyTargetIsNode() && (lastBack == 0 || everyLoopConsumes());
+        return passes ? last : 0;
     }
 
 private:
     // What is known of a place in the program.
     enum Mark : unsigned char {
-        node = 1,
+        node = fxRegNodeMark,
         target = 2,  // of a link, or an operand
         settled = 4  // a node from which no way without a byte comes back to it
     };
     static const unsigned int step = 64;  // marks cleared at a time
-
-    static unsigned int sizeOf(const fxregexp& block);
 
     void clearUpTo(unsigned int place) {
         for (; cleared <= place; cleared += step)
@@ -100,30 +75,15 @@ private:
     bool isSettledAt(const char* next) const {
         return !next || next > program + lastBack || marks[next - program] & settled;
     }
-    bool isSameAs(const Passed& known);
-    void rememberIn(Passed& known) const;
-    bool hintsAreInside() const;
 
-    const fxregexp& prog;
     const char* program;
     unsigned int size;       // bytes of the program, or more where that cannot be told
-    unsigned int length;     // bytes up to the end, once that is known
+    unsigned char* marks;    // what is known of each place in the program
     unsigned int last;       // the last target
     unsigned int firstHead;  // the first target of an OP_BACK
     unsigned int lastBack;   // the last OP_BACK, or 0
     unsigned int cleared;    // of `marks`
 };
-
-// What malloc knows is a little more, and all there is against a program without
-// an end.
-unsigned int ProgramCheck::sizeOf(const fxregexp& block) {
-    const std::size_t fixed = offsetof(fxregexp, program);
-    const std::size_t usable =
-        fxUsableSizeIsKnown ? malloc_usable_size(const_cast<fxregexp*>(&block)) : 0;
-    if (usable <= fixed || usable - fixed > sizeLimit)
-        return sizeLimit;
-    return static_cast<unsigned int>(usable - fixed);
-}
 
 // In the order of the bytes, up to the end or to where no link leads any more.
 // How long an unknown node is cannot be told: the next place that a link leads to
@@ -232,34 +192,31 @@ bool ProgramCheck::isSettled(const char* at) const {
     }
 }
 
-bool ProgramCheck::isSameAs(const Passed& known) {
-    if (known.length == 0 || known.length > size ||
-        std::memcmp(known.bytes, program, known.length) != 0)
-        return false;
-    length = known.length;
-    return true;
+}  // namespace
+
+// What malloc knows is a little more, and all there is against a program without
+// an end.
+unsigned int fxRegSizeOf(const fxregexp& prog) {
+    const std::size_t fixed = offsetof(fxregexp, program);
+    const std::size_t usable =
+        fxUsableSizeIsKnown ? malloc_usable_size(const_cast<fxregexp*>(&prog)) : 0;
+    if (usable <= fixed || usable - fixed > fxRegSizeLimit)
+        return fxRegSizeLimit;
+    return static_cast<unsigned int>(usable - fixed);
 }
 
-// What passed may depend on bytes behind the last target if that is not the end.
-void ProgramCheck::rememberIn(Passed& known) const {
-    if (length > sizeof known.bytes || fxRegOp(program + last) != OP_END)
-        return;
-    known.length = length;
-    std::memcpy(known.bytes, program, length);
+unsigned int fxRegLastNode(const fxregexp& prog, unsigned int size, unsigned char* marks) {
+    return ProgramCheck(prog, size, marks).lastNode();
 }
 
-bool ProgramCheck::hintsAreInside() const {
-    if (prog.startchar && !std::memchr(program + 1, prog.startchar, length - 1))
+bool fxRegHintsAreInside(const fxregexp& prog, unsigned int length) {
+    if (prog.startchar && !std::memchr(prog.program + 1, prog.startchar, length - 1))
         return false;
     if (!prog.must)
         return true;
-    if (!fxPointsInto(prog.must, program, length) || prog.mustlen <= 0)
+    if (!fxPointsInto(prog.must, prog.program, length) || prog.mustlen <= 0)
         return false;
     const std::size_t mustLength = static_cast<std::size_t>(prog.mustlen);
-    return mustLength <= static_cast<std::size_t>(program + length - prog.must) &&
+    return mustLength <= static_cast<std::size_t>(prog.program + length - prog.must) &&
            !std::memchr(prog.must, '\0', mustLength);
 }
-
-}  // namespace
-
-bool fxRegIsSound(const fxregexp& prog) { return ProgramCheck(prog).passes(); }

@@ -35,9 +35,26 @@ inline bool fxRegIsClose(unsigned char op) {
     return op > OP_CLOSE && op < OP_CLOSE + fxregexp::groupCount;
 }
 
+inline bool fxRegIsRepetition(unsigned char op) { return op == OP_STAR || op == OP_PLUS; }
+
+/// Whether the operation matches one byte, or begins with one, and can be repeated.
+inline bool fxRegIsSimple(unsigned char op) {
+    return op == OP_ANY || op == OP_ANYOF || op == OP_ANYBUT || op == OP_EXACT;
+}
+
 inline bool fxRegIsBranch(const char* node) { return node && fxRegOp(node) == OP_BRANCH; }
 
-/// Whether the program can be run: all links lead to nodes before its end, no
-/// loop consumes nothing, and the hints are in it. Operations may be unknown and
-/// chains may stop. Linear in the program's size.
-bool fxRegIsSound(const fxregexp& prog);
+const unsigned int fxRegSizeLimit = 0x8000;  // bytes; all programs that compile have fewer
+const unsigned char fxRegNodeMark = 1;       // of places at which there is a node
+
+/// The bytes of the program, or more where that cannot be told.
+unsigned int fxRegSizeOf(const fxregexp& prog);
+
+/// Where the last node of a program of `size` bytes is; 0 if it cannot be run: a
+/// link leads to no node before its end, or a loop consumes nothing. Operations
+/// may be unknown and chains may stop. Up to there `marks`, which has room for
+/// fxRegSizeLimit, tells the nodes. Linear in the program's size.
+unsigned int fxRegLastNode(const fxregexp& prog, unsigned int size, unsigned char* marks);
+
+/// Whether the hints are in the first `length` bytes of the program.
+bool fxRegHintsAreInside(const fxregexp& prog, unsigned int length);

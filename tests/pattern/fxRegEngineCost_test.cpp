@@ -262,7 +262,7 @@ void takeAllMemory(std::size_t kept) {
     std::vector<Compiled> programs;
     std::vector<std::string> subjects;
     for (const char* prefix : {"", "a?", "a?a?", "(b|a)", "(b|a)a?", "(b|a)a?a?"})
-        programs.push_back(compiled(prefix + std::string("(a*b)*[c]")));
+        programs.push_back(compiled(prefix + std::string("(a|aa|b)*[c]")));
     std::string subject = "aaaa";
     for (unsigned int i = 0; i < 3000; ++i) {
         subject += "aaab";

@@ -236,6 +236,72 @@ std::string randomSubject(Random& random, unsigned int longest) {
     return subject;
 }
 
+// Patterns of words, classes and repetitions in usual places, many of them long.
+class LongPatterns {
+public:
+    explicit LongPatterns(Random& source) : random(source) {}
+
+    std::string next() {
+        words.clear();
+        std::string pattern = random.oneIn(10) ? "^" : random.oneIn(8) ? "\\<" : "";
+        const unsigned int pieces = random.oneIn(6) ? 20 + random.below(20) : 1 + random.below(5);
+        unsigned int groups = 0;
+        for (unsigned int i = 0; i < pieces; ++i)
+            pattern += groups < 9 && random.oneIn(3) ? group(++groups) : leaf();
+        const char* const endings[] = {"", "", "", "$", "\\>", ".*$"};
+        return pattern + endings[random.below(6)];
+    }
+
+    // Words of the last pattern, whole and cut, and what classes have, in others.
+    std::string subject(unsigned int longest) {
+        std::string text;
+        const unsigned int length = random.below(longest + 1), rare = 1 + random.below(40);
+        while (text.size() < length) {
+            if (words.empty() || !random.oneIn(rare))
+                text += "gh =-0 g"[random.below(8)];
+            else
+                text += part(words[random.below(static_cast<unsigned int>(words.size()))]);
+        }
+        return text;
+    }
+
+private:
+    std::string part(const std::string& word) {
+        const auto length = static_cast<unsigned int>(word.size());
+        return random.oneIn(3) ? word.substr(0, random.below(length) + 1) : word;
+    }
+
+    std::string word() {
+        std::string letters;
+        for (unsigned int n = 1 + random.below(random.oneIn(8) ? 24 : 5); n > 0; --n)
+            letters += "abcdefgh=0"[random.below(10)];
+        words.push_back(letters);
+        return letters;
+    }
+
+    std::string group(unsigned int) {
+        std::string text = "(" + leaf();
+        for (unsigned int others = random.below(random.oneIn(10) ? 20 : 4); others > 0; --others)
+            text += "|" + (random.oneIn(3) ? word() + leaf() : word());
+        const char* const behind[] = {")", ")", ")", ")?", ")*", ")+"};
+        return text + behind[random.below(6)];
+    }
+
+    std::string leaf() {
+        const char* const classes[] = {"[a-f]", "[0-9]", "[a-h0-9=]", "[^ ]", "[^=]",
+                                       "[ab]",  ".",     "[-=]",      "[gh]", "[^a-z]"};
+        const char* const repetitions[] = {"+", "*", "", "+", "?"};
+        if (random.oneIn(3))
+            return word();
+        const unsigned int kind = random.below(10);
+        words.push_back(kind % 2 != 0 ? "0=" : "ab");
+        return classes[kind] + std::string(repetitions[random.below(5)]);
+    }
+
+    Random& random;
+    Texts words;
+};
+
 void print(const char* what, const Comparison& comparison) {
     std::printf("%s: %lu patterns, %lu compile; %lu pairs compared, %lu match", what,
                 comparison.patterns, comparison.programs, comparison.pairs, comparison.matches);
@@ -287,4 +353,28 @@ TEST(fxRegEngineExhaustive, expensiveMatchesGiveTheSame) {
     // What the engine does about cost has been at work often enough.
     EXPECT_LE(rounds / 40, comparison.expensive);
     EXPECT_LE(rounds / 2, comparison.matches);
+}
+
+// Texts long enough for everything by which places are found at which matches
+// can begin, and programs too long to be seen through.
+TEST(fxRegEngineExhaustive, longPatternsInLongSubjectsGiveTheSame) {
+    const unsigned int seed = 20250303;
+    std::printf("seed %u\n", seed);
+    Random random(seed);
+    LongPatterns patterns(random);
+    takeRegErrors();
+    Comparison comparison;
+    const unsigned int rounds = isFullRun() ? 200000 : 6000;
+    for (unsigned int round = 0; round < rounds; ++round) {
+        comparison.take(patterns.next());
+        if (!comparison.hasProgram())
+            continue;
+        for (unsigned int i = 0; i < 7; ++i)
+            comparison.compare(patterns.subject(12U << i), 100000);
+    }
+    print("long patterns", comparison);
+    EXPECT_EQ(0U, comparison.differences);
+    EXPECT_EQ(Messages(), takeRegErrors());
+    EXPECT_LE(rounds, comparison.matches);
+    EXPECT_LE(rounds, comparison.pairs - comparison.matches);
 }

@@ -2,7 +2,9 @@
 // program has.
 
 #include <malloc.h>
+#include <pthread.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -204,6 +206,103 @@ TEST(fxRegProgram, aProgramIsLookedAtAgainBeforeEverySearch) {
         expectRefused(*program, "aax");
         program->program[at] = OP_ANY;
         expectSane(*others[round % others.size()], "abc");
+    }
+}
+
+// What is kept of a program is that of its bytes.
+TEST(fxRegProgram, aChangedProgramMeansWhatItSaysNow) {
+    const Compiled program = compiled("x[ab]+(cd|ef)y");
+    const auto changed = [&](const char* text, char becomes) {
+        char* const place = static_cast<char*>(
+            memmem(program->program + 1,
+                   malloc_usable_size(program.get()) - offsetof(fxregexp, program) - 1, text,
+                   std::strlen(text)));
+        ASSERT_TRUE(place != nullptr);
+        *place = becomes;
+    };
+    for (unsigned int round = 0; round < 3; ++round) {
+        EXPECT_EQ(1, fxregexec(program.get(), "xabefy"));
+        EXPECT_EQ(0, fxregexec(program.get(), "xabgfy"));
+        changed("ef", 'g');
+        EXPECT_EQ(0, fxregexec(program.get(), "xabefy"));
+        EXPECT_EQ(1, fxregexec(program.get(), "xabgfy"));
+        changed("ab", 'q');
+        EXPECT_EQ(0, fxregexec(program.get(), "xabgfy"));
+        EXPECT_EQ(1, fxregexec(program.get(), "xqbgfy"));
+        changed("qb", 'a');
+        changed("gf", 'e');
+        program->startchar = 'y';
+        EXPECT_EQ(0, fxregexec(program.get(), "xabefy"));
+        program->startchar = 'x';
+    }
+}
+
+TEST(fxRegProgram, aProgramAtTheAddressOfAnotherIsItself) {
+    const std::size_t size = sizeof(fxregexp) + 200;
+    fxregexp* const block = static_cast<fxregexp*>(std::malloc(size));
+    ASSERT_TRUE(block != nullptr);
+    std::memset(static_cast<void*>(block), 0, size);
+    const char* const subject = "dc7=";
+    for (unsigned int round = 0; round < 40; ++round) {
+        const bool odd = round % 2 != 0;
+        const Compiled source = compiled(odd ? "[0-9]+=" : "(c|d)+[0-9]=");
+        std::memcpy(static_cast<void*>(block), source.get(),
+                    std::min(size, malloc_usable_size(source.get())));
+        EXPECT_EQ(odd ? "0:2-4" : "0:0-4 1:1-2",
+                  fxregexec(block, subject) ? groupsOf(*block, subject) : "none")
+            << round;
+    }
+    std::free(block);
+}
+
+// More than are kept, long ones too, each between others.
+TEST(fxRegProgram, manyProgramsTakeTurns) {
+    std::vector<Compiled> programs;
+    for (unsigned int i = 0; i < 100; ++i)
+        programs.push_back(compiled("(" + std::string(i * 20, 'x') + "|[a-c]+" + std::to_string(i) +
+                                    "|[^a-z]b)="));
+    for (unsigned int round = 0; round < 3; ++round) {
+        for (unsigned int i = 0; i < programs.size(); ++i) {
+            const std::string subject = "  bca" + std::to_string(i) + "=";
+            ASSERT_EQ(1, fxregexec(programs[i].get(), subject.c_str())) << i;
+            EXPECT_EQ(subject.c_str() + 2, programs[i]->startp[0]);
+            EXPECT_EQ(subject.c_str() + subject.size(), programs[i]->endp[0]);
+        }
+    }
+}
+
+namespace {
+struct Worker {
+    unsigned int seed;
+    unsigned int wrong;
+};
+
+// Searches with programs of its own.
+void* searchOften(void* argument) {
+    Worker& worker = *static_cast<Worker*>(argument);
+    for (unsigned int i = 0; i < 4000; ++i) {
+        const std::string number = std::to_string(worker.seed + i % 50);
+        const Compiled program = compiled("([a-z]+|" + number + ")=(" + number + "|x)+;");
+        const std::string subject = "..." + number + "=x" + number + ";";
+        for (unsigned int again = 0; again < 3; ++again) {
+            const int result = fxregexec(program.get(), subject.c_str());
+            worker.wrong += result != 1 || program->startp[0] != subject.c_str() + 3 ||
+                            program->endp[0] != subject.c_str() + subject.size();
+        }
+        worker.wrong += fxregexec(program.get(), "abc=y;") != 0;
+    }
+    return nullptr;
+}
+}  // namespace
+
+TEST(fxRegProgram, threadsSearchWithProgramsOfTheirOwnAtOneTime) {
+    Worker workers[4] = {{1000, 0}, {2000, 0}, {1000, 0}, {400, 0}};
+    pthread_t threads[4];
+    for (unsigned int i = 0; i < 4; ++i)
+        ASSERT_EQ(0, pthread_create(&threads[i], nullptr, searchOften, &workers[i]));
+    for (unsigned int i = 0; i < 4; ++i) {
+        ASSERT_EQ(0, pthread_join(threads[i], nullptr));
+        EXPECT_EQ(0U, workers[i].wrong) << i;
     }
 }
 

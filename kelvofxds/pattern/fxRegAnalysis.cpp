@@ -1,0 +1,328 @@
+// fxRegAnalysis.cpp - what can be known of a program before it is run; see
+// fxRegCodeInternal.h.
+//
+// A position is a byte of the program that a byte of the subject is matched
+// with. Those that can be next form an automaton without groups and word ends,
+// which matches wherever the program does, and maybe elsewhere. Beyond the first
+// few positions anything goes.
+
+#include <cstring>
+
+#include "kelvofxds/pattern/fxRegCodeInternal.h"
+
+namespace {
+
+bool isClass(unsigned char op) { return op == OP_ANY || op == OP_ANYOF || op == OP_ANYBUT; }
+
+// The bytes that match the first of the node's positions.
+fxRegByteSet bytesOf(const fxRegNode& node) {
+    fxRegByteSet set = {};
+    if (node.op == OP_EXACT) {
+        set.add(static_cast<unsigned char>(*node.text));
+    } else {
+        if (node.op != OP_ANY) {
+            for (const char* c = node.text; *c != '\0'; ++c)
+                set.add(static_cast<unsigned char>(*c));
+        }
+        if (node.op != OP_ANYOF) {
+            for (std::uint32_t& word : set.words)
+                word = ~word;
+        }
+    }
+    set.words[0] &= ~std::uint32_t(1);
+    return set;
+}
+
+unsigned int numberOf(std::uint32_t bit) { return static_cast<unsigned int>(__builtin_ctz(bit)); }
+
+}  // namespace
+
+bool fxRegIsMember(const fxRegNode& node, char c) {
+    if (c == '\0' || !(isClass(node.op) || node.op == OP_EXACT))
+        return false;
+    if (node.op == OP_ANY)
+        return true;
+    if (node.op == OP_EXACT)
+        return *node.text == c;
+    return (std::strchr(node.text, c) != nullptr) == (node.op == OP_ANYOF);
+}
+
+struct fxRegCode::Sets {
+    unsigned int count;
+    fxRegByteSet sets[mostSets];
+};
+
+void fxRegCode::analyse() {
+    Sets known;
+    known.count = 0;
+    for (std::uint32_t& member : sets)
+        member = fxRegAnything;
+    for (std::uint32_t& member : accepts)
+        member = fxRegAnything;
+    accepts[0] |= atEnd;
+    numberPlaces(known);
+    linkPlaces();
+    for (unsigned int i = 0; i < count; ++i) {
+        if (fxRegIsRepetition(nodes[i].op))
+            foresee(known, nodes[i]);
+    }
+    for (unsigned int i = 0; i < count; ++i) {
+        if (nodes[i].op == OP_BRANCH)
+            nodes[i].set = setFrom(known, nodes[i].operand);
+    }
+    findLeading();
+    findRequired();
+    findStarts();
+}
+
+// The bit of the set in `sets`; 0 if there are too many.
+std::uint32_t fxRegCode::setOf(Sets& known, const fxRegByteSet& bytesInIt) {
+    unsigned int i = 0;
+    while (i < known.count && !(known.sets[i] == bytesInIt))
+        ++i;
+    if (i == mostSets)
+        return 0;
+    const std::uint32_t bit = std::uint32_t(1) << i;
+    if (i == known.count) {
+        known.sets[known.count++] = bytesInIt;
+        for (unsigned int c = 0; c < 256; ++c) {
+            if (bytesInIt.has(static_cast<unsigned char>(c)))
+                sets[c] |= bit;
+        }
+    }
+    return bit;
+}
+
+// Classes come first: they take one position each.
+void fxRegCode::numberPlaces(Sets& known) {
+    placeCount = 0;
+    for (unsigned int i = 0; i < count; ++i) {
+        fxRegNode& node = nodes[i];
+        if (isClass(node.op) || (node.op == OP_EXACT && node.isRepeated)) {
+            const fxRegByteSet set = ::bytesOf(node);
+            node.set = setOf(known, set);
+            addPlace(node, set);
+        }
+    }
+    for (unsigned int i = 0; i < count; ++i) {
+        fxRegNode& node = nodes[i];
+        if (node.op != OP_EXACT || node.isRepeated)
+            continue;
+        for (unsigned int k = 0; k < node.length && placeCount < mostPlaces; ++k) {
+            fxRegByteSet set = {};
+            set.add(static_cast<unsigned char>(node.text[k]));
+            addPlace(node, set);
+        }
+    }
+}
+
+void fxRegCode::addPlace(fxRegNode& node, const fxRegByteSet& set) {
+    if (placeCount == mostPlaces)
+        return;
+    if (node.places++ == 0)
+        node.place = static_cast<unsigned char>(placeCount);
+    for (unsigned int c = 0; c < 256; ++c) {
+        if (set.has(static_cast<unsigned char>(c)))
+            accepts[c] |= std::uint32_t(1) << placeCount;
+    }
+    ++placeCount;
+}
+
+void fxRegCode::linkPlaces() {
+    for (unsigned int i = 0; i < count; ++i) {
+        const fxRegNode& node = nodes[i];
+        const fxRegNode* simple = fxRegIsRepetition(node.op) ? node.operand : &node;
+        if (simple->places == 0 || (simple == &node && node.isRepeated))
+            continue;
+        std::uint32_t* at = follow + simple->place;
+        for (unsigned int k = 1; k < simple->places; ++k)
+            *at++ = std::uint32_t(1) << (simple->place + k);
+        if (simple != &node)
+            *at = std::uint32_t(1) << simple->place | placesFrom(node.next);
+        else
+            *at = isClass(node.op) || node.places == node.length ? placesFrom(node.next)
+                                                                 : fxRegAnything;
+    }
+    opening = placesFrom(first);
+}
+
+std::uint32_t fxRegCode::placesFrom(const fxRegNode* node) const {
+    unsigned int patience = isDamaged ? 0 : 100;
+    return placesFrom(node, patience);
+}
+
+// Those that can be next at `node`, with fxRegAnything if nothing more has to be.
+std::uint32_t fxRegCode::placesFrom(const fxRegNode* node, unsigned int& patience) const {
+    std::uint32_t found = 0;
+    while (node && patience != 0) {
+        --patience;
+        switch (node->op) {
+            case OP_END:
+                return fxRegAnything;
+            case OP_EOL:
+                return found | atEnd;
+            case OP_ANY:
+            case OP_ANYOF:
+            case OP_ANYBUT:
+            case OP_EXACT:
+                return node->places == 0 ? fxRegAnything : found | std::uint32_t(1) << node->place;
+            case OP_STAR:
+            case OP_PLUS:
+                if (node->operand->places == 0)
+                    return fxRegAnything;
+                found |= std::uint32_t(1) << node->operand->place;
+                if (node->op == OP_PLUS)
+                    return found;
+                node = node->next;
+                break;
+            case OP_BRANCH:
+                for (; node; node = node->other)
+                    found |= placesFrom(node->operand, patience);
+                return found;
+            case OP_BOL:
+            case OP_NOTHING:
+            case OP_BACK:
+            case OP_WORDSTART:
+            case OP_WORDEND:
+                node = node->next;
+                break;
+            default:
+                if (!fxRegIsOpen(node->op) && !fxRegIsClose(node->op))
+                    return fxRegAnything;
+                node = node->next;
+        }
+    }
+    return fxRegAnything;
+}
+
+fxRegByteSet fxRegCode::bytesOf(std::uint32_t places) const {
+    fxRegByteSet set = {};
+    for (unsigned int c = 0; c < 256; ++c) {
+        if (accepts[c] & places)
+            set.add(static_cast<unsigned char>(c));
+    }
+    return set;
+}
+
+// That of the bytes that can be next at `node`.
+std::uint32_t fxRegCode::setFrom(Sets& known, const fxRegNode* node) {
+    const std::uint32_t places = placesFrom(node);
+    const std::uint32_t set = places & fxRegAnything ? 0 : setOf(known, bytesOf(places));
+    return set ? set : fxRegAnything;
+}
+
+// What follows a repetition, and whether that settles where it ends.
+void fxRegCode::foresee(Sets& known, fxRegNode& repetition) {
+    repetition.set = repetition.operand->set;
+    repetition.after = fxRegAnything;
+    const std::uint32_t places = placesFrom(repetition.next);
+    if (places & fxRegAnything)
+        return;
+    const fxRegByteSet behind = bytesOf(places);
+    if (const std::uint32_t set = setOf(known, behind))
+        repetition.after = set;
+    repetition.isDecided = behind.isDisjointFrom(::bytesOf(*repetition.operand));
+    if (behind.count() == 1) {
+        unsigned char only = 0;
+        while (!behind.has(only))
+            ++only;
+        repetition.only = static_cast<char>(only);
+    }
+}
+
+void fxRegCode::findLeading() {
+    const fxRegNode* node = first;
+    while (node && fxRegIsOpen(node->op))
+        node = node->next;
+    leading = node && fxRegIsRepetition(node->op) ? node : nullptr;
+}
+
+// A literal run that no link leads past is in every match: the longest such one.
+void fxRegCode::findRequired() {
+    required = nullptr;
+    requiredLength = 0;
+    const fxRegNode* reach = nodes;
+    for (const fxRegNode* node = nodes; !isDamaged && node != nodes + count; ++node) {
+        if (node->op == OP_END)
+            return;
+        if (node->op == OP_EXACT && reach <= node && node->length > requiredLength) {
+            required = node->text;
+            requiredLength = node->length;
+        }
+        if (node->isRepeated)
+            continue;
+        const fxRegNode* const targets[] = {node->op == OP_BRANCH ? node->other : node->next,
+                                            node->op == OP_BRANCH ? node->operand : nullptr};
+        for (const fxRegNode* target : targets) {
+            if (target > reach)
+                reach = target;
+        }
+    }
+}
+
+void fxRegCode::findStarts() {
+    starts.clear();
+    if (opening & fxRegAnything)
+        return;
+    std::uint32_t second = 0;
+    for (std::uint32_t rest = opening & ~atEnd; rest != 0; rest &= rest - 1)
+        second |= follow[numberOf(rest)];
+    starts.assign(bytesOf(opening), bytesOf(second));
+    char prefix[fxRegStarts::depth];
+    for (unsigned int depth = fxRegStarts::depth; depth != 0; --depth) {
+        starts.clearPrefixes();
+        if (!(opening & atEnd) && addPrefixes(opening, prefix, 0, depth)) {
+            starts.usePrefixes();
+            return;
+        }
+    }
+}
+
+// Those of at most `depth` bytes that go on with `places` behind the first `made`.
+bool fxRegCode::addPrefixes(std::uint32_t places, char* prefix, unsigned int made,
+                            unsigned int depth) {
+    const unsigned int mostWays = 2;  // after which any byte will do
+    if (made == depth || (made != 0 && bytesOf(places).count() > mostWays))
+        return starts.addPrefix(prefix, made);
+    if (places & atEnd) {
+        prefix[made] = '\0';
+        if (!starts.addPrefix(prefix, made + 1))
+            return false;
+    }
+    for (std::uint32_t rest = places & ~atEnd; rest != 0; rest &= rest - 1) {
+        const fxRegByteSet bytesThere = bytesOf(rest & -rest);
+        if (bytesThere.count() > fxRegStarts::mostPrefixes)
+            return false;
+        for (unsigned int c = 1; c < 256; ++c) {
+            prefix[made] = static_cast<char>(c);
+            if (bytesThere.has(static_cast<unsigned char>(c)) &&
+                !addPrefixes(follow[numberOf(rest)], prefix, made + 1, depth))
+                return false;
+        }
+    }
+    return true;
+}
+
+// The sets of positions met last are kept with what follows them, since texts
+// repeat themselves.
+bool fxRegCode::canMatchFrom(const char* at) const {
+    struct {
+        std::uint32_t places, next;
+    } met[64] = {};
+    std::uint32_t next = opening;
+    for (;; ++at) {
+        const std::uint32_t here = next & accepts[static_cast<unsigned char>(*at)];
+        if (here & (fxRegAnything | atEnd))
+            return true;
+        if (*at == '\0')
+            return false;
+        auto& entry = met[here * 0x9E3779B1U >> 26];
+        if (entry.places != here || here == 0) {
+            entry.places = here;
+            entry.next = opening;
+            for (std::uint32_t rest = here; rest != 0; rest &= rest - 1)
+                entry.next |= follow[numberOf(rest)];
+        }
+        next = entry.next;
+    }
+}

@@ -1,0 +1,215 @@
+// fxRegCode.cpp - from the bytes of a program to nodes; see fxRegCodeInternal.h.
+
+#include "kelvofxds/pattern/fxRegCodeInternal.h"
+
+#include <sched.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+// What the check knows of each place in a program: too much for the stack of a
+// small thread.
+unsigned char marks[fxRegSizeLimit];
+std::atomic_flag marksAreInUse = ATOMIC_FLAG_INIT;
+
+class MarksInUse {
+public:
+    MarksInUse() {
+        while (marksAreInUse.test_and_set(std::memory_order_acquire))
+            sched_yield();
+    }
+    MarksInUse(const MarksInUse&) = delete;
+    MarksInUse& operator=(const MarksInUse&) = delete;
+    ~MarksInUse() { marksAreInUse.clear(std::memory_order_release); }
+};
+
+bool hasText(unsigned char op) { return op != OP_ANY && fxRegIsSimple(op); }
+
+bool isKnownOp(unsigned char op) { return op <= OP_WORDEND || fxRegIsOpen(op) || fxRegIsClose(op); }
+
+std::uintptr_t mustOffset(const fxregexp& prog) {
+    return reinterpret_cast<std::uintptr_t>(prog.must) -
+           reinterpret_cast<std::uintptr_t>(prog.program);
+}
+
+}  // namespace
+
+bool fxRegCode::isOf(const fxregexp& prog, unsigned int size) const {
+    return length != 0 && length <= size && startchar == prog.startchar &&
+           hasMust == (prog.must != nullptr) &&
+           (!hasMust || (mustAt == mustOffset(prog) && mustLength == prog.mustlen)) &&
+           std::memcmp(bytes, prog.program, length) == 0;
+}
+
+const char* fxRegCode::assign(const fxregexp& prog, unsigned int size) {
+    release();
+    length = 0;
+    {
+        const MarksInUse lock;
+        const unsigned int last = fxRegLastNode(prog, size, marks);
+        if (last == 0)
+            return "corrupted program";
+        const unsigned int bytesUsed = last + fxRegNodeSize < size ? last + fxRegNodeSize : size;
+        if (!fxRegHintsAreInside(prog, bytesUsed))
+            return "corrupted program";
+        // What is behind the last node counts too if that is not the end.
+        canBeKept = bytesUsed <= mostBytes && fxRegOp(prog.program + last) == OP_END;
+        if (canBeKept)
+            std::memcpy(bytes, prog.program, bytesUsed);
+        if (!readNodes(canBeKept ? bytes : prog.program, marks, last))
+            return "out of space";
+        length = bytesUsed;
+    }
+    startchar = prog.startchar;
+    hasMust = prog.must != nullptr;
+    mustAt = mustOffset(prog);
+    mustLength = prog.mustlen;
+    analyse();
+    return nullptr;
+}
+
+void fxRegCode::release() {
+    if (length != 0 && nodes != own)
+        std::free(nodes);
+    if (length != 0 && (nodes != own || !canBeKept))
+        length = 0;
+}
+
+// False without memory for them.
+bool fxRegCode::readNodes(const char* program, const unsigned char* marked, unsigned int last) {
+    count = 0;
+    for (unsigned int at = 1; at <= last; ++at)
+        count += marked[at] & fxRegNodeMark;
+    nodes = own;
+    if (count > ownNodes)
+        nodes = static_cast<fxRegNode*>(std::malloc(count * sizeof *nodes));
+    if (!nodes)
+        return false;
+    unsigned int index = 0;
+    for (unsigned int at = 1; at <= last; ++at) {
+        if (marked[at] & fxRegNodeMark) {
+            std::memset(&nodes[index], 0, sizeof nodes[index]);
+            nodes[index++].offset = static_cast<std::uint16_t>(at);
+        }
+    }
+    isDamaged = false;
+    for (unsigned int i = 0; i < count; ++i)
+        read(nodes[i], program);
+    first = straight(nodes);
+    for (unsigned int i = 0; i < count; ++i) {
+        fxRegNode& node = nodes[i];
+        if (node.next && node.next->isRepeated && !node.isRepeated)
+            isDamaged = true;
+        node.next = straight(node.next);
+        node.operand = straight(node.operand);
+    }
+    return true;
+}
+
+void fxRegCode::read(fxRegNode& node, const char* program) {
+    const char* at = program + node.offset;
+    node.op = fxRegOp(at);
+    if (!isKnownOp(node.op))
+        isDamaged = true;
+    if (node.op == OP_END || !isKnownOp(node.op))
+        return;
+    if (const unsigned int link = fxRegLink(at))
+        node.next = nodeAt(node.op == OP_BACK ? node.offset - link : node.offset + link);
+    else if (!node.isRepeated)
+        isDamaged = true;
+    if (hasText(node.op)) {
+        node.text = fxRegOperand(at);
+        node.length = static_cast<std::uint16_t>(std::strlen(node.text));
+    }
+    if (node.op == OP_BRANCH || fxRegIsRepetition(node.op))
+        node.operand = nodeAt(node.offset + fxRegNodeSize);
+    if (node.op == OP_BRANCH && fxRegIsBranch(program + node.next->offset))
+        node.other = node.next;
+    if (fxRegIsRepetition(node.op)) {
+        const_cast<fxRegNode*>(node.operand)->isRepeated = true;
+        if (!fxRegIsSimple(fxRegOp(program + node.operand->offset)))
+            isDamaged = true;
+    }
+}
+
+const fxRegNode* fxRegCode::nodeAt(unsigned int offset) const {
+    unsigned int low = 0, high = count - 1;
+    while (low < high) {
+        const unsigned int middle = (low + high) / 2;
+        if (nodes[middle].offset < offset)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return nodes + low;
+}
+
+// The node that a lone alternative leads to.
+const fxRegNode* fxRegCode::straight(const fxRegNode* node) const {
+    while (node && node->op == OP_BRANCH && !node->other)
+        node = node->operand;
+    return node;
+}
+
+// The programs that are kept, by the addresses of their blocks. One that is not
+// what it was at its address is decoded again.
+namespace {
+
+struct Kept {
+    static const unsigned int ways = 4;
+    std::atomic<const fxregexp*> owners[ways];
+    fxRegCode codes[ways];
+    std::atomic<unsigned int> next;  // to be given to another program
+};
+
+const unsigned int keptBits = 3;
+Kept kept[1U << keptBits];
+
+fxRegCode& placeOf(const fxregexp& prog) {
+    const std::uint32_t address =
+        static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&prog) / 8);
+    Kept& places = kept[address * 0x9E3779B1U >> (32 - keptBits)];
+    for (unsigned int way = 0; way < Kept::ways; ++way) {
+        if (places.owners[way].load(std::memory_order_relaxed) == &prog)
+            return places.codes[way];
+    }
+    const unsigned int way = places.next.fetch_add(1, std::memory_order_relaxed) % Kept::ways;
+    places.owners[way].store(&prog, std::memory_order_relaxed);
+    return places.codes[way];
+}
+
+}  // namespace
+
+fxRegCodeLease::fxRegCodeLease(const fxregexp& prog) : leased(&placeOf(prog)), isOwned(false) {
+    if (leased->isInUse.test_and_set(std::memory_order_acquire)) {
+        isOwned = true;
+        leased = static_cast<fxRegCode*>(std::calloc(1, sizeof *leased));
+        if (!leased) {
+            fxregerror("out of space");
+            return;
+        }
+    }
+    const unsigned int size = fxRegSizeOf(prog);
+    if (leased->isOf(prog, size))
+        return;
+    if (const char* error = leased->assign(prog, size)) {
+        release();
+        fxregerror(error);
+    }
+}
+
+fxRegCodeLease::~fxRegCodeLease() {
+    if (leased)
+        release();
+}
+
+void fxRegCodeLease::release() {
+    leased->release();
+    if (isOwned)
+        std::free(leased);
+    else
+        leased->isInUse.clear(std::memory_order_release);
+    leased = nullptr;
+}

@@ -1,0 +1,145 @@
+// fxRegCodeInternal.h - a program as it is run.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+#include "kelvofxds/pattern/fxRegProgramInternal.h"
+#include "kelvofxds/pattern/fxRegStartsInternal.h"
+
+/// A node of a program, with all that can be known of it beforehand. A set is a
+/// bit of fxRegCode::sets; all bytes have the bit fxRegAnything.
+struct fxRegNode {
+    unsigned char op;
+    char only;              ///< Of a repetition: the one byte that can follow it, or NUL.
+    bool isDecided;         ///< Of a repetition: no byte can both be repeated and follow.
+    bool isRepeated;        ///< It is the operand of a repetition.
+    unsigned char place;    ///< The first of its positions, see fxRegCode::follow.
+    unsigned char places;   ///< How many it has.
+    std::uint16_t offset;   ///< In the program.
+    std::uint16_t length;   ///< Of its text.
+    const char* text;       ///< Of a class or literal run.
+    const fxRegNode* next;  ///< Null at the end of a chain.
+    const fxRegNode* operand;
+    const fxRegNode* other;  ///< Of a branch: the alternative behind it, or null.
+    std::uint32_t set;    ///< The bytes of a class, of what is repeated, or with which a branch can
+                          ///< begin. 0 for a class without one.
+    std::uint32_t after;  ///< Of a repetition: the bytes that can follow it.
+};
+
+const std::uint32_t fxRegAnything = 0x80000000;
+
+/// Whether the class, literal run or dot at `node` begins with `c`.
+bool fxRegIsMember(const fxRegNode& node, char c);
+
+/// A sound program, decoded. It is a copy, so it holds as long as the block is
+/// what it was.
+class fxRegCode {
+public:
+    /// Whether this is `prog`, byte for byte. O(its size), as fast as memcmp.
+    bool isOf(const fxregexp& prog, unsigned int size) const;
+
+    /// Decodes `prog`; null, or the message of the error. O(its size).
+    const char* assign(const fxregexp& prog, unsigned int size);
+
+    /// Afterwards it is none, unless it can be kept. Its memory is that of a static object.
+    void release();
+
+    /// Whether a match can begin at `at` or later; false is certain. O(the rest of the text).
+    bool canMatchFrom(const char* at) const;
+
+    /// Whether what is repeated or matched by `node` has `c`.
+    bool has(const fxRegNode& node, char c) const {
+        return node.set ? (sets[static_cast<unsigned char>(c)] & node.set) != 0
+                        : fxRegIsMember(node, c);
+    }
+    bool canFollow(const fxRegNode& repetition, char c) const {
+        return (sets[static_cast<unsigned char>(c)] & repetition.after) != 0;
+    }
+    /// The first alternative from `branch` on that can begin with `c`, or null.
+    const fxRegNode* viable(const fxRegNode* branch, char c) const {
+        while (branch && !(sets[static_cast<unsigned char>(c)] & branch->set))
+            branch = branch->other;
+        return branch;
+    }
+
+    const fxRegNode* begin() const { return first; }
+    unsigned int indexOf(const fxRegNode* node) const {
+        return static_cast<unsigned int>(node - nodes);
+    }
+    unsigned int size() const { return count; }
+
+    // As decoded.
+    const fxRegNode* leading;  // the repetition with which every match begins, or null
+    const char* required;      // a text that is in every match, or null
+    unsigned int requiredLength;
+    bool isDamaged;  // some node fails with a message
+    fxRegStarts starts;
+    std::atomic_flag isInUse;  // by a search
+
+private:
+    static const unsigned int mostBytes = 1536;  // of a program that is kept
+    static const unsigned int ownNodes = 128;
+    static const unsigned int mostSets = 31;
+    static const unsigned int mostPlaces = 30;
+    static const std::uint32_t atEnd = 0x40000000;  // among positions: only NUL is next
+
+    struct Sets;
+
+    bool readNodes(const char* program, const unsigned char* marks, unsigned int last);
+    void read(fxRegNode& node, const char* program);
+    const fxRegNode* nodeAt(unsigned int offset) const;
+    const fxRegNode* straight(const fxRegNode* node) const;
+    void analyse();
+    void numberPlaces(Sets& known);
+    void addPlace(fxRegNode& node, const fxRegByteSet& bytes);
+    void linkPlaces();
+    std::uint32_t placesFrom(const fxRegNode* node) const;
+    std::uint32_t placesFrom(const fxRegNode* node, unsigned int& patience) const;
+    fxRegByteSet bytesOf(std::uint32_t places) const;
+    std::uint32_t setOf(Sets& known, const fxRegByteSet& bytes);
+    std::uint32_t setFrom(Sets& known, const fxRegNode* node);
+    void foresee(Sets& known, fxRegNode& repetition);
+    void findLeading();
+    void findRequired();
+    void findStarts();
+    bool addPrefixes(std::uint32_t places, char* prefix, unsigned int made, unsigned int depth);
+
+    unsigned int length;  // bytes of the program; 0 for none
+    unsigned int count;   // of `nodes`
+    bool canBeKept;
+    bool hasMust;
+    char startchar;
+    std::uintptr_t mustAt;
+    int mustLength;
+    fxRegNode* nodes;  // `own`, or owned
+    const fxRegNode* first;
+    unsigned int placeCount;
+    std::uint32_t sets[256];           // by a byte, those it is in
+    std::uint32_t accepts[256];        // by a byte, the positions that match it
+    std::uint32_t follow[mostPlaces];  // by a position, those that can come next
+    std::uint32_t opening;             // the positions with which a match can begin
+    fxRegNode own[ownNodes];
+    char bytes[mostBytes];
+};
+
+/// The decoded form of a program, for one search. Those of the last programs are
+/// kept from search to search; each is used by one search at a time, of
+/// whichever thread.
+class fxRegCodeLease {
+public:
+    explicit fxRegCodeLease(const fxregexp& prog);
+    fxRegCodeLease(const fxRegCodeLease&) = delete;
+    fxRegCodeLease& operator=(const fxRegCodeLease&) = delete;
+    ~fxRegCodeLease();
+
+    /// Null, after a message, if the program cannot be run.
+    const fxRegCode* code() const { return leased; }
+
+private:
+    void release();
+
+    fxRegCode* leased;
+    bool isOwned;
+};
