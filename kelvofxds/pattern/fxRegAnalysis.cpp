@@ -57,9 +57,7 @@ void fxRegCode::analyse() {
     known.count = 0;
     for (std::uint32_t& member : sets)
         member = fxRegAnything;
-    for (std::uint32_t& member : accepts)
-        member = fxRegAnything;
-    accepts[0] |= atEnd;
+    hasAccepts = false;
     numberPlaces(known);
     linkPlaces();
     for (unsigned int i = 0; i < count; ++i) {
@@ -85,10 +83,7 @@ std::uint32_t fxRegCode::setOf(Sets& known, const fxRegByteSet& bytesInIt) {
     const std::uint32_t bit = std::uint32_t(1) << i;
     if (i == known.count) {
         known.sets[known.count++] = bytesInIt;
-        for (unsigned int c = 0; c < 256; ++c) {
-            if (bytesInIt.has(static_cast<unsigned char>(c)))
-                sets[c] |= bit;
-        }
+        bytesInIt.each([=](unsigned int c) { sets[c] |= bit; });
     }
     return bit;
 }
@@ -121,11 +116,7 @@ void fxRegCode::addPlace(fxRegNode& node, const fxRegByteSet& set) {
         return;
     if (node.places++ == 0)
         node.place = static_cast<unsigned char>(placeCount);
-    for (unsigned int c = 0; c < 256; ++c) {
-        if (set.has(static_cast<unsigned char>(c)))
-            accepts[c] |= std::uint32_t(1) << placeCount;
-    }
-    ++placeCount;
+    placeBytes[placeCount++] = set;
 }
 
 void fxRegCode::linkPlaces() {
@@ -197,10 +188,12 @@ std::uint32_t fxRegCode::placesFrom(const fxRegNode* node, unsigned int& patienc
 
 fxRegByteSet fxRegCode::bytesOf(std::uint32_t places) const {
     fxRegByteSet set = {};
-    for (unsigned int c = 0; c < 256; ++c) {
-        if (accepts[c] & places)
-            set.add(static_cast<unsigned char>(c));
-    }
+    for (std::uint32_t rest = places & ~(atEnd | fxRegAnything); rest != 0; rest &= rest - 1)
+        set.add(placeBytes[numberOf(rest)]);
+    if (places & atEnd)
+        set.add(static_cast<unsigned char>(0));
+    if (places & fxRegAnything)
+        std::memset(set.words, 0xFF, sizeof set.words);
     return set;
 }
 
@@ -223,10 +216,7 @@ void fxRegCode::foresee(Sets& known, fxRegNode& repetition) {
         repetition.after = set;
     repetition.isDecided = behind.isDisjointFrom(::bytesOf(*repetition.operand));
     if (behind.count() == 1) {
-        unsigned char only = 0;
-        while (!behind.has(only))
-            ++only;
-        repetition.only = static_cast<char>(only);
+        behind.each([&](unsigned int c) { repetition.only = static_cast<char>(c); });
     }
 }
 
@@ -290,22 +280,34 @@ bool fxRegCode::addPrefixes(std::uint32_t places, char* prefix, unsigned int mad
             return false;
     }
     for (std::uint32_t rest = places & ~atEnd; rest != 0; rest &= rest - 1) {
-        const fxRegByteSet bytesThere = bytesOf(rest & -rest);
+        const fxRegByteSet& bytesThere = placeBytes[numberOf(rest)];
         if (bytesThere.count() > fxRegStarts::mostPrefixes)
             return false;
-        for (unsigned int c = 1; c < 256; ++c) {
+        bool fits = true;
+        bytesThere.each([&](unsigned int c) {
             prefix[made] = static_cast<char>(c);
-            if (bytesThere.has(static_cast<unsigned char>(c)) &&
-                !addPrefixes(follow[numberOf(rest)], prefix, made + 1, depth))
-                return false;
-        }
+            fits = fits && addPrefixes(follow[numberOf(rest)], prefix, made + 1, depth);
+        });
+        if (!fits)
+            return false;
     }
     return true;
 }
 
+void fxRegCode::makeAccepts() {
+    for (std::uint32_t& places : accepts)
+        places = fxRegAnything;
+    accepts[0] |= atEnd;
+    for (unsigned int place = 0; place < placeCount; ++place)
+        placeBytes[place].each([=](unsigned int c) { accepts[c] |= std::uint32_t(1) << place; });
+    hasAccepts = true;
+}
+
 // The sets of positions met last are kept with what follows them, since texts
 // repeat themselves.
-bool fxRegCode::canMatchFrom(const char* at) const {
+bool fxRegCode::canMatchFrom(const char* at) {
+    if (!hasAccepts)
+        makeAccepts();
     struct {
         std::uint32_t places, next;
     } met[64] = {};

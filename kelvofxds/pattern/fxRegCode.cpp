@@ -29,23 +29,11 @@ bool hasText(unsigned char op) { return op != OP_ANY && fxRegIsSimple(op); }
 
 bool isKnownOp(unsigned char op) { return op <= OP_WORDEND || fxRegIsOpen(op) || fxRegIsClose(op); }
 
-std::uintptr_t mustOffset(const fxregexp& prog) {
-    return reinterpret_cast<std::uintptr_t>(prog.must) -
-           reinterpret_cast<std::uintptr_t>(prog.program);
-}
-
 }  // namespace
 
-bool fxRegCode::isOf(const fxregexp& prog, unsigned int size) const {
-    return length != 0 && length <= size && startchar == prog.startchar &&
-           hasMust == (prog.must != nullptr) &&
-           (!hasMust || (mustAt == mustOffset(prog) && mustLength == prog.mustlen)) &&
-           std::memcmp(bytes, prog.program, length) == 0;
-}
-
 const char* fxRegCode::assign(const fxregexp& prog, unsigned int size) {
-    release();
-    length = 0;
+    if (length != 0)
+        forget();
     {
         const MarksInUse lock;
         const unsigned int last = fxRegLastNode(prog, size, marks);
@@ -64,17 +52,16 @@ const char* fxRegCode::assign(const fxregexp& prog, unsigned int size) {
     }
     startchar = prog.startchar;
     hasMust = prog.must != nullptr;
-    mustAt = mustOffset(prog);
+    mustAt = fxRegMustOffset(prog);
     mustLength = prog.mustlen;
     analyse();
     return nullptr;
 }
 
-void fxRegCode::release() {
-    if (length != 0 && nodes != own)
+void fxRegCode::forget() {
+    if (nodes != own)
         std::free(nodes);
-    if (length != 0 && (nodes != own || !canBeKept))
-        length = 0;
+    length = 0;
 }
 
 // False without memory for them.
@@ -164,7 +151,7 @@ struct Kept {
     std::atomic<unsigned int> next;  // to be given to another program
 };
 
-const unsigned int keptBits = 3;
+const unsigned int keptBits = 4;
 Kept kept[1U << keptBits];
 
 fxRegCode& placeOf(const fxregexp& prog) {
@@ -195,21 +182,14 @@ fxRegCodeLease::fxRegCodeLease(const fxregexp& prog) : leased(&placeOf(prog)), i
     if (leased->isOf(prog, size))
         return;
     if (const char* error = leased->assign(prog, size)) {
-        release();
+        end();
+        leased = nullptr;
         fxregerror(error);
     }
 }
 
-fxRegCodeLease::~fxRegCodeLease() {
-    if (leased)
-        release();
-}
-
-void fxRegCodeLease::release() {
+// Not for another search.
+void fxRegCodeLease::discard() {
     leased->release();
-    if (isOwned)
-        std::free(leased);
-    else
-        leased->isInUse.clear(std::memory_order_release);
-    leased = nullptr;
+    std::free(leased);
 }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "kelvofxds/pattern/fxRegProgramInternal.h"
 #include "kelvofxds/pattern/fxRegStartsInternal.h"
@@ -38,16 +39,24 @@ bool fxRegIsMember(const fxRegNode& node, char c);
 class fxRegCode {
 public:
     /// Whether this is `prog`, byte for byte. O(its size), as fast as memcmp.
-    bool isOf(const fxregexp& prog, unsigned int size) const;
+    bool isOf(const fxregexp& prog, unsigned int size) const {
+        return length != 0 && length <= size && startchar == prog.startchar &&
+               hasMust == (prog.must != nullptr) &&
+               (!hasMust || (mustAt == fxRegMustOffset(prog) && mustLength == prog.mustlen)) &&
+               std::memcmp(bytes, prog.program, length) == 0;
+    }
 
     /// Decodes `prog`; null, or the message of the error. O(its size).
     const char* assign(const fxregexp& prog, unsigned int size);
 
     /// Afterwards it is none, unless it can be kept. Its memory is that of a static object.
-    void release();
+    void release() {
+        if (length != 0 && (nodes != own || !canBeKept))
+            forget();
+    }
 
     /// Whether a match can begin at `at` or later; false is certain. O(the rest of the text).
-    bool canMatchFrom(const char* at) const;
+    bool canMatchFrom(const char* at);
 
     /// Whether what is repeated or matched by `node` has `c`.
     bool has(const fxRegNode& node, char c) const {
@@ -87,6 +96,7 @@ private:
 
     struct Sets;
 
+    void forget();
     bool readNodes(const char* program, const unsigned char* marks, unsigned int last);
     void read(fxRegNode& node, const char* program);
     const fxRegNode* nodeAt(unsigned int offset) const;
@@ -103,6 +113,7 @@ private:
     void foresee(Sets& known, fxRegNode& repetition);
     void findLeading();
     void findRequired();
+    void makeAccepts();
     void findStarts();
     bool addPrefixes(std::uint32_t places, char* prefix, unsigned int made, unsigned int depth);
 
@@ -116,10 +127,12 @@ private:
     fxRegNode* nodes;  // `own`, or owned
     const fxRegNode* first;
     unsigned int placeCount;
-    std::uint32_t sets[256];           // by a byte, those it is in
-    std::uint32_t accepts[256];        // by a byte, the positions that match it
-    std::uint32_t follow[mostPlaces];  // by a position, those that can come next
-    std::uint32_t opening;             // the positions with which a match can begin
+    std::uint32_t sets[256];              // by a byte, those it is in
+    fxRegByteSet placeBytes[mostPlaces];  // by a position, the bytes that match it
+    bool hasAccepts;                      // `accepts` has been made
+    std::uint32_t accepts[256];           // by a byte, the positions that match it
+    std::uint32_t follow[mostPlaces];     // by a position, those that can come next
+    std::uint32_t opening;                // the positions with which a match can begin
     fxRegNode own[ownNodes];
     char bytes[mostBytes];
 };
@@ -132,13 +145,24 @@ public:
     explicit fxRegCodeLease(const fxregexp& prog);
     fxRegCodeLease(const fxRegCodeLease&) = delete;
     fxRegCodeLease& operator=(const fxRegCodeLease&) = delete;
-    ~fxRegCodeLease();
+    ~fxRegCodeLease() {
+        if (leased)
+            end();
+    }
 
     /// Null, after a message, if the program cannot be run.
-    const fxRegCode* code() const { return leased; }
+    fxRegCode* code() const { return leased; }
 
 private:
-    void release();
+    void end() {
+        if (isOwned) {
+            discard();
+            return;
+        }
+        leased->release();
+        leased->isInUse.clear(std::memory_order_release);
+    }
+    void discard();
 
     fxRegCode* leased;
     bool isOwned;

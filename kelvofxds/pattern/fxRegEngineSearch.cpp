@@ -106,7 +106,7 @@ int fxregexec(fxregexp* prog, const char* subject) {
         return 0;
     }
     const fxRegCodeLease lease(*prog);
-    const fxRegCode* code = lease.code();
+    fxRegCode* code = lease.code();
     if (!code)
         return 0;
     if (prog->must && !find(subject, prog->must, static_cast<unsigned int>(prog->mustlen)))

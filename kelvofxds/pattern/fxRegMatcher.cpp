@@ -14,25 +14,6 @@ const char* lastOf(char c, const char* lowest, const char* highest) {
 }
 }  // namespace
 
-fxRegMatcher::fxRegMatcher(fxregexp& compiled, const fxRegCode& decoded, const char* subject)
-    : prog(compiled),
-      code(decoded),
-      regbol(subject),
-      begin(subject),
-      reginput(subject),
-      frames(ownFrames),
-      top(0),
-      capacity(framesAtFirst),
-      spent(0),
-      limit(patience),
-      isPromising(decoded.isDamaged),
-      givenUp(false) {}
-
-fxRegMatcher::~fxRegMatcher() {
-    if (frames != ownFrames)
-        std::free(frames);
-}
-
 bool fxRegMatcher::regtry(const char* position) {
     begin = reginput = position;
     nextBegin = position + 1;

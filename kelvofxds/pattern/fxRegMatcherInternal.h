@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 #include "kelvofxds/pattern/fxRegCodeInternal.h"
 #include "kelvofxds/pattern/fxRegMemoryInternal.h"
@@ -12,10 +13,25 @@
 class fxRegMatcher {
 public:
     /// The registers of `compiled` are set; `decoded` is its code.
-    fxRegMatcher(fxregexp& compiled, const fxRegCode& decoded, const char* subject);
+    fxRegMatcher(fxregexp& compiled, fxRegCode& decoded, const char* subject)
+        : prog(compiled),
+          code(decoded),
+          regbol(subject),
+          begin(subject),
+          reginput(subject),
+          frames(ownFrames),
+          top(0),
+          capacity(framesAtFirst),
+          spent(0),
+          limit(patience),
+          isPromising(decoded.isDamaged),
+          givenUp(false) {}
     fxRegMatcher(const fxRegMatcher&) = delete;
     fxRegMatcher& operator=(const fxRegMatcher&) = delete;
-    ~fxRegMatcher();
+    ~fxRegMatcher() {
+        if (frames != ownFrames)
+            std::free(frames);
+    }
 
     /// Whether the program matches at `position`; if so, the registers are set.
     /// Requires: they are null.
@@ -70,7 +86,7 @@ private:
     static const std::size_t patience = 128;  // work that is not worth a thought
 
     fxregexp& prog;
-    const fxRegCode& code;
+    fxRegCode& code;
     const char* regbol;  // the start of the subject
     const char* begin;   // the position being tried
     const char* nextBegin;

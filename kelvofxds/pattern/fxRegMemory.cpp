@@ -1,8 +1,6 @@
 #include "kelvofxds/pattern/fxRegMemoryInternal.h"
 
-fxRegMemory::~fxRegMemory() {
-    if (!rows)
-        return;
+void fxRegMemory::release() {
     for (unsigned int i = 0; i < count; ++i)
         std::free(rows[i]);
     std::free(rows);

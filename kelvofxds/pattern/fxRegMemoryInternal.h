@@ -17,7 +17,10 @@ public:
     fxRegMemory() : rows(nullptr), count(0), rowSize(0) {}
     fxRegMemory(const fxRegMemory&) = delete;
     fxRegMemory& operator=(const fxRegMemory&) = delete;
-    ~fxRegMemory();
+    ~fxRegMemory() {
+        if (rows)
+            release();
+    }
 
     bool isOn() const { return rows != nullptr; }
 
@@ -40,6 +43,7 @@ public:
 private:
     static const unsigned int wordBits = 32;
 
+    void release();
     std::uint32_t* addRow(unsigned int node);
 
     std::uint32_t** rows;  // owned; by node, a bit for each position, or null

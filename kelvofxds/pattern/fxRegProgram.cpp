@@ -194,17 +194,6 @@ bool ProgramCheck::isSettled(const char* at) const {
 
 }  // namespace
 
-// What malloc knows is a little more, and all there is against a program without
-// an end.
-unsigned int fxRegSizeOf(const fxregexp& prog) {
-    const std::size_t fixed = offsetof(fxregexp, program);
-    const std::size_t usable =
-        fxUsableSizeIsKnown ? malloc_usable_size(const_cast<fxregexp*>(&prog)) : 0;
-    if (usable <= fixed || usable - fixed > fxRegSizeLimit)
-        return fxRegSizeLimit;
-    return static_cast<unsigned int>(usable - fixed);
-}
-
 unsigned int fxRegLastNode(const fxregexp& prog, unsigned int size, unsigned char* marks) {
     return ProgramCheck(prog, size, marks).lastNode();
 }

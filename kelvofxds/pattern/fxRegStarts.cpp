@@ -41,11 +41,12 @@ bool fxRegByteSet::operator==(const fxRegByteSet& other) const {
 void fxRegStarts::assign(const fxRegByteSet& first, const fxRegByteSet& second) {
     kind = byTable;
     isByte = false;
-    for (unsigned int c = 0; c < sizeof flags; ++c) {
-        const auto byte = static_cast<unsigned char>(c);
-        flags[c] = static_cast<unsigned char>((first.has(byte) ? starts : 0) |
-                                              (second.has(byte) ? follows : 0));
-    }
+    std::memset(flags, 0, sizeof flags);
+    const auto flag = [this](Flag added) {
+        return [=](unsigned int c) { flags[c] = static_cast<unsigned char>(flags[c] | added); };
+    };
+    first.each(flag(starts));
+    second.each(flag(follows));
     flags[0] |= stops;
 }
 
@@ -89,6 +90,15 @@ const char* fxRegStarts::next(const char* at, fxRegTextEnd& end) const {
         return nextByTable(at);
     if (isByte && !(isFar && hasBlocks))
         return nextByte(at);
+    // Most are near, and texts short.
+    const unsigned int peeked = 8;
+    for (unsigned int i = 0; at == end.get() && i < peeked; ++i) {
+        if (isStart(at))
+            return at;
+        if (!end.passOne())
+            return nullptr;
+        ++at;
+    }
     do {
         if (at < end.get()) {
             if (const char* found = nextByPrefix(at, end.get()))

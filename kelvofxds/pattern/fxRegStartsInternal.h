@@ -9,7 +9,19 @@ struct fxRegByteSet {
 
     void add(unsigned char c) { words[c / 32] |= std::uint32_t(1) << (c % 32); }
     bool has(unsigned char c) const { return words[c / 32] >> (c % 32) & 1; }
+    void add(const fxRegByteSet& other) {
+        for (unsigned int i = 0; i < 8; ++i)
+            words[i] |= other.words[i];
+    }
     unsigned int count() const;
+    /// Calls `use` with every byte.
+    template <class Use>
+    void each(Use use) const {
+        for (unsigned int i = 0; i < 8; ++i) {
+            for (std::uint32_t rest = words[i]; rest != 0; rest &= rest - 1)
+                use(i * 32 + static_cast<unsigned int>(__builtin_ctz(rest)));
+        }
+    }
     bool isDisjointFrom(const fxRegByteSet& other) const;
     bool operator==(const fxRegByteSet& other) const;
 };
@@ -22,6 +34,12 @@ public:
     /// Looks further; false if the NUL is at `known` already. What lies far behind
     /// a match is never looked at.
     bool extend();
+    /// The same by one byte.
+    bool passOne() {
+        isEnd = isEnd || *known == '\0';
+        known += !isEnd;
+        return !isEnd;
+    }
     const char* get() const { return known; }
 
 private:
