@@ -132,8 +132,10 @@ void hostileCases(std::integer_sequence<int, all...>) {
 
 struct Words {
     explicit Words(unsigned int n) : patterns("(needle|haystack|thread)") {
-        const char* const words[] = {"the ",  "farmer ", "needs ", "his ", "hay ",  "and ",
-                                     "then ", "three ",  "new ",   "red ", "hats ", "now "};
+        const char* const words[] = {"the ",    "farmer ", "needs ", "his ",   "hay ",   "and ",
+                                     "then ",   "three ",  "new ",   "red ",   "hats ",  "now ",
+                                     "where ",  "cattle ", "graze ", "all ",   "day ",   "in ",
+                                     "summer ", "under ",  "old ",   "apple ", "trees ", "of "};
         Random random;
         while (text.size() < n)
             text += words[random.below(sizeof words / sizeof *words)];

@@ -2,28 +2,39 @@
 
 #include "kelvofxds/pattern/fxRegCodeInternal.h"
 
-#include <sched.h>
-
 #include <cstdlib>
 #include <cstring>
 
 namespace {
 
 // What the check knows of each place in a program: too much for the stack of a
-// small thread.
-unsigned char marks[fxRegSizeLimit];
-std::atomic_flag marksAreInUse = ATOMIC_FLAG_INIT;
-
-class MarksInUse {
+// small thread. One decoding at a time has those that are always there.
+class Marks {
 public:
-    MarksInUse() {
-        while (marksAreInUse.test_and_set(std::memory_order_acquire))
-            sched_yield();
+    Marks() : isShared(!sharedIsInUse.test_and_set(std::memory_order_acquire)) {
+        marks = isShared ? shared : static_cast<unsigned char*>(std::malloc(sizeof shared));
     }
-    MarksInUse(const MarksInUse&) = delete;
-    MarksInUse& operator=(const MarksInUse&) = delete;
-    ~MarksInUse() { marksAreInUse.clear(std::memory_order_release); }
+    Marks(const Marks&) = delete;
+    Marks& operator=(const Marks&) = delete;
+    ~Marks() {
+        if (isShared)
+            sharedIsInUse.clear(std::memory_order_release);
+        else
+            std::free(marks);
+    }
+
+    unsigned char* get() const { return marks; }  // null without memory
+
+private:
+    static unsigned char shared[fxRegSizeLimit];
+    static std::atomic_flag sharedIsInUse;
+
+    bool isShared;
+    unsigned char* marks;
 };
+
+unsigned char Marks::shared[fxRegSizeLimit];
+std::atomic_flag Marks::sharedIsInUse = ATOMIC_FLAG_INIT;
 
 bool hasText(unsigned char op) { return op != OP_ANY && fxRegIsSimple(op); }
 
@@ -34,22 +45,24 @@ bool isKnownOp(unsigned char op) { return op <= OP_WORDEND || fxRegIsOpen(op) ||
 const char* fxRegCode::assign(const fxregexp& prog, unsigned int size) {
     if (length != 0)
         forget();
-    {
-        const MarksInUse lock;
-        const unsigned int last = fxRegLastNode(prog, size, marks);
-        if (last == 0)
-            return "corrupted program";
-        const unsigned int bytesUsed = last + fxRegNodeSize < size ? last + fxRegNodeSize : size;
-        if (!fxRegHintsAreInside(prog, bytesUsed))
-            return "corrupted program";
-        // What is behind the last node counts too if that is not the end.
-        canBeKept = bytesUsed <= mostBytes && fxRegOp(prog.program + last) == OP_END;
-        if (canBeKept)
-            std::memcpy(bytes, prog.program, bytesUsed);
-        if (!readNodes(canBeKept ? bytes : prog.program, marks, last))
-            return "out of space";
-        length = bytesUsed;
-    }
+    const char* const damaged = "corrupted program";
+    const char* const noMemory = "out of space";
+    const Marks marks;
+    if (!marks.get())
+        return noMemory;
+    const unsigned int last = fxRegLastNode(prog, size, marks.get());
+    if (last == 0)
+        return damaged;
+    const unsigned int used = last + fxRegNodeSize < size ? last + fxRegNodeSize : size;
+    if (!fxRegHintsAreInside(prog, used))
+        return damaged;
+    // What is behind the last node counts too if that is not the end.
+    canBeKept = used <= mostBytes && fxRegOp(prog.program + last) == OP_END;
+    if (canBeKept)
+        std::memcpy(bytes, prog.program, used);
+    if (!readNodes(canBeKept ? bytes : prog.program, marks.get(), last))
+        return noMemory;
+    length = used;
     startchar = prog.startchar;
     hasMust = prog.must != nullptr;
     mustAt = fxRegMustOffset(prog);
@@ -110,18 +123,20 @@ void fxRegCode::read(fxRegNode& node, const char* program) {
         node.text = fxRegOperand(at);
         node.length = static_cast<std::uint16_t>(std::strlen(node.text));
     }
-    if (node.op == OP_BRANCH || fxRegIsRepetition(node.op))
-        node.operand = nodeAt(node.offset + fxRegNodeSize);
+    fxRegNode* const operand = node.op == OP_BRANCH || fxRegIsRepetition(node.op)
+                                   ? nodeAt(node.offset + fxRegNodeSize)
+                                   : nullptr;
+    node.operand = operand;
     if (node.op == OP_BRANCH && fxRegIsBranch(program + node.next->offset))
         node.other = node.next;
     if (fxRegIsRepetition(node.op)) {
-        const_cast<fxRegNode*>(node.operand)->isRepeated = true;
-        if (!fxRegIsSimple(fxRegOp(program + node.operand->offset)))
+        operand->isRepeated = true;
+        if (!fxRegIsSimple(fxRegOp(program + operand->offset)))
             isDamaged = true;
     }
 }
 
-const fxRegNode* fxRegCode::nodeAt(unsigned int offset) const {
+fxRegNode* fxRegCode::nodeAt(unsigned int offset) const {
     unsigned int low = 0, high = count - 1;
     while (low < high) {
         const unsigned int middle = (low + high) / 2;
@@ -170,7 +185,7 @@ fxRegCode& placeOf(const fxregexp& prog) {
 }  // namespace
 
 fxRegCodeLease::fxRegCodeLease(const fxregexp& prog) : leased(&placeOf(prog)), isOwned(false) {
-    if (leased->isInUse.test_and_set(std::memory_order_acquire)) {
+    if (leased->isInUse.exchange(true, std::memory_order_acquire)) {
         isOwned = true;
         leased = static_cast<fxRegCode*>(std::calloc(1, sizeof *leased));
         if (!leased) {

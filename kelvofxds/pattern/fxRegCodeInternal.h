@@ -49,7 +49,7 @@ public:
     /// Decodes `prog`; null, or the message of the error. O(its size).
     const char* assign(const fxregexp& prog, unsigned int size);
 
-    /// Afterwards it is none, unless it can be kept. Its memory is that of a static object.
+    /// After a search: it is none from now on, unless it can be kept.
     void release() {
         if (length != 0 && (nodes != own || !canBeKept))
             forget();
@@ -85,7 +85,7 @@ public:
     unsigned int requiredLength;
     bool isDamaged;  // some node fails with a message
     fxRegStarts starts;
-    std::atomic_flag isInUse;  // by a search
+    std::atomic<bool> isInUse;  // by a search
 
 private:
     static const unsigned int mostBytes = 1536;  // of a program that is kept
@@ -99,7 +99,7 @@ private:
     void forget();
     bool readNodes(const char* program, const unsigned char* marks, unsigned int last);
     void read(fxRegNode& node, const char* program);
-    const fxRegNode* nodeAt(unsigned int offset) const;
+    fxRegNode* nodeAt(unsigned int offset) const;
     const fxRegNode* straight(const fxRegNode* node) const;
     void analyse();
     void numberPlaces(Sets& known);
@@ -160,7 +160,7 @@ private:
             return;
         }
         leased->release();
-        leased->isInUse.clear(std::memory_order_release);
+        leased->isInUse.store(false, std::memory_order_release);
     }
     void discard();
 

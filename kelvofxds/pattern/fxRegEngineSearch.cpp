@@ -1,5 +1,6 @@
 // fxRegEngineSearch.cpp - where a program is tried; see fxRegEngine.h.
 
+#include <cstddef>
 #include <cstring>
 
 #include "kelvofxds/pattern/fxRegCodeInternal.h"
@@ -9,6 +10,22 @@
 
 namespace {
 
+// memmem, which makes a table first, pays in long texts.
+const char* findIn(const char* subject, std::size_t there, const char* text, unsigned int length) {
+    const std::size_t few = 64;
+    if (there > few)
+        return static_cast<const char*>(memmem(subject, there, text, length));
+    const char* const end = subject + there;
+    while (end - subject >= std::ptrdiff_t(length)) {
+        const std::size_t places = static_cast<std::size_t>(end - subject) - (length - 1);
+        subject = static_cast<const char*>(std::memchr(subject, *text, places));
+        if (!subject || std::memcmp(subject, text, length) == 0)
+            return subject;
+        ++subject;
+    }
+    return nullptr;
+}
+
 // The first occurrence of a text without a NUL; null if there is none. What is
 // behind it is not looked at.
 const char* find(const char* subject, const char* text, unsigned int length) {
@@ -17,8 +34,8 @@ const char* find(const char* subject, const char* text, unsigned int length) {
     const std::size_t longest = 16384;
     for (std::size_t window = 256 + length;; window *= window < longest ? 4 : 1) {
         const std::size_t there = strnlen(subject, window);
-        if (const void* found = memmem(subject, there, text, length))
-            return static_cast<const char*>(found);
+        if (const char* found = findIn(subject, there, text, length))
+            return found;
         if (there < window)
             return nullptr;
         subject += there - (length - 1);
