@@ -73,7 +73,6 @@ void fxRegStarts::usePrefixes() {
 }
 
 bool fxRegTextEnd::extend() {
-    const unsigned int most = 16384;
     if (isEnd)
         return false;
     const std::size_t length = strnlen(known, window);
@@ -91,7 +90,7 @@ const char* fxRegStarts::next(const char* at, fxRegTextEnd& end) const {
     if (isByte && !(isFar && hasBlocks))
         return nextByte(at);
     // Most are near, and texts short.
-    const unsigned int peeked = 8;
+    const unsigned int peeked = isFar ? 0 : 4;
     for (unsigned int i = 0; at == end.get() && i < peeked; ++i) {
         if (isStart(at))
             return at;
@@ -99,6 +98,8 @@ const char* fxRegStarts::next(const char* at, fxRegTextEnd& end) const {
             return nullptr;
         ++at;
     }
+    if (isFar)
+        end.expectMuch();
     do {
         if (at < end.get()) {
             if (const char* found = nextByPrefix(at, end.get()))

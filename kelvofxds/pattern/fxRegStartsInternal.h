@@ -34,7 +34,9 @@ public:
     /// Looks further; false if the NUL is at `known` already. What lies far behind
     /// a match is never looked at.
     bool extend();
-    /// The same by one byte.
+    /// Looks further at once from now on.
+    void expectMuch() { window = window < much ? much : window; }
+    /// Like extend, by one byte.
     bool passOne() {
         isEnd = isEnd || *known == '\0';
         known += !isEnd;
@@ -43,6 +45,8 @@ public:
     const char* get() const { return known; }
 
 private:
+    static const unsigned int much = 4096, most = 8192;
+
     const char* known;  // no NUL before it
     unsigned int window;
     bool isEnd;
