@@ -1,12 +1,11 @@
 // fxObjChannels.cpp - an object's inputs and outputs, and sending on them.
 
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/core/fxShortCopyInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxObj.h"
@@ -227,22 +226,7 @@ void fxObj::sendDouble(fxOutputChannel* out, double value, fxSendFlags flags) {
 }
 
 namespace {
-const std::size_t shortText = 64;  // bytes, with the NUL
-
-// For a short text memcpy takes longer to begin than to copy.
-void copyText(char* to, const char* from, std::size_t size) {
-    using Word = std::uint32_t;
-    if (size > shortText) {
-        std::memcpy(to, from, size);
-    } else if (size >= sizeof(Word)) {
-        for (std::size_t i = 0; i < size - sizeof(Word); i += sizeof(Word))
-            std::memcpy(to + i, from + i, sizeof(Word));
-        std::memcpy(to + size - sizeof(Word), from + size - sizeof(Word), sizeof(Word));
-    } else {
-        for (std::size_t i = 0; i < size; ++i)
-            to[i] = from[i];
-    }
-}
+const unsigned int shortText = 64;  // bytes, with the NUL
 }  // namespace
 
 // The receivers of a text share one copy, which they may write to. It goes with
@@ -251,15 +235,15 @@ void fxObj::sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flag
     if (!hasReceivers(out))
         return;
     const char* source = text ? text : "";
-    const std::size_t size = std::strlen(source) + 1;
+    const auto size = static_cast<unsigned int>(std::strlen(source) + 1);
     if (flags == fxSendNow && size <= shortText) {
         char copy[shortText];
-        copyText(copy, source, size);
+        fxCopyShort(copy, source, size);
         send<fxCharPtrData, char*>(out, flags, copy);
         return;
     }
     char* copy = static_cast<char*>(fxAllocate(size));
-    copyText(copy, source, size);
+    fxCopyShort(copy, source, size);
     const bool isQueued = flags == fxSendQueued || flags == fxSendUrgent;
     if (isQueued && fxOutputChannel::Walk::onlyOneOf(out))
         send<fxCharPtrData>(out, flags, copy);

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/core/fxShortCopyInternal.h"
 #include "kelvofxds/str/fxTempStr.h"
 
 char fxStr::emptyString = '\0';
@@ -13,30 +14,10 @@ char fxStr::emptyString = '\0';
 namespace {
 const char* const owner = "fxStr";
 
-// memcpy, for short texts without the call. The two halves may overlap.
-inline void copyText(char* to, const char* from, unsigned int n) {
-    if (n > 16) {
-        std::memcpy(to, from, n);
-    } else if (n >= 8) {
-        char half[8];
-        std::memcpy(half, from + n - 8, 8);
-        std::memcpy(to, from, 8);
-        std::memcpy(to + n - 8, half, 8);
-    } else if (n >= 4) {
-        char half[4];
-        std::memcpy(half, from + n - 4, 4);
-        std::memcpy(to, from, 4);
-        std::memcpy(to + n - 4, half, 4);
-    } else {
-        for (unsigned int i = 0; i < n; ++i)
-            to[i] = from[i];
-    }
-}
-
 // A block with a copy of the `n` bytes at `s`, at least one, and a NUL.
 inline char* copyOf(const char* s, unsigned int n) {
     char* text = static_cast<char*>(fxAllocate(fxSum(owner, n, 1)));
-    copyText(text, s, n);
+    fxCopyShort(text, s, n);
     text[n] = '\0';
     return text;
 }

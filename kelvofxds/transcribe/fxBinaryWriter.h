@@ -27,7 +27,8 @@ struct fxBinaryWriterItem {
 ///
 /// An fxStdioStream, but none of a class derived from it, gets what writeObject
 /// writes in pieces of many records, the last one before writeObject returns.
-/// An xdr operation that uses the stream or its file itself calls flush before.
+/// What an xdr operation puts into the stream itself goes behind what is
+/// written by then; one that uses the stream's file calls flush before.
 class FX_EXPORT fxBinaryWriter : public virtual fxBinaryTranscriber {
 public:
     /// A writer on `s`, which it holds. Writes nothing; the stream's header

@@ -3,7 +3,8 @@
 
 #include <cstdlib>
 
-#include "kelvofxds/transcribe/fxShortCopyInternal.h"
+#include "kelvofxds/core/fxInProgressInternal.h"
+#include "kelvofxds/core/fxShortCopyInternal.h"
 #include "kelvofxds/transcribe/fxStdioStreamInternal.h"
 
 /// Collects what goes to the library's own stream, so that it gets pieces of
@@ -19,7 +20,7 @@ public:
     /// library's own and there is memory for it. What is left at the end goes to
     /// the stream, also after a failure, but is better handed over before, since
     /// nobody learns here whether that succeeds.
-    class Collecting {
+    class Collecting : public fxInProgress<Collecting> {
     public:
         Collecting(fxPiece& p, fxStream* s) : piece(p), before(p.stream) { piece.collectFor(s); }
         Collecting(const Collecting&) = delete;
@@ -27,6 +28,16 @@ public:
         ~Collecting() {
             piece.handOver();
             piece.stream = before;
+        }
+
+        /// Gives `s` what is collected for it, before somebody else uses it.
+        static unsigned char handOverTo(const fxStream* s) {
+            unsigned char isDone = 1;
+            Collecting::forEach([s, &isDone](Collecting& c) {
+                if (c.piece.stream == s && !c.piece.handOver())
+                    isDone = 0;
+            });
+            return isDone;
         }
 
     private:

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "kelvofxds/transcribe/fxShortCopyInternal.h"
+#include "kelvofxds/core/fxShortCopyInternal.h"
 #include "kelvofxds/transcribe/fxStdioStreamInternal.h"
 
 /// Reads the library's own stream without a call for each field of a record,

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "kelvofxds/transcribe/fxPieceInternal.h"
 #include "kelvofxds/transcribe/fxStdioStreamInternal.h"
 
 namespace {
@@ -100,7 +101,8 @@ unsigned char fxStdioStream::get(Item* items, unsigned int n) {
 
 template <class Item>
 unsigned char fxStdioStream::put(const Item* items, unsigned int n) {
-    return fp && (n == 0 || ::fwrite_unlocked(items, sizeof(Item), n, fp) == n);
+    return fp && fxPiece::Collecting::handOverTo(this) &&
+           (n == 0 || ::fwrite_unlocked(items, sizeof(Item), n, fp) == n);
 }
 
 unsigned char fxStdioStream::getBytes(char* buffer, unsigned int n) {
@@ -124,7 +126,7 @@ unsigned char fxStdioStream::getFloats(float* buffer, unsigned int n) { return g
 unsigned char fxStdioStream::getDoubles(double* buffer, unsigned int n) { return get(buffer, n); }
 
 unsigned char fxStdioStream::putBytes(const char* buffer, unsigned int n) {
-    if (n != 1 || !fp)
+    if (n != 1 || !fp || !fxPiece::Collecting::handOverTo(this))
         return put(buffer, n);
     return ::putc_unlocked(static_cast<unsigned char>(*buffer), fp) != EOF;
 }

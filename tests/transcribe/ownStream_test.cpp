@@ -235,6 +235,25 @@ TEST(ownStream, flushInAnObjectHandsOverWhatIsWritten) {
               dump(own.content()));
 }
 
+TEST(ownStream, whatAnObjectPutsIntoTheStreamItselfStaysInItsPlace) {
+    OwnFile own;
+    MemoryStream hosts;
+    for (fxStream* stream : {static_cast<fxStream*>(&own.stream), static_cast<fxStream*>(&hosts)}) {
+        const auto script = [stream](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+            int number = 7;
+            return self.xdrLink(t, 0) && t.xdr(self.numbers, 1) && stream->putBytes("h", 1) &&
+                   self.xdrLink(t, 1) && stream->putInts(&number, 1) && t.xdr(self.numbers, 2);
+        };
+        ScriptedObject sub(subType,
+                           [](ScriptedObject&, fxTranscriber&) -> unsigned char { return 1; });
+        ScriptedObject root(objType, script);
+        root.links[0] = root.links[1] = &sub;
+        fxBinaryWriter writer(stream);
+        EXPECT_EQ(1, writeRoot(writer, root));
+    }
+    EXPECT_EQ(dump(hosts.written), dump(own.content()));
+}
+
 TEST(ownStream, failedObjectLeavesWhatWasWrittenBefore) {
     ScriptedObject root(objType, [](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
         return self.xdrLink(t, 0) && self.xdrLink(t, 0) && false;
