@@ -135,6 +135,10 @@ struct fxChains : fxIndexing {
             Bucket<C>* before = fxLinkedEntry<Bucket<C>>::of(b);
             link = before ? &before->next : &c.buckets[place.bucketIndex];
             leaveIndex(c, place);
+        } else if (!link) {
+            // The index that gave the place is gone.
+            for (link = &c.buckets[place.bucketIndex]; *link != b; link = &(*link)->next) {
+            }
         }
         *link = b->next;
         fxHeldEntry<Bucket<C>>::leave(b);
@@ -146,11 +150,9 @@ struct fxChains : fxIndexing {
     template <class C>
     static Bucket<C>* unlink(C& c, Bucket<C>* b, unsigned int bucketIndex,
                              Bucket<C>* from = nullptr) {
-        Bucket<C>** link = from ? &from->next : &c.buckets[bucketIndex];
-        if (!indexOf(c)) {
-            while (*link != b)
-                link = &(*link)->next;
-        }
+        Bucket<C>** link = from ? &from->next : nullptr;
+        while (link && *link != b)
+            link = &(*link)->next;
         return unlink(c, fxPlace<Bucket<C>>{bucketIndex, b, link, false, 0});
     }
 

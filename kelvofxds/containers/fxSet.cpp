@@ -137,6 +137,7 @@ fxSetBucket* fxSet::add(const void* key) {
         std::free(block);
         throw;
     }
+    // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the entry has the block.
     fxSetBucket* b = fxChains::push<fxSet>(*this, place.bucketIndex, block, &place);
     if (!b)
         fxOutOfMemory();

@@ -109,6 +109,7 @@ bool fxRegCode::readNodes(const char* program, const unsigned char* marked, unsi
 }
 
 void fxRegCode::read(fxRegNode& node, const char* program) {
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): each mark is a node.
     const char* at = program + node.offset;
     node.op = fxRegOp(at);
     if (!isKnownOp(node.op))

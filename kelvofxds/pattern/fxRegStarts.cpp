@@ -75,6 +75,7 @@ void fxRegStarts::usePrefixes() {
 bool fxRegTextEnd::extend() {
     if (isEnd)
         return false;
+    // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): a subject is never null.
     const std::size_t length = strnlen(known, window);
     isEnd = length < window;
     known += length;

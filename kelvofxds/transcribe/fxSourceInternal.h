@@ -69,8 +69,10 @@ public:
             return 1;
         }
         const unsigned int there = static_cast<unsigned int>(end - next);
-        if (there != 0)
+        if (there != 0) {
+            // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): some are there.
             std::memcpy(to, next, there);
+        }
         next = end;
         return ::fread_unlocked(to + there, 1, n - there, file) == n - there;
     }
