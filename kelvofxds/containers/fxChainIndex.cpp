@@ -56,19 +56,17 @@ unsigned short mostInUse = 0;  // since the process began
 unsigned short nextFree[fxIndexNumber + 1U];
 }  // namespace
 
-unsigned short fxEnterIndex(void* index) {
+unsigned short fxTakeIndexNumber() {
     const std::lock_guard<std::mutex> guard(numbers);
     unsigned short number = firstFree;
     if (number != 0)
         firstFree = nextFree[number];
     else if (mostInUse < fxIndexNumber)
         number = ++mostInUse;
-    if (number != 0)
-        fxIndexOf[number] = index;
     return number;
 }
 
-void fxLeaveIndex(unsigned short number) {
+void fxReturnIndexNumber(unsigned short number) {
     const std::lock_guard<std::mutex> guard(numbers);
     fxIndexOf[number] = nullptr;
     nextFree[number] = firstFree;

@@ -16,15 +16,34 @@ __attribute__((visibility("hidden"))) void* fxAllocateSlots(unsigned int& bytes)
 /// Frees such a block, or keeps it.
 __attribute__((visibility("hidden"))) void fxFreeSlots(void* block, unsigned int bytes);
 
-/// An entry that knows the one before it in its chain. Those of a class that
-/// may have an index are made so; the link is good while there is one.
+/// An entry that knows the one before it in its chain, and whether it is a twin:
+/// an entry that has no slot, because one in front of it has an equal key. Those
+/// of a class that may have an index are made so; what they know is true while
+/// there is one.
 template <class Bucket>
-struct fxLinkedEntry : Bucket {
-    fxLinkedEntry(void* block, Bucket* following) : Bucket{block, following}, before(nullptr) {}
+class fxLinkedEntry : public Bucket {
+public:
+    fxLinkedEntry(void* block, Bucket* following) : Bucket{block, following}, link(0) {}
 
-    Bucket* before;
+    static Bucket* before(const Bucket* b) {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): its lowest bit is used.
+        return reinterpret_cast<Bucket*>(of(b).link & ~twin);
+    }
+    static void setBefore(Bucket* b, Bucket* other) {
+        of(b).link = reinterpret_cast<std::uintptr_t>(other) | (of(b).link & twin);
+    }
+    static bool isTwin(const Bucket* b) { return (of(b).link & twin) != 0; }
+    static void setTwin(Bucket* b, bool isOne) { of(b).link = (of(b).link & ~twin) | isOne; }
 
-    static Bucket*& of(Bucket* b) { return static_cast<fxLinkedEntry*>(b)->before; }
+private:
+    static const std::uintptr_t twin = 1;
+
+    static fxLinkedEntry& of(Bucket* b) { return *static_cast<fxLinkedEntry*>(b); }
+    static const fxLinkedEntry& of(const Bucket* b) {
+        return *static_cast<const fxLinkedEntry*>(b);
+    }
+
+    std::uintptr_t link;
 };
 
 /// Entries of chains by a private hash of their keys, in one block of slots.
@@ -49,6 +68,7 @@ public:
           table(tableOfContainer),
           byText(isByText),
           slots(nullptr),
+          bytesOfSlots(0),
           capacity(0),
           tail(0),
           count(0) {}
@@ -76,7 +96,7 @@ public:
         return (s->hash ^ hash) <= twins && s->entry;
     }
 
-    /// The slot of `b`; null for a twin of another entry.
+    /// The slot of `b`; null if it has none with that hash.
     Slot* slotOf(std::uint32_t hash, const Bucket* b) const {
         for (Slot* s = begin(hash); isOf(s, hash); ++s) {
             if (s->entry == b)
@@ -213,10 +233,10 @@ constexpr unsigned short fxIndexNumber = 0x1FFF;
 
 extern __attribute__((visibility("hidden"))) void* fxIndexOf[fxIndexNumber + 1U];
 
-/// A number for `index`; 0, which is none, when all are in use.
-__attribute__((visibility("hidden"))) unsigned short fxEnterIndex(void* index);
+/// A number for an index to come; 0, which is none, when all are in use.
+__attribute__((visibility("hidden"))) unsigned short fxTakeIndexNumber();
 /// Gives a number back.
-__attribute__((visibility("hidden"))) void fxLeaveIndex(unsigned short number);
+__attribute__((visibility("hidden"))) void fxReturnIndexNumber(unsigned short number);
 
 /// The virtual table of an object whose first word leads to it.
 inline const void* fxTableOf(const void* object) {

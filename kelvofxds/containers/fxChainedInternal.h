@@ -43,7 +43,7 @@ struct fxChains : fxIndexing {
     [[gnu::always_inline]] static Bucket<C>* find(const C& c, const void* key) {
         const unsigned int n = numBuckets(c);
         const Index<C>* index = n != 0 ? indexOf(c) : nullptr;
-        if (index && index->byText && index->table == fxTableOf(&c))
+        if (index && index->byText && index->table == fxTableOf(&c) && !isToCome(textAt(key)))
             return findText<C>(*index, textAt(key), n);
         return lookUp(c, key).entry;
     }
@@ -66,9 +66,10 @@ struct fxChains : fxIndexing {
         if (n == 0)
             return {0, nullptr, nullptr, false, 0};
         if (const Index<C>* index = indexOf(c)) {
-            if (index->table == fxTableOf(&c))
+            if (index->table != fxTableOf(&c))
+                dropIndex(c);
+            else if (!index->byText || !isToCome(textAt(key)))
                 return lookUpIndexed(c, *index, key, n);
-            dropIndex(c);
         }
         const unsigned int i = remainder(c.hashKey(key), n);
         unsigned int passed = 0;
@@ -109,8 +110,12 @@ struct fxChains : fxIndexing {
     static void pushed(C& c, Bucket<C>* b, unsigned int bucketIndex,
                        const fxPlace<Bucket<C>>* place) {
         Index<C>& index = *indexOf(c);
+        if (index.byText && isToCome(textAt(fxBlockOf(b)))) {
+            dropIndex(c);
+            return;
+        }
         if (b->next)
-            fxLinkedEntry<Bucket<C>>::of(b->next) = b;
+            fxLinkedEntry<Bucket<C>>::setBefore(b->next, b);
         bool isEntered = false;
         try {
             const std::uint32_t hash = place && place->isHashed
@@ -132,7 +137,7 @@ struct fxChains : fxIndexing {
         Bucket<C>* b = place.entry;
         Bucket<C>** link = place.link;
         if (indexOf(c)) {
-            Bucket<C>* before = fxLinkedEntry<Bucket<C>>::of(b);
+            Bucket<C>* before = fxLinkedEntry<Bucket<C>>::before(b);
             link = before ? &before->next : &c.buckets[place.bucketIndex];
             leaveIndex(c, place);
         } else if (!link) {
@@ -160,23 +165,30 @@ struct fxChains : fxIndexing {
     // of its twins takes its place.
     template <class C>
     static void leaveIndex(C& c, const fxPlace<Bucket<C>>& place) {
+        using Linked = fxLinkedEntry<Bucket<C>>;
         Index<C>& index = *indexOf(c);
         Bucket<C>* b = place.entry;
         if (b->next)
-            fxLinkedEntry<Bucket<C>>::of(b->next) = fxLinkedEntry<Bucket<C>>::of(b);
+            Linked::setBefore(b->next, Linked::before(b));
+        if (Linked::isTwin(b))
+            return;
         try {
             const std::uint32_t hash =
                 place.isHashed ? place.hash : hashOf(c, index, fxBlockOf(b), place.bucketIndex);
             auto* slot = index.slotOf(hash, b);
-            if (!slot)
+            if (!slot) {
+                dropIndex(c);  // the key has been changed where it is
                 return;
+            }
             Bucket<C>* next = slot->hash == hash ? nullptr : b->next;
-            while (next && !areAlike(c, index, fxBlockOf(b), next))
+            while (next && !(Linked::isTwin(next) && areAlike(c, index, fxBlockOf(b), next)))
                 next = next->next;
-            if (next)
+            if (next) {
+                Linked::setTwin(next, false);
                 slot->entry = next;
-            else
+            } else {
                 index.erase(slot);
+            }
         } catch (...) {
             dropIndex(c);
         }

@@ -90,7 +90,7 @@ struct fxIndexing {
     }
     template <class C>
     static bool knowsItsSizes(const C& c) {
-        return (wordBeside(c) & fxSizesAreOfStrings) != 0;
+        return (wordBeside(c) & fxSizesAreOfStrings) != 0 && isByText(c);
     }
     template <class C>
     static void copyKnowledge(C& c, const C& other) {
@@ -110,7 +110,7 @@ struct fxIndexing {
         Index<C>* index = indexOf(c);
         if (!index)
             return;
-        fxLeaveIndex(wordBeside(c) & fxIndexNumber);
+        fxReturnIndexNumber(wordBeside(c) & fxIndexNumber);
         wordBeside(c) &= static_cast<unsigned short>(~fxIndexNumber);
         delete index;
     }
@@ -130,6 +130,10 @@ struct fxIndexing {
         return seed.hash(key.c_str(), static_cast<unsigned int>(std::strlen(key.c_str())));
     }
     static const fxStr& textAt(const void* key) { return *static_cast<const fxStr*>(key); }
+    /// Whether a reader has yet to bring the text, whose length is known.
+    static bool isToCome(const fxStr& key) {
+        return key.c_str() == &fxStr::emptyString && key.length() != 0;
+    }
 
     template <class C>
     static std::uint32_t hashOf(const C& c, const Index<C>& index, const void* key,
@@ -183,6 +187,7 @@ struct fxIndexing {
         if (!slot)
             return index.insert(hash, b);
         slot->hash |= Index<C>::twins;
+        fxLinkedEntry<Bucket<C>>::setTwin(isInFront ? slot->entry : b, true);
         if (isInFront)
             slot->entry = b;
         return true;
@@ -193,6 +198,9 @@ struct fxIndexing {
         const unsigned int n = numBuckets(c);
         unsigned int entries = 0;
         for (unsigned int i = 0; i < n; ++i) {
+            // What is being read stands in front.
+            if (c.buckets[i] && index.byText && isToCome(textAt(fxBlockOf(c.buckets[i]))))
+                return false;
             for (const Bucket<C>* b = c.buckets[i]; b; b = b->next)
                 ++entries;
         }
@@ -201,7 +209,10 @@ struct fxIndexing {
         for (unsigned int i = 0; i < n; ++i) {
             Bucket<C>* before = nullptr;
             for (Bucket<C>* b = c.buckets[i]; b; before = b, b = b->next) {
-                fxLinkedEntry<Bucket<C>>::of(b) = before;
+                fxLinkedEntry<Bucket<C>>::setBefore(b, before);
+                fxLinkedEntry<Bucket<C>>::setTwin(b, false);
+                if (index.byText && isToCome(textAt(fxBlockOf(b))))
+                    return false;
                 if (!enter(c, index, b, hashOf(c, index, fxBlockOf(b), i), false))
                     return false;
             }
@@ -214,20 +225,22 @@ struct fxIndexing {
     [[gnu::cold, gnu::noinline]] static void makeIndex(const C& c) {
         if (indexOf(c) || !isLinked(const_cast<C&>(c)))
             return;
+        const unsigned short number = fxTakeIndexNumber();
+        if (number == 0)
+            return;
         auto* index = fxTryNew<Index<C>>(fxTableOf(&c), isByText(c));
-        const unsigned short number = index ? fxEnterIndex(index) : 0;
         bool isComplete = false;
         try {
-            isComplete = number != 0 && enterAll(c, *index);
+            isComplete = index && enterAll(c, *index);
         } catch (...) {
             isComplete = false;  // what the host's operations say, a walk will hear
         }
         if (isComplete) {
+            fxIndexOf[number] = index;
             wordBeside(c) |= number;
             return;
         }
-        if (number != 0)
-            fxLeaveIndex(number);
+        fxReturnIndexNumber(number);
         delete index;
     }
 };

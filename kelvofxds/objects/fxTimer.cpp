@@ -364,7 +364,7 @@ namespace {
 float number(float seconds) { return std::isnan(seconds) ? 0 : seconds; }
 }  // namespace
 
-inline void fxTimer::addToActiveList() {
+void fxTimer::addToActiveList() {
     fxTimer** link = &activeTimers;
     fxTimer* behind = *link;
     float d = interval;
@@ -390,7 +390,7 @@ inline void fxTimer::addToActiveList() {
     active = 1;
 }
 
-inline void fxTimer::removeFromActiveList() {
+void fxTimer::removeFromActiveList() {
     fxTimer** link = Places::linkOf(this);
     active = 0;
     if (__builtin_expect(*link != this, false)) {

@@ -421,7 +421,8 @@ TEST(fxStrStrDictionary, keySizesThatMisalignTheValueFail) {
     }
 }
 
-// Who knows only the base reads with the same care.
+// What the base's own form believes cannot hurt: no string is made outside its
+// entry, or where none can be.
 TEST(fxStrStrDictionary, sizesBelowAStringFailThroughTheBaseToo) {
     const struct {
         unsigned int keySize, valueSize;
@@ -431,8 +432,10 @@ TEST(fxStrStrDictionary, sizesBelowAStringFailThroughTheBaseToo) {
         Watched d(fxStrStrDictionary_type);
         RecordingTranscriber t(reader, head(1, c.keySize, c.valueSize, 3) + entry("k", "v", 1));
         EXPECT_EQ(0, static_cast<fxDictionary&>(d).doxdr(t));
-        EXPECT_EQ("uint*:1 uint*:1 uint*:1 uint*:1", t.log());
         EXPECT_EQ("", d.contents());
+        if (c.keySize >= 8)
+            static_cast<fxStr*>(d.lastKey)->~fxStr();
+        std::free(d.lastKey);
     }
 }
 
