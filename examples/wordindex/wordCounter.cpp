@@ -13,7 +13,6 @@ const unsigned int bytesPerBucket = 256;
 const unsigned int fewestBuckets = 4095;
 const unsigned int mostBuckets = 1024 * 1024 - 1;
 
-const unsigned int recentBits = 16;
 const unsigned int chunkSize = 64 * 1024;
 
 // What each byte is replaced by before the text is taken apart: itself in a word, else a blank.
@@ -35,15 +34,6 @@ public:
 private:
     char map[256];
 };
-
-// Unlike fxStr::hash(), of all bytes.
-std::uint32_t hashOf(const fxStr& word) {
-    std::uint32_t hash = 2166136261U;
-    const char* bytes = word.c_str();
-    for (unsigned int i = 0; i < word.length(); ++i)
-        hash = (hash ^ static_cast<unsigned char>(bytes[i])) * 16777619U;
-    return hash;
-}
 
 // Adds one to a decimal number.
 void increment(fxStr& number) {
@@ -93,8 +83,7 @@ unsigned int WordCounter::bucketsFor(std::uint64_t bytes) {
            1;
 }
 
-WordCounter::WordCounter(fxStrStrDictionary& words)
-    : index(words), recent(1U << recentBits), bytesRead(0), wordsCounted(0) {}
+WordCounter::WordCounter(fxStrStrDictionary& words) : index(words), bytesRead(0), wordsCounted(0) {}
 
 bool WordCounter::countFile(const std::string& path, const std::function<void()>& tick) {
     static const ByteMap map;
@@ -138,21 +127,9 @@ void WordCounter::countText(const char* bytes, unsigned int n) {
     }
 }
 
-// The dictionary's hash tells words apart by their first eight bytes only, so that the many names
-// with a common prefix share a chain, and finding one takes a walk. Most words have been seen not
-// long ago: they are found here.
 fxStr& WordCounter::countOf(const fxStr& word) {
-    const std::uint32_t hash = hashOf(word);
-    Recent& place = recent[hash >> (32 - recentBits)];
-    if (place.hash == hash && place.word && *place.word == word)
-        return *place.count;
-    void* entry;
-    if (!index.find(&word, &entry)) {
-        const fxStr none("0", 1);
-        entry = index.addInternal(&word, &none);
-    }
-    // A key and its value are neighbours, and stay where they are.
-    auto* pair = static_cast<fxStr*>(static_cast<fxDictBucket*>(entry)->kvmem);
-    place = {hash, &pair[0], &pair[1]};
-    return *place.count;
+    fxStr& count = index.findCreate(word);
+    if (count.length() == 0)
+        count = fxStr("0", 1);
+    return count;
 }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 
@@ -35,18 +34,10 @@ public:
     std::uint64_t words() const { return wordsCounted; }  ///< Words counted so far.
 
 private:
-    // The entry of a word seen lately.
-    struct Recent {
-        std::uint32_t hash;
-        const fxStr* word;  // the dictionary's key, or null
-        fxStr* count;       // and its value
-    };
-
     void countText(const char* bytes, unsigned int n);
     fxStr& countOf(const fxStr& word);
 
     fxStrStrDictionary& index;
-    std::vector<Recent> recent;  // by the top bits of the hash
     std::uint64_t bytesRead;
     std::uint64_t wordsCounted;
 };

@@ -108,6 +108,14 @@ TEST(wordindex, countsCarryFromDigitToDigit) {
     EXPECT_TRUE(result.hasLine("\"odd\" 1999"));
 }
 
+TEST(wordindex, tellsWhatALookUpCostsWithAndWithoutAnIndex) {
+    const TemporaryFolder folder;
+    const ProgramResult result = wordindex.run({folder.file("text", "one two two")});
+    EXPECT_EQ(0, result.status);
+    EXPECT_NE(std::string::npos, result.out.find("\nlook-up   "));
+    EXPECT_NE(std::string::npos, result.out.find(" where chains are walked\n"));
+}
+
 TEST(wordindex, findsWordsThatSpanTheProgramsBuffers) {
     const TemporaryFolder folder;
     const std::string text = folder.file("text", repeated("seventeen_letters ", 40000));
