@@ -11,11 +11,11 @@ static unsigned short* const fxValueTypeCodes[] = {FX_VALUE_TYPES(FX_CODE, FX_CO
 
 /// The number of the code of a holder's type.
 template <class Holder>
-constexpr int fxNumberOf = -1;
+inline constexpr int fxNumberOf = -1;
 
 #define FX_VALUE(number, code, Holder, Type, name) \
     template <>                                    \
-    constexpr int fxNumberOf<fx##Holder##Data> = number;
+    inline constexpr int fxNumberOf<fx##Holder##Data> = number;
 #define FX_POINTER(number, code, Holder, Type, name)
 FX_VALUE_TYPES(FX_VALUE, FX_VALUE, FX_POINTER)
 #undef FX_VALUE
