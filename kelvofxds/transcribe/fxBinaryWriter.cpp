@@ -147,7 +147,7 @@ void fxBinaryWriter::setPending(fxBinaryOTTag pendingTag, unsigned long number) 
     arg1 = static_cast<unsigned int>(number);
 }
 
-unsigned char fxBinaryWriter::flush() { return writePending() && index->piece.handOver(); }
+unsigned char fxBinaryWriter::flush() { return writePending() && index->piece.handOverFor(stream); }
 
 unsigned char fxBinaryWriter::writePending() {
     if (tag == fxOT_Data && payloadCount == 0)
@@ -176,11 +176,12 @@ inline unsigned char fxBinaryWriter::putRecord(const fxBinaryFormat::Record& rec
 unsigned char fxBinaryWriter::collectRecord(const fxBinaryFormat::Record& record, const char* text,
                                             const char* payload) {
     fxPiece& piece = index->piece;
-    char* const at = piece.room(fxBinaryFormat::mostHeadBytes);
+    const unsigned int textSize = text ? sizeWithNul(text) : 0;
+    char* const at = piece.room(fxBinaryFormat::mostHeadBytes + textSize + payloadCount);
     if (!at)
         return 0;
     piece.take(static_cast<unsigned int>(putFields(at, record) - at));
-    return (!text || piece.add(text, sizeWithNul(text))) && piece.add(payload, payloadCount);
+    return piece.add(text, textSize) && piece.add(payload, payloadCount);
 }
 
 // Writes the pending record with the payload at `payload`.
@@ -189,8 +190,9 @@ unsigned char fxBinaryWriter::writePendingWith(const char* payload) {
     if (!record)
         fxFatal("Whoops!");
     const char* const text = record->hasText ? typeName : nullptr;
-    if (!(index->piece.isCollecting() ? collectRecord(*record, text, payload)
-                                      : putRecord(*record, text, payload)))
+    fxPiece& piece = index->piece;
+    if (!(piece.isCollecting() ? collectRecord(*record, text, payload)
+                               : piece.handOverFor(stream) && putRecord(*record, text, payload)))
         return 0;
     cursor = buffer;
     payloadCount = 0;
@@ -317,6 +319,8 @@ unsigned char fxBinaryWriter::writeObject(void* address, fxXDRObj* object) {
         return 0;
     const unsigned int type = wordOf(&object->getTypeObj());
     const fxPiece::Collecting collecting(index->piece, stream);
+    if (!index->piece.handOver())
+        return 0;
     addWork({objectItem, &index->entryOf(address), type, 0});
     fxBinaryWriterItem item;
     unsigned long number;

@@ -28,7 +28,9 @@ struct fxBinaryWriterItem {
 /// An fxStdioStream, but none of a class derived from it, gets what writeObject
 /// writes in pieces of many records, the last one before writeObject returns.
 /// What an xdr operation puts into the stream itself goes behind what is
-/// written by then; one that uses the stream's file calls flush before.
+/// written by then; one that uses the stream's file calls flush before. What the
+/// stream does not take stays: flush and the next object begin with it, and fail
+/// as long as it is not taken.
 class FX_EXPORT fxBinaryWriter : public virtual fxBinaryTranscriber {
 public:
     /// A writer on `s`, which it holds. Writes nothing; the stream's header

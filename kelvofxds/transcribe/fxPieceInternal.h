@@ -2,16 +2,18 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxShortCopyInternal.h"
 #include "kelvofxds/transcribe/fxStdioStreamInternal.h"
 
 /// Collects what goes to the library's own stream, so that it gets pieces of
-/// many records instead of several calls a record.
+/// many records instead of several calls a record. What the stream does not take
+/// stays, in front of all that follows.
 class fxPiece {
 public:
-    fxPiece() : bytes(nullptr), used(0), stream(nullptr) {}
+    fxPiece() : bytes(nullptr), used(0), stream(nullptr), collecting(false) {}
     fxPiece(const fxPiece&) = delete;
     fxPiece& operator=(const fxPiece&) = delete;
     ~fxPiece() { std::free(bytes); }
@@ -22,12 +24,14 @@ public:
     /// nobody learns here whether that succeeds.
     class Collecting : public fxInProgress<Collecting> {
     public:
-        Collecting(fxPiece& p, fxStream* s) : piece(p), before(p.stream) { piece.collectFor(s); }
+        Collecting(fxPiece& p, fxStream* s) : piece(p), before(p.collecting) {
+            piece.collectFor(s);
+        }
         Collecting(const Collecting&) = delete;
         Collecting& operator=(const Collecting&) = delete;
         ~Collecting() {
             piece.handOver();
-            piece.stream = before;
+            piece.collecting = before;
         }
 
         /// Gives `s` what is collected for it, before somebody else uses it.
@@ -42,13 +46,14 @@ public:
 
     private:
         fxPiece& piece;
-        fxStream* before;
+        bool before;
     };
 
-    bool isCollecting() const { return stream != nullptr; }
+    bool isCollecting() const { return collecting; }
 
-    /// Where `n` more bytes can be put, to be followed by take; null when the
-    /// stream has failed. Requires: isCollecting(), and that they are few.
+    /// Makes room for `n` more bytes, or as many as a piece has; returns where
+    /// they can be put, to be followed by take. Null when the stream has failed,
+    /// and nothing has changed. Requires: isCollecting().
     char* room(unsigned int n) { return n <= size - used || handOver() ? bytes + used : nullptr; }
 
     /// Adds the `n` bytes that have been put where there is room.
@@ -67,27 +72,52 @@ public:
         return 1;
     }
 
-    /// Gives the stream what has been collected.
-    unsigned char handOver() {
-        const unsigned int n = used;
-        used = 0;
-        return n == 0 || stream->putBytes(bytes, n);
+    /// Gives the stream what has been collected. On failure, what it has not
+    /// taken stays to be given later.
+    unsigned char handOver() { return used == 0 || handOverUsed(); }
+
+    /// The same for whoever writes to `s` now. What is left for a stream that it
+    /// has no more is gone.
+    unsigned char handOverFor(const fxStream* s) {
+        dropUnlessFor(s);
+        return handOver();
     }
 
 private:
     static const unsigned int size = 32 * 1024;  // bytes
 
+    [[gnu::noinline]] unsigned char handOverUsed() {
+        const unsigned int n = used;
+        used = 0;  // what others have collected for the stream before goes first
+        const std::size_t taken =
+            Collecting::handOverTo(stream) ? ::fwrite_unlocked(bytes, 1, n, fxOwnFile(stream)) : 0;
+        used = n - static_cast<unsigned int>(taken);
+        if (used == 0)
+            return 1;
+        std::memmove(bytes, bytes + taken, used);
+        return 0;
+    }
+
+    void dropUnlessFor(const fxStream* s) {
+        if (!collecting && s != stream)
+            used = 0;
+    }
+
     void collectFor(fxStream* s) {
-        stream = nullptr;
+        dropUnlessFor(s);
+        collecting = false;
         if (!fxOwnFile(s))
             return;
         if (!bytes)
             bytes = static_cast<char*>(std::malloc(size));
-        if (bytes)
-            stream = s;
+        if (!bytes)
+            return;
+        stream = s;
+        collecting = true;
     }
 
     char* bytes;        // owned; null until it is used
-    unsigned int used;  // bytes collected
-    fxStream* stream;   // what they are for; null while nothing is collected
+    unsigned int used;  // bytes collected, or left since the stream has failed
+    fxStream* stream;   // what they are for
+    bool collecting;    // more are to come
 };

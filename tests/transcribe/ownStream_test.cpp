@@ -297,6 +297,118 @@ TEST(ownStream, fullDiskFailsTheObject) {
     }
 }
 
+// What the stream does not take.
+
+namespace {
+// A file that takes so many bytes and then fails, without a buffer.
+struct LimitedFile {
+    explicit LimitedFile(std::size_t limit) : room(limit), own(open(this)) {
+        std::setvbuf(own.file, nullptr, _IONBF, 0);
+    }
+
+    static std::FILE* open(LimitedFile* self) {
+        cookie_io_functions_t functions = {};
+        functions.write = [](void* cookie, const char* bytes, std::size_t n) {
+            auto* file = static_cast<LimitedFile*>(cookie);
+            const std::size_t taken = n < file->room ? n : file->room;
+            file->room -= taken;
+            file->taken.append(bytes, taken);
+            return static_cast<ssize_t>(taken);
+        };
+        return ::fopencookie(self, "w", functions);
+    }
+
+    std::size_t room;
+    std::string taken;
+    OwnFile own;
+};
+
+const std::size_t plenty = 1U << 30;
+}  // namespace
+
+TEST(ownStream, whatItDidNotTakeStaysUntilItDoes) {
+    fxStrArray strings;
+    fill(strings, 100);
+    const std::string whole =
+        seenByHosts([&](fxBinaryWriter& w) { return w.writeObject(&strings, &strings); });
+    for (std::size_t limit : {std::size_t(0), std::size_t(1), whole.size() / 2, whole.size() - 1}) {
+        SCOPED_TRACE(limit);
+        LimitedFile file(limit);
+        fxBinaryWriter writer(&file.own.stream);
+        EXPECT_EQ(0, writer.writeObject(&strings, &strings));
+        EXPECT_EQ(0, writer.flush());
+        EXPECT_EQ(limit, file.taken.size());
+        file.room = plenty;
+        EXPECT_EQ(1, writer.flush());
+        EXPECT_TRUE(whole == file.taken);
+        EXPECT_EQ(1, writer.flush());
+        EXPECT_TRUE(whole == file.taken);
+    }
+}
+
+TEST(ownStream, nextObjectBeginsWithWhatItDidNotTake) {
+    fxIntArray ints;
+    fill(ints, 5);
+    ScriptedObject other(subType);
+    const std::string both = seenByHosts([&](fxBinaryWriter& w) {
+        return w.writeObject(&ints, &ints) && w.writeObject(&other, &other);
+    });
+    LimitedFile file(10);
+    fxBinaryWriter writer(&file.own.stream);
+    EXPECT_EQ(0, writer.writeObject(&ints, &ints));
+    EXPECT_EQ(0, writer.writeObject(&other, &other));
+    EXPECT_EQ(0U, writer.alreadyWritten(&other));
+    file.room = plenty;
+    EXPECT_EQ(1, writer.writeObject(&other, &other));
+    EXPECT_EQ(dump(both), dump(file.taken));
+}
+
+TEST(ownStream, elementsDoNotOvertakeWhatItDidNotTake) {
+    fxIntArray ints;
+    fill(ints, 5);
+    std::string bytes(600, 'x');
+    const std::string both = seenByHosts([&](fxBinaryWriter& w) {
+        return w.writeObject(&ints, &ints) && w.xdr(&bytes[0], 600) && w.flush();
+    });
+    LimitedFile file(10);
+    fxBinaryWriter writer(&file.own.stream);
+    EXPECT_EQ(0, writer.writeObject(&ints, &ints));
+    EXPECT_EQ(1, writer.xdr(&bytes[0], 512)) << "they wait in the buffer";
+    EXPECT_EQ(0, writer.xdr(&bytes[0], 88));
+    EXPECT_EQ(10U, file.taken.size());
+    file.room = plenty;
+    EXPECT_EQ(1, writer.xdr(&bytes[0], 88));
+    EXPECT_EQ(1, writer.flush());
+    EXPECT_EQ(dump(both), dump(file.taken));
+}
+
+TEST(ownStream, longObjectThatFailsGoesOnWhereItFailed) {
+    fxStrArray strings;
+    fill(strings, 3000);
+    const std::string whole =
+        seenByHosts([&](fxBinaryWriter& w) { return w.writeObject(&strings, &strings); });
+    LimitedFile file(40000);
+    fxBinaryWriter writer(&file.own.stream);
+    EXPECT_EQ(0, writer.writeObject(&strings, &strings));
+    EXPECT_EQ(0, writer.flush());
+    file.room = plenty;
+    EXPECT_EQ(1, writer.flush());
+    EXPECT_LT(40000U, file.taken.size());
+    EXPECT_TRUE(whole.compare(0, file.taken.size(), file.taken) == 0);
+}
+
+TEST(ownStream, destroyedWriterGivesItNothingMore) {
+    fxIntArray ints;
+    fill(ints, 5);
+    LimitedFile file(10);
+    {
+        fxBinaryWriter writer(&file.own.stream);
+        EXPECT_EQ(0, writer.writeObject(&ints, &ints));
+        file.room = plenty;
+    }
+    EXPECT_EQ(10U, file.taken.size());
+}
+
 TEST(ownStream, itIsGivenManyRecordsAtOnce) {
     std::vector<std::size_t> sizes;
     cookie_io_functions_t functions = {};
