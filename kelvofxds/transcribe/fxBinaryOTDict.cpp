@@ -1,10 +1,10 @@
 #include "kelvofxds/transcribe/fxBinaryOTDict.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "kelvofxds/containers/fxChainedInternal.h"
-#include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
 const unsigned int wordSize = sizeof(std::uint32_t);
@@ -50,14 +50,19 @@ unsigned char fxBinaryOTDict::xdrKey(fxTranscriber&, void*) { return 0; }
 
 unsigned char fxBinaryOTDict::xdrValue(fxTranscriber&, void*) { return 0; }
 
-void fxBinaryOTDict::addNew(unsigned int key, unsigned int value) {
-    char* block = static_cast<char*>(fxAllocate(wordSize + wordSize));
+bool fxBinaryOTDict::addNew(unsigned int key, unsigned int value) {
+    char* block = static_cast<char*>(std::malloc(wordSize + wordSize));
+    if (!block)
+        return false;
     std::memcpy(block, &key, wordSize);
     std::memcpy(block + wordSize, &value, wordSize);
-    if (!fxChains::push<fxDictionary>(*this, hashOf(key) % bucketCount(), block, nullptr))
-        fxOutOfMemory();
+    if (!fxChains::push<fxDictionary>(*this, hashOf(key) % bucketCount(), block, nullptr)) {
+        std::free(block);
+        return false;
+    }
     // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the entry has the block.
     ++numItems;
+    return true;
 }
 
 void fxBinaryOTDict::removeAll() {

@@ -28,8 +28,8 @@ public:
     using fxDictionary::operator=;
 
     /// Adds an entry for a key that is known to have none, in front of its
-    /// bucket; O(1).
-    void addNew(unsigned int key, unsigned int value);
+    /// bucket; O(1). False when there is no memory for it.
+    bool addNew(unsigned int key, unsigned int value);
     /// Removes every entry; iterators come to their end.
     void removeAll();
 };

@@ -106,7 +106,8 @@ fxBinaryReader::Record* fxBinaryReader::enter(unsigned int number, void* address
     Record* record = index->madeRecordOf(number);
     if (!record)
         return nullptr;
-    index->enter(*record, reinterpret_cast<std::uint32_t>(address));
+    if (!index->enter(*record, reinterpret_cast<std::uint32_t>(address)))
+        return nullptr;
     record->kind = static_cast<Record::Kind>(kind);
     record->taken = false;
     return record;

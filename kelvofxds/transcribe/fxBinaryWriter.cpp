@@ -63,6 +63,12 @@ struct fxBinaryWriter::Index : fxObjectTable, fxWordIndex<fxObjectTable::Entry, 
         return *entry;
     }
 
+    // Gives the address of `entry` the number `value`.
+    void number(Entry& entry, std::uint32_t value) {
+        if (!enter(entry, value))
+            fxOutOfMemory();
+    }
+
     fxWorkList<Work> works;
     fxPiece piece;
     const fxTypeObj* type = nullptr;  // the one met last
@@ -91,7 +97,7 @@ void fxBinaryWriter::reset() {
 
 unsigned long fxBinaryWriter::recordIdForAddress(void* address) {
     fxObjectTable::Entry& entry = index->entryOf(address);
-    index->enter(entry, nextId++);
+    index->number(entry, nextId++);
     return entry.value;
 }
 
@@ -120,7 +126,7 @@ fxBinaryWriterItem* fxBinaryWriter::pop() {
 void fxBinaryWriter::addWork(const Work& work) {
     if (!index->works.push(work))
         fxOutOfMemory();
-    index->enter(*work.entry, nextId++);
+    index->number(*work.entry, nextId++);
 }
 
 // Takes the last item off the queue, and the number of its address.
@@ -249,7 +255,7 @@ unsigned char fxBinaryWriter::writeType(fxTypeObj& type, unsigned long* number) 
     *number = entry.value;
     if (*number != 0)
         return 1;
-    index->enter(entry, nextId++);
+    index->number(entry, nextId++);
     *number = entry.value;
     tag = fxOT_Type;
     arg2 = static_cast<unsigned int>(*number);
@@ -305,7 +311,7 @@ unsigned char fxBinaryWriter::xdr(fxTypeObj& type, void* previous, void* address
         setPending(fxOT_OldEmbedded, entry.value);
         return 1;
     }
-    index->enter(entry, nextId++);
+    index->number(entry, nextId++);
     setPending(fxOT_Embedded, entry.value);
     return type.xdr(address, *this);
 }

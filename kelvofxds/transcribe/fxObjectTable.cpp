@@ -2,6 +2,8 @@
 
 #include <mutex>
 
+#include "kelvofxds/core/fxMemoryInternal.h"
+
 namespace {
 // Those that live, the newest first. What writer and reader share has a fixed
 // layout and no room for a pointer to them. Separate transcribers may be used by
@@ -49,13 +51,17 @@ void fxObjectTable::show() {
     if (shown)
         return;
     shown = true;
-    for (const Entry* entry = ends.next; entry != &ends; entry = entry->next)
-        enterInDictionary(*entry, true);
+    for (const Entry* entry = ends.next; entry != &ends; entry = entry->next) {
+        if (!enterInDictionary(entry->key, entry->value, true))
+            fxOutOfMemory();
+    }
 }
 
-void fxObjectTable::enterInDictionary(const Entry& entry, bool isNew) {
-    if (isNew)
-        table.addNew(entry.key, entry.value);
-    else
-        table.addInternal(&entry.key, &entry.value);
+// A host may have removed what was entered; there, giving it another value is
+// adding it.
+bool fxObjectTable::enterInDictionary(std::uint32_t key, std::uint32_t value, bool isNew) {
+    if (isNew || !table.find(&key))
+        return table.addNew(key, value);
+    table.addInternal(&key, &value);
+    return true;
 }

@@ -31,17 +31,19 @@ public:
     ~fxObjectTable();
 
     /// Gives `entry` a value and enters it unless it is. It stays the index's
-    /// and where it is until all are removed.
-    void enter(Entry& entry, std::uint32_t value) {
-        entry.value = value;
+    /// and where it is until all are removed. False, and nothing has changed,
+    /// when the dictionary is shown and there is no memory for it there.
+    [[nodiscard]] bool enter(Entry& entry, std::uint32_t value) {
         const bool isNew = !entry.isEntered();
+        if (shown && !enterInDictionary(entry.key, value, isNew))
+            return false;
+        entry.value = value;
         if (isNew) {
             last->next = &entry;
             last = &entry;
             entry.next = &ends;
         }
-        if (shown)
-            enterInDictionary(entry, isNew);
+        return true;
     }
 
     /// Removes all entries; iterators of the dictionary come to their end.
@@ -55,7 +57,7 @@ public:
     static fxObjectTable* of(const fxBinaryOTDict& dictionary);
 
 private:
-    void enterInDictionary(const Entry& entry, bool isNew);
+    bool enterInDictionary(std::uint32_t key, std::uint32_t value, bool isNew);
 
     Entry ends;   // its `next` is the first entry; the last one's is its address
     Entry* last;  // the entry entered last, or &ends
