@@ -18,7 +18,7 @@ fxBinaryReader::fxBinaryReader(fxStream* s, short shortMark, long longMark, cons
       floatsConv(nullptr),
       doublesConv(nullptr),
       unreadPayload(0),
-      index(fxNew<Index>(table)) {
+      index(fxNew<Index>(table, *this)) {
     reading = 1;
     holdStream(s);
     selectConverters(shortMark, longMark, floatFormat);
@@ -166,10 +166,18 @@ unsigned char fxBinaryReader::readPayload() {
     return 1;
 }
 
+namespace {
+// What a copy of a text may take beside its bytes.
+const unsigned int roomForCopy = 16;
+}  // namespace
+
 // Reads the name of the type whose number has been read, and enters the type.
 unsigned char fxBinaryReader::readType() {
     fxStackBuffer name;
     if (!readName(name))
+        return 0;
+    // It is copied there. Where that may be refused is no end.
+    if (!hasMemory(name.length() + roomForCopy))
         return 0;
     fxTypeObj* type = fxTypeObj::findType(name.getBase());
     if (!type)

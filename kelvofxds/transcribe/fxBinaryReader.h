@@ -106,10 +106,11 @@ public:
     unsigned char readInstance(void** instance);
     /// The address entered for a record number, or null.
     void* alreadyRead(unsigned long number);
-    /// Queues `item`, which the reader then owns.
+    /// Queues `item`, which the reader then owns. Where memory for that is
+    /// refused, the item is deleted and readObject fails.
     void queue(fxBinaryReaderItem* item);
     /// Takes the last item off the queue; null if there is none. The caller
-    /// deletes it.
+    /// deletes it. Where memory for it is refused, null, and readObject fails.
     fxBinaryReaderItem* pop();
 
 private:
@@ -129,6 +130,8 @@ private:
     unsigned char readBlock(fxBinaryConverter convert, void** instance);
     unsigned char readObjectBody(void** instance);
     fxBinaryConverter converterOf(unsigned int blockTag) const;
+    bool addWork(const Work& work);
+    bool takeWork(Work& work);
     bool takeItem(fxBinaryReaderItem& item);
     unsigned char awaitTarget(const fxBinaryReaderItem& item);
     unsigned char store(const fxBinaryReaderItem& item);

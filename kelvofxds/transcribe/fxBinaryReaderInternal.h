@@ -36,14 +36,15 @@ struct fxBinaryReader::Record : fxObjectTable::Entry {
 /// host has queued.
 struct fxBinaryReader::Work {
     void** field;
-    Record* record;  // of the number; null when a host queued the item
+    Record* record;  // of the number; null when the item is in `workQueue`
     fxBinaryReaderItem::Target target;
     unsigned int wantedSize;
 };
 
 /// Writers count up.
 struct fxBinaryReader::Index : fxObjectTable, fxWordIndex<fxBinaryReader::Record, 0> {
-    explicit Index(fxBinaryOTDict& dictionary) : fxObjectTable(dictionary) {}
+    Index(fxBinaryOTDict& dictionary, const fxBinaryReader& reader)
+        : fxObjectTable(dictionary), ownClass(reader) {}
 
     /// As find and findOrAdd. The record that is asked for most is the one that
     /// the next body is awaited for.
@@ -60,6 +61,7 @@ struct fxBinaryReader::Index : fxObjectTable, fxWordIndex<fxBinaryReader::Record
         clear();
         works.clear();
         awaited = nullptr;
+        refused = false;
     }
 
     /// Whether a string's block may be completed by `padding` bytes.
@@ -67,7 +69,9 @@ struct fxBinaryReader::Index : fxObjectTable, fxWordIndex<fxBinaryReader::Record
     /// Reduces `padding` to the bytes by which an array's block may be completed.
     void padArray(unsigned int& padding);
 
-    fxWorkList<Work> works;
+    const fxOwnClass ownClass;
+    fxWorkList<Work> works;                 // of the class as itself
+    bool refused = false;                   // an item that a host queued or popped: the read fails
     Record* awaited = nullptr;              // what readObject looks for; null if nothing
     fxSource source;                        // the stream
     unsigned int stringPadding = 1U << 20;  // bytes that strings may still be given

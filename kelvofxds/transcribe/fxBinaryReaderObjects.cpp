@@ -119,24 +119,45 @@ void* fxBinaryReader::alreadyRead(unsigned long number) {
 }
 
 void fxBinaryReader::queue(fxBinaryReaderItem* item) {
-    pushItem(item);
-    if (!index->works.push({nullptr, nullptr, item->target, 0}))
-        fxOutOfMemory();
+    const bool isOwn = index->ownClass.isOf(*this);
+    Work work = {nullptr, nullptr, item->target, 0};
+    if (!isOwn || index->works.push(work)) {
+        if (hasRoomForItem()) {
+            pushItem(item);
+            return;
+        }
+        if (isOwn)
+            index->works.pop(work);
+    }
+    index->refused = true;
+    delete item;
 }
 
 fxBinaryReaderItem* fxBinaryReader::pop() {
     Work work;
-    if (!index->works.pop(work))
+    if (!takeWork(work))
         return nullptr;
     if (!work.record)
         return static_cast<fxBinaryReaderItem*>(popItem());
-    return fxNew<fxBinaryReaderItem>(work.field, work.record->key, work.target, work.wantedSize);
+    auto* item =
+        fxTryNew<fxBinaryReaderItem>(work.field, work.record->key, work.target, work.wantedSize);
+    index->refused = index->refused || !item;
+    return item;
+}
+
+// Takes what comes last. False if there is nothing; without a record, it has yet to
+// be taken off the list.
+inline bool fxBinaryReader::takeWork(Work& work) {
+    if (index->ownClass.isOf(*this))
+        return index->works.pop(work);
+    work.record = nullptr;
+    return true;
 }
 
 // Takes the last item off the queue; what it waits for is awaited from then on.
 bool fxBinaryReader::takeItem(fxBinaryReaderItem& item) {
     Work work;
-    const bool isThere = index->works.pop(work);
+    const bool isThere = takeWork(work);
     index->awaited = isThere ? work.record : nullptr;
     if (!isThere)
         return false;
@@ -144,8 +165,10 @@ bool fxBinaryReader::takeItem(fxBinaryReaderItem& item) {
         item = {work.field, work.record->key, work.target, work.wantedSize};
         return true;
     }
-    const std::unique_ptr<fxBinaryReaderItem> hosts(static_cast<fxBinaryReaderItem*>(popItem()));
-    item = *hosts;
+    const std::unique_ptr<fxBinaryReaderItem> taken(static_cast<fxBinaryReaderItem*>(popItem()));
+    if (!taken)
+        return false;
+    item = *taken;
     return true;
 }
 
@@ -313,10 +336,23 @@ unsigned char fxBinaryReader::xdr(fxTypeObj& type, void* previous, void* address
     return 1;
 }
 
+// Queues an item; false when there is no memory for it.
+inline bool fxBinaryReader::addWork(const Work& work) {
+    if (index->ownClass.isOf(*this))
+        return index->works.push(work);
+    fxBinaryReaderItem* item = nullptr;
+    if (hasRoomForItem())
+        item = fxTryNew<fxBinaryReaderItem>(work.field, work.record->key, work.target,
+                                            work.wantedSize);
+    if (item)
+        pushItem(item);
+    return item != nullptr;
+}
+
 // Queues a copy of `item` and notes what its target will have to be.
 unsigned char fxBinaryReader::awaitTarget(const fxBinaryReaderItem& item) {
     Record* record = index->madeRecordOf(item.number);
-    if (!record || !index->works.push({item.field, record, item.target, item.wantedSize}))
+    if (!record || !addWork({item.field, record, item.target, item.wantedSize}))
         return 0;
     if (record->wanted < item.wantedSize)
         record->wanted = item.wantedSize;
@@ -379,6 +415,10 @@ void* fxBinaryReader::readObject(fxTypeObj&) {
         }
         if (!store(item))
             return nullptr;
+    }
+    if (index->refused) {
+        index->refused = false;
+        return nullptr;
     }
     return root;
 }

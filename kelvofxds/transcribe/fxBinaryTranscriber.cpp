@@ -1,5 +1,6 @@
 #include "kelvofxds/transcribe/fxBinaryTranscriber.h"
 
+#include <cstdlib>
 #include <new>
 
 #include "kelvofxds/transcribe/fxObjectTableInternal.h"
@@ -23,10 +24,30 @@ fxBinaryOTDict& fxBinaryTranscriber::getTable() {
     return table;
 }
 
+namespace {
+// The list can be as long as the graph, so it grows by doubling.
+unsigned int grown(const fxVoidPtrArray& list) { return list.length() * 2 + 16; }
+
+bool isFull(const fxVoidPtrArray& list) { return list.getLen() == list.getMaxLen(); }
+}  // namespace
+
+// Volatile, or the compiler leaves both calls out.
+bool fxBinaryTranscriber::hasMemory(unsigned int bytes) {
+    void* volatile probe = std::malloc(bytes);
+    const bool isThere = probe != nullptr;
+    std::free(probe);
+    return isThere;
+}
+
+// An array ends the process where there is no memory for it, so the same
+// amount is asked for before.
+bool fxBinaryTranscriber::hasRoomForItem() {
+    return !isFull(workQueue) || hasMemory(grown(workQueue) * sizeof(void*));
+}
+
 void fxBinaryTranscriber::pushItem(void* item) {
-    // The list can be as long as the graph, so it grows by doubling.
-    if (workQueue.getLen() == workQueue.getMaxLen())
-        workQueue.setMaxLength(workQueue.length() * 2 + 16);
+    if (isFull(workQueue))
+        workQueue.setMaxLength(grown(workQueue));
     workQueue.append(&item);
 }
 

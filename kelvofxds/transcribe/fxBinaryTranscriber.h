@@ -54,12 +54,17 @@ protected:
     unsigned int arg3;          // a version
     unsigned int arg4;          // a length in bytes
     const char* typeName;       // of a type record; not owned
-    fxVoidPtrArray workQueue;   // owned items that a host queued, last one first
+    fxVoidPtrArray workQueue;   // owned items of work, last one first; derived classes see all
 
 private:
     friend class fxBinaryWriter;
     friend class fxBinaryReader;
 
+    // Whether so many bytes can be had now.
+    static bool hasMemory(unsigned int bytes);
+    // Whether another item can be added; false when there is no memory for it,
+    // where adding it would end the process.
+    bool hasRoomForItem();
     // Adds an item, made with new, to `workQueue`.
     void pushItem(void* item);
     // Takes the last item off it; null if there is none.

@@ -20,7 +20,7 @@
 namespace {
 const unsigned int objectItem = 0;
 const unsigned int blockItem = 1;
-const unsigned int hostsItem = 2;  // one that a host queued: it waits in `workQueue`
+const unsigned int listed = 2;  // it waits in `workQueue`
 
 std::uint32_t wordOf(const void* address) { return reinterpret_cast<std::uint32_t>(address); }
 
@@ -53,7 +53,8 @@ struct fxBinaryWriter::Work {
 
 // Allocated addresses are multiples of 16.
 struct fxBinaryWriter::Index : fxObjectTable, fxWordIndex<fxObjectTable::Entry, 4> {
-    explicit Index(fxBinaryOTDict& dictionary) : fxObjectTable(dictionary) {}
+    Index(fxBinaryOTDict& dictionary, const fxBinaryWriter& writer)
+        : fxObjectTable(dictionary), ownClass(writer) {}
 
     // Its value is 0 as long as it has no number. Looked up once a pointer.
     Entry& entryOf(const void* address) {
@@ -69,13 +70,14 @@ struct fxBinaryWriter::Index : fxObjectTable, fxWordIndex<fxObjectTable::Entry, 
             fxOutOfMemory();
     }
 
-    fxWorkList<Work> works;
+    const fxOwnClass ownClass;
+    fxWorkList<Work> works;  // of the class as itself
     fxPiece piece;
     const fxTypeObj* type = nullptr;  // the one met last
     Entry* typeEntry = nullptr;       // its entry
 };
 
-fxBinaryWriter::fxBinaryWriter(fxStream* s) : nextId(0), index(fxNew<Index>(table)) {
+fxBinaryWriter::fxBinaryWriter(fxStream* s) : nextId(0), index(fxNew<Index>(table, *this)) {
     reading = 0;
     holdStream(s);
     recordIdForAddress(nullptr);  // 0 means "has no number"
@@ -108,36 +110,50 @@ unsigned long fxBinaryWriter::alreadyWritten(void* address) {
 
 unsigned long fxBinaryWriter::queue(fxBinaryWriterItem* item) {
     pushItem(item);
-    if (!index->works.push({hostsItem, nullptr, 0, 0}))
+    if (index->ownClass.isOf(*this) && !index->works.push({listed, nullptr, 0, 0}))
         fxOutOfMemory();
     return recordIdForAddress(item->address);
 }
 
 fxBinaryWriterItem* fxBinaryWriter::pop() {
     Work work;
-    if (!index->works.pop(work))
+    if (!takeWork(work))
         return nullptr;
-    if (work.kind == hostsItem)
+    if (work.kind == listed)
         return static_cast<fxBinaryWriterItem*>(popItem());
     return fxNew<fxBinaryWriterItem>(work.kind, addressOf(*work.entry), work.extra, work.blockTag);
 }
 
 // Queues a piece of the writer's own work and gives its address the next number.
 void fxBinaryWriter::addWork(const Work& work) {
-    if (!index->works.push(work))
+    if (!index->ownClass.isOf(*this))
+        pushItem(fxNew<fxBinaryWriterItem>(work.kind, addressOf(*work.entry), work.extra,
+                                           work.blockTag));
+    else if (!index->works.push(work))
         fxOutOfMemory();
     index->number(*work.entry, nextId++);
+}
+
+// Takes what comes last. False if there is nothing; what is listed has yet to be
+// taken off the list.
+inline bool fxBinaryWriter::takeWork(Work& work) {
+    if (index->ownClass.isOf(*this))
+        return index->works.pop(work);
+    work.kind = listed;
+    return true;
 }
 
 // Takes the last item off the queue, and the number of its address.
 bool fxBinaryWriter::takeItem(fxBinaryWriterItem& item, unsigned long& number) {
     Work work;
-    if (!index->works.pop(work))
+    if (!takeWork(work))
         return false;
-    if (work.kind == hostsItem) {
-        const std::unique_ptr<fxBinaryWriterItem> hosts(
+    if (work.kind == listed) {
+        const std::unique_ptr<fxBinaryWriterItem> taken(
             static_cast<fxBinaryWriterItem*>(popItem()));
-        item = *hosts;
+        if (!taken)
+            return false;
+        item = *taken;
         number = alreadyWritten(item.address);
         return true;
     }

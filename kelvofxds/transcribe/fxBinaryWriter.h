@@ -120,6 +120,7 @@ private:
     unsigned char writeItem(const fxBinaryWriterItem& item, unsigned long number);
     bool takeItem(fxBinaryWriterItem& item, unsigned long& number);
     void addWork(const Work& work);
+    bool takeWork(Work& work);
     void setPending(fxBinaryOTTag pendingTag, unsigned long number);
 
     unsigned int nextId;  // the next record number

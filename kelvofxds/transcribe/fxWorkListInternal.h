@@ -2,7 +2,36 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 #include <type_traits>
+
+/// Whether a transcriber is one of the library's own classes as itself, told by
+/// its table of virtual operations: while the constructor of its own class runs,
+/// an object has another one if it is going to be of a derived class. A member
+/// that the constructor makes.
+///
+/// Only derived classes can see the work list that all inherit. It holds every
+/// item for them; without them, records by value do that are cheaper.
+class fxOwnClass {
+public:
+    template <class Transcriber>
+    explicit fxOwnClass(const Transcriber& underConstruction) : table(tableOf(underConstruction)) {}
+
+    template <class Transcriber>
+    bool isOf(const Transcriber& transcriber) const {
+        return tableOf(transcriber) == table;
+    }
+
+private:
+    template <class Transcriber>
+    static const void* tableOf(const Transcriber& transcriber) {
+        const void* found = nullptr;
+        std::memcpy(&found, static_cast<const void*>(&transcriber), sizeof found);
+        return found;
+    }
+
+    const void* table;
+};
 
 /// A stack of plain records, kept by value in one block from malloc.
 template <class Work>

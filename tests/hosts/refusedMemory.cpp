@@ -114,9 +114,10 @@ Outcome readAll(MemoryStream& stream, fxBinaryReader& reader, fxStr& text, char*
     return stream.left() == 0 ? outcome : Outcome{0, false, false};
 }
 
-// Reads with so many bytes of memory. Returns whether the result is right: all of it
-// when nothing was refused.
-bool readWith(long memory) {
+// Reads with so many bytes of memory. `shown` says whether the reader keeps the table
+// that it shows as well. Returns whether the result is right: all of it when nothing
+// was refused.
+bool readWith(long memory, bool shown) {
     static const std::string bytes = input();
     static char* blocks[pointers];
     for (char*& block : blocks)
@@ -124,29 +125,85 @@ bool readWith(long memory) {
     MemoryStream stream(bytes);
     fxBinaryReader reader(&stream, 0x1122, 0x33445566, "ieee");
     fxStr text;
+    if (shown)
+        reader.getTable();
     const unsigned int before = refused;
     left = memory;
     const Outcome outcome = readAll(stream, reader, text, blocks);
     left = plenty;
     for (const char* block : blocks)
         delete[] block;
+    // What only saves time may be refused.
     const bool complete = outcome.blocks == pointers && outcome.text && outcome.object;
-    return complete == (refused == before);
+    return complete || refused != before;
+}
+
+// One object, whose type and number are all that memory is needed for.
+bool readObjectWith(long memory, bool shown) {
+    MemoryStream stream(hex("02 02000000 'fxStr' 00 | 4a 04 01000000 02000000 01000000") + host(1));
+    fxBinaryReader reader(&stream, 0x1122, 0x33445566, "ieee");
+    if (shown)
+        reader.getTable();
+    const unsigned int before = refused;
+    left = memory;
+    void* object = reader.readObject(fxStr_type);
+    left = plenty;
+    fxStr_type.destroy(object);
+    return object || refused != before;
+}
+
+// Items that the host queues itself, also in a class of its own; all lead to the root.
+bool readQueuedWith(long memory, bool derived) {
+    struct HostsReader : fxBinaryReader {
+        using fxBinaryReader::fxBinaryReader;
+    };
+    static void* fields[pointers];
+    static fxBinaryReaderItem* items[pointers];
+    for (unsigned int i = 0; i < pointers; ++i) {
+        fields[i] = nullptr;
+        items[i] = new fxBinaryReaderItem{&fields[i], 3};
+    }
+    MemoryStream stream(bytesBody(3, hex("'abc' 00")));
+    fxBinaryReader own(&stream, 0x1122, 0x33445566, "ieee");
+    HostsReader hosts(&stream, 0x1122, 0x33445566, "ieee");
+    fxBinaryReader& reader = derived ? hosts : own;
+    const unsigned int before = refused;
+    left = memory;
+    for (fxBinaryReaderItem* item : items)
+        reader.queue(item);
+    const void* root = reader.readObject(fxStr_type);
+    left = plenty;
+    bool complete = root != nullptr;
+    for (const void* field : fields)
+        complete = complete && field == root;
+    delete[] static_cast<char*>(reader.alreadyRead(3));
+    return root ? complete : refused != before;
+}
+
+// Whether `read` gives the right result with any amount of memory.
+bool isRight(bool read(long memory, bool variant), long step, long enough) {
+    for (const bool variant : {false, true}) {
+        const unsigned int before = refused;
+        for (long memory = 0; memory < enough; memory += step) {
+            if (read(memory, variant))
+                continue;
+            std::fprintf(stderr, "wrong result with %ld bytes of memory\n", memory);
+            return false;
+        }
+        const unsigned int atLast = refused;
+        if (atLast == before || !read(plenty / 2, variant) || refused != atLast) {
+            std::fprintf(stderr, "%u refusals\n", refused - before);
+            return false;
+        }
+    }
+    return true;
 }
 }  // namespace
 
 int main() {
     fxInitializeToolkit();
-    const long step = 200, enough = 400000;
-    for (long memory = 0; memory < enough; memory += step) {
-        if (!readWith(memory)) {
-            std::fprintf(stderr, "wrong result with %ld bytes of memory\n", memory);
-            return 1;
-        }
-    }
-    if (refused < 1000 || refused == enough / step) {
-        std::fprintf(stderr, "%u reads had too little memory\n", refused);
-        return 1;
-    }
-    return 0;
+    return isRight(readObjectWith, 4, 8000) && isRight(readQueuedWith, 4, 8000) &&
+                   isRight(readWith, 200, 400000)
+               ? 0
+               : 1;
 }
