@@ -19,6 +19,11 @@ public:
     /// begins and ends none.
     template <class Function>
     static void forEach(Function tell) {
+#if defined(__clang__) && defined(__powerpc__)
+        // A function that reaches for a thread's variable and calls nothing
+        // returns into nowhere: its link register is used, but not saved.
+        __asm__ volatile("" : : : "lr");
+#endif
         for (fxInProgress* walk = innermost; __builtin_expect(walk != nullptr, false);
              walk = walk->outer)
             tell(static_cast<Walk&>(*walk));
