@@ -97,13 +97,17 @@ bool fxRegCode::readNodes(const char* program, const unsigned char* marked, unsi
     isDamaged = false;
     for (unsigned int i = 0; i < count; ++i)
         read(nodes[i], program);
+    // Operands are behind their nodes, so that those of branches are straight already.
+    for (unsigned int i = count; i-- > 0;) {
+        if (nodes[i].op == OP_BRANCH)
+            nodes[i].operand = straight(nodes[i].operand);
+    }
     first = straight(nodes);
     for (unsigned int i = 0; i < count; ++i) {
         fxRegNode& node = nodes[i];
         if (node.next && node.next->isRepeated && !node.isRepeated)
             isDamaged = true;
         node.next = straight(node.next);
-        node.operand = straight(node.operand);
     }
     return true;
 }
@@ -150,10 +154,9 @@ fxRegNode* fxRegCode::nodeAt(unsigned int offset) const {
 }
 
 // The node that a lone alternative leads to.
-const fxRegNode* fxRegCode::straight(const fxRegNode* node) const {
-    while (node && node->op == OP_BRANCH && !node->other)
-        node = node->operand;
-    return node;
+// Requires: its own operand is straight.
+const fxRegNode* fxRegCode::straight(const fxRegNode* node) {
+    return node && node->op == OP_BRANCH && !node->other ? node->operand : node;
 }
 
 // The programs that are kept, by the addresses of their blocks. One that is not

@@ -100,7 +100,7 @@ private:
     bool readNodes(const char* program, const unsigned char* marks, unsigned int last);
     void read(fxRegNode& node, const char* program);
     fxRegNode* nodeAt(unsigned int offset) const;
-    const fxRegNode* straight(const fxRegNode* node) const;
+    static const fxRegNode* straight(const fxRegNode* node);
     void analyse();
     void numberPlaces(Sets& known);
     void addPlace(fxRegNode& node, const fxRegByteSet& bytes);

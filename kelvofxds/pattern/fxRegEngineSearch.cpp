@@ -131,7 +131,7 @@ int fxregexec(fxregexp* prog, const char* subject) {
     Attempts attempts(*code, *prog, subject);
     const char* first = prog->anchored ? subject : attempts.from(subject);
     if (!first && prog->startchar &&
-        (code->starts.isOneByte() || !std::strchr(subject, prog->startchar)))
+        (code->starts.isByte(prog->startchar) || !std::strchr(subject, prog->startchar)))
         return 0;
     // The first try does this, also one that is left out because it must fail.
     // Those that follow find nothing to clear.

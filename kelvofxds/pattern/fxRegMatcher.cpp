@@ -127,10 +127,12 @@ const fxRegNode* fxRegMatcher::takeBranch(const fxRegNode* alternative) {
 }
 
 const fxRegNode* fxRegMatcher::enterRepetition(const fxRegNode* node) {
+    if (code.isDamaged && !fxRegIsSimple(node->operand->op)) {
+        fxregerror("internal foulup");
+        return node->op == OP_STAR && !isKnown(node) ? linked(node->next) : nullptr;
+    }
     const char* lowest = reginput + (node->op == OP_PLUS);
     const char* highest;
-    if (code.isDamaged && !fxRegIsSimple(node->operand->op))
-        fxregerror("internal foulup");
     if (!memory.isOn())
         highest = regrepeat(node->operand);
     else if (lowest != reginput && !code.has(*node->operand, *reginput))

@@ -40,7 +40,7 @@ bool fxRegByteSet::operator==(const fxRegByteSet& other) const {
 
 void fxRegStarts::assign(const fxRegByteSet& first, const fxRegByteSet& second) {
     kind = byTable;
-    isByte = false;
+    isOneByte = false;
     std::memset(flags, 0, sizeof flags);
     const auto flag = [this](Flag added) {
         return [=](unsigned int c) { flags[c] = static_cast<unsigned char>(flags[c] | added); };
@@ -66,9 +66,9 @@ bool fxRegStarts::addPrefix(const char* bytes, unsigned int length) {
 }
 
 void fxRegStarts::usePrefixes() {
-    isByte = prefixCount == 1 && longest == 1;
+    isOneByte = prefixCount == 1 && longest == 1;
     isFar = false;
-    if (isByte || hasBlocks)
+    if (isOneByte || hasBlocks)
         kind = byPrefix;
 }
 
@@ -88,7 +88,7 @@ const char* fxRegStarts::next(const char* at, fxRegTextEnd& end) const {
         return at;
     if (kind == byTable)
         return nextByTable(at);
-    if (isByte && !(isFar && hasBlocks))
+    if (isOneByte && !(isFar && hasBlocks))
         return nextByte(at);
     // Most are near, and texts short.
     const unsigned int peeked = isFar ? 0 : 4;
@@ -195,7 +195,7 @@ const char* fxRegStarts::nextBlock(const char* at, const char* end) const {
 
 const char* fxRegStarts::nextByPrefix(const char* at, const char* end) const {
     if (longest == 1)
-        return nextBlock<1>(isByte ? skipWithoutByte(at, end) : at, end);
+        return nextBlock<1>(isOneByte ? skipWithoutByte(at, end) : at, end);
     return longest == 2 ? nextBlock<2>(at, end) : nextBlock<depth>(at, end);
 }
 #else

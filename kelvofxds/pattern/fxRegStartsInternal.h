@@ -73,8 +73,10 @@ public:
     void usePrefixes();
 
     bool isAnywhere() const { return kind == anywhere; }
-    /// Whether the places are those of one byte, whatever is behind it.
-    bool isOneByte() const { return kind != anywhere && isByte; }
+    /// Whether the places are those of this byte, whatever is behind it.
+    bool isByte(char c) const {
+        return kind != anywhere && isOneByte && static_cast<char>(prefixes[0].byte[0][0]) == c;
+    }
 
     /// The first such place from `at` on, or null. `end` is that of this text, the
     /// same in all calls for it.
@@ -105,7 +107,7 @@ private:
     const char* skipWithoutByte(const char* at, const char* end) const;
 
     Kind kind;
-    bool isByte;         // one prefix, of one byte
+    bool isOneByte;      // one prefix, of one byte
     mutable bool isFar;  // it was, when sought last; strchr is best nearby
     unsigned int prefixCount;
     unsigned int longest;  // prefix, in bytes

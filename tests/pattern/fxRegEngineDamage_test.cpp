@@ -95,6 +95,31 @@ TEST(fxRegEngineDamage, repeatingWhatIsNoByteCountsNothingHoweverOften) {
     }
 }
 
+// A choice, a repetition or an alternative that is repeated counts nothing too,
+// whatever it would match.
+TEST(fxRegEngineDamage, repeatingAChoiceOrARepetitionCountsNothing) {
+    const struct {
+        const char* pattern;
+        int opcode;  // the first of these
+        unsigned int skipped;
+        int becomes;
+        const char *subject, *found;
+    } rows[] = {{"a?b", OP_BRANCH, 0, OP_STAR, "aab", "0:0-0"},
+                {"b*", OP_BRANCH, 0, OP_STAR, "bb", "0:0-0"},
+                {"a*", OP_BRANCH, 0, OP_PLUS, "aa", "none"},
+                {"\\<|a", OP_BRANCH, 1, OP_PLUS, "a", "0:0-0"},
+                {"(a|b)c", OP_OPEN + 1, 0, OP_STAR, "bc", "0:0-2 1:?-1"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.pattern);
+        const Compiled program = compiled(row.pattern);
+        char* const node = nodeOf(*program, row.opcode) + row.skipped * 6;
+        *node = static_cast<char>(row.becomes);
+        takeRegErrors();
+        const int result = fxregexec(program.get(), row.subject);
+        EXPECT_EQ(row.found, result ? groupsOf(*program, row.subject) : "none");
+    }
+}
+
 // That of an OP_BACK would lead forward, past the end of the block.
 TEST(fxRegEngineDamage, theLinkOfAnUnknownOperationIsNotFollowed) {
     const Compiled program = compiled("(" + std::string(200, 'b') + ")*d");

@@ -350,6 +350,19 @@ TEST(fxRegProgram, aByteThatStartsEveryMatchMustBeInTheProgram) {
     }
 }
 
+// Places are tried where the byte is, whatever the program begins with.
+TEST(fxRegProgram, aByteThatStartsNoMatchStillBeginsAttempts) {
+    const Compiled program = compiled("ab*");
+    program->startchar = 'b';
+    char earlier[] = "earlier";
+    program->startp[0] = earlier;
+    EXPECT_EQ(0, fxregexec(program.get(), "xbx"));
+    EXPECT_EQ(nullptr, program->startp[0]);
+    program->startp[0] = earlier;
+    EXPECT_EQ(0, fxregexec(program.get(), "xax"));
+    EXPECT_EQ(earlier, program->startp[0]);
+}
+
 // Whatever stands where the end was, nothing is found; where it needs more than
 // the block has, nothing is tried.
 TEST(fxRegProgram, aProgramWithoutItsEndFindsNothing) {
