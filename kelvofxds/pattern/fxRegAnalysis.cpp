@@ -59,14 +59,19 @@ void fxRegCode::analyse() {
         member = fxRegAnything;
     hasAccepts = false;
     numberPlaces(known);
+    tracePlaces(true);
     linkPlaces();
+    opening = first->from;
+    if (hasStart)
+        tracePlaces(false);
+    firstOpening = first->from;
     for (unsigned int i = 0; i < count; ++i) {
         if (fxRegIsRepetition(nodes[i].op))
             foresee(known, nodes[i]);
     }
     for (unsigned int i = 0; i < count; ++i) {
         if (nodes[i].op == OP_BRANCH)
-            nodes[i].set = setFrom(known, nodes[i].operand);
+            nodes[i].set = setFrom(known, nodes[i].operand->from);
     }
     findLeading();
     findRequired();
@@ -134,56 +139,56 @@ void fxRegCode::linkPlaces() {
             *at = isClass(node.op) || node.places == node.length ? placesFrom(node.next)
                                                                  : fxRegAnything;
     }
-    opening = placesFrom(first);
 }
 
-std::uint32_t fxRegCode::placesFrom(const fxRegNode* node) const {
-    unsigned int patience = isDamaged ? 0 : 100;
-    return placesFrom(node, patience);
-}
-
-// Those that can be next at `node`, with fxRegAnything if nothing more has to be.
-std::uint32_t fxRegCode::placesFrom(const fxRegNode* node, unsigned int& patience) const {
-    std::uint32_t found = 0;
-    while (node && patience != 0) {
-        --patience;
-        switch (node->op) {
-            case OP_END:
-                return fxRegAnything;
-            case OP_EOL:
-                return found | atEnd;
-            case OP_ANY:
-            case OP_ANYOF:
-            case OP_ANYBUT:
-            case OP_EXACT:
-                return node->places == 0 ? fxRegAnything : found | std::uint32_t(1) << node->place;
-            case OP_STAR:
-            case OP_PLUS:
-                if (node->operand->places == 0)
-                    return fxRegAnything;
-                found |= std::uint32_t(1) << node->operand->place;
-                if (node->op == OP_PLUS)
-                    return found;
-                node = node->next;
-                break;
-            case OP_BRANCH:
-                for (; node; node = node->other)
-                    found |= placesFrom(node->operand, patience);
-                return found;
-            case OP_BOL:
-            case OP_NOTHING:
-            case OP_BACK:
-            case OP_WORDSTART:
-            case OP_WORDEND:
-                node = node->next;
-                break;
-            default:
-                if (!fxRegIsOpen(node->op) && !fxRegIsClose(node->op))
-                    return fxRegAnything;
-                node = node->next;
+// Finds out for each node which positions can be next there, with fxRegAnything
+// if nothing more has to be; `isPastStart` if that is not the subject's start. Links
+// lead forward but for those of loops, so that one walk is all for a program
+// without a loop, and each loop around another needs one more.
+void fxRegCode::tracePlaces(bool isPastStart) {
+    const unsigned int mostWalks = fxregexp::groupCount + 2;
+    bool isDone = false;
+    for (unsigned int i = 0; i < count; ++i)
+        nodes[i].from = 0;
+    for (unsigned int walks = 0; !isDone && !isDamaged && walks < mostWalks; ++walks) {
+        isDone = true;
+        for (unsigned int i = count; i-- > 0;) {
+            const std::uint32_t places = placesAt(nodes[i], isPastStart);
+            isDone = isDone && (places == nodes[i].from || !hasLoops);
+            nodes[i].from = places;
         }
     }
-    return fxRegAnything;
+    for (unsigned int i = 0; !isDone && i < count; ++i)
+        nodes[i].from = fxRegAnything;
+}
+
+// From those at the nodes that `node` leads to.
+std::uint32_t fxRegCode::placesAt(const fxRegNode& node, bool isPastStart) {
+    const std::uint32_t behind = placesFrom(node.next);
+    switch (node.op) {
+        case OP_EOL:
+            return atEnd;
+        case OP_BOL:
+            return isPastStart ? 0 : behind;
+        case OP_ANY:
+        case OP_ANYOF:
+        case OP_ANYBUT:
+        case OP_EXACT:
+            return firstPlaceOf(node);
+        case OP_STAR:
+            return firstPlaceOf(*node.operand) | behind;
+        case OP_PLUS:
+            return firstPlaceOf(*node.operand);
+        case OP_BRANCH:
+            return node.operand->from | (node.other ? node.other->from : 0);
+        case OP_NOTHING:
+        case OP_BACK:
+        case OP_WORDSTART:
+        case OP_WORDEND:
+            return behind;
+        default:
+            return fxRegIsOpen(node.op) || fxRegIsClose(node.op) ? behind : fxRegAnything;
+    }
 }
 
 fxRegByteSet fxRegCode::bytesOf(std::uint32_t places) const {
@@ -197,9 +202,8 @@ fxRegByteSet fxRegCode::bytesOf(std::uint32_t places) const {
     return set;
 }
 
-// That of the bytes that can be next at `node`.
-std::uint32_t fxRegCode::setFrom(Sets& known, const fxRegNode* node) {
-    const std::uint32_t places = placesFrom(node);
+// That of the bytes of these positions.
+std::uint32_t fxRegCode::setFrom(Sets& known, std::uint32_t places) {
     const std::uint32_t set = places & fxRegAnything ? 0 : setOf(known, bytesOf(places));
     return set ? set : fxRegAnything;
 }
@@ -254,6 +258,10 @@ void fxRegCode::findStarts() {
     starts.clear();
     if (opening & fxRegAnything)
         return;
+    if (opening == 0) {
+        starts.setNowhere();
+        return;
+    }
     std::uint32_t second = 0;
     for (std::uint32_t rest = opening & ~atEnd; rest != 0; rest &= rest - 1)
         second |= follow[numberOf(rest)];
@@ -305,14 +313,14 @@ void fxRegCode::makeAccepts() {
 
 // The sets of positions met last are kept with what follows them, since texts
 // repeat themselves.
-bool fxRegCode::canMatchFrom(const char* at) {
+bool fxRegCode::canMatchFrom(const char* at, bool isStart, std::size_t most) {
     if (!hasAccepts)
         makeAccepts();
     struct {
         std::uint32_t places, next;
     } met[64] = {};
-    std::uint32_t next = opening;
-    for (;; ++at) {
+    std::uint32_t next = isStart ? firstOpening : opening;
+    for (; most != 0; --most, ++at) {
         const std::uint32_t here = next & accepts[static_cast<unsigned char>(*at)];
         if (here & (fxRegAnything | atEnd))
             return true;
@@ -327,4 +335,5 @@ bool fxRegCode::canMatchFrom(const char* at) {
         }
         next = entry.next;
     }
+    return true;
 }

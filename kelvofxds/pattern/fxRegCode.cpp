@@ -94,7 +94,7 @@ bool fxRegCode::readNodes(const char* program, const unsigned char* marked, unsi
             nodes[index++].offset = static_cast<std::uint16_t>(at);
         }
     }
-    isDamaged = false;
+    isDamaged = hasLoops = hasStart = false;
     for (unsigned int i = 0; i < count; ++i)
         read(nodes[i], program);
     // Operands are behind their nodes, so that those of branches are straight already.
@@ -116,8 +116,9 @@ void fxRegCode::read(fxRegNode& node, const char* program) {
     // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): each mark is a node.
     const char* at = program + node.offset;
     node.op = fxRegOp(at);
-    if (!isKnownOp(node.op))
-        isDamaged = true;
+    isDamaged = isDamaged || !isKnownOp(node.op);
+    hasLoops = hasLoops || node.op == OP_BACK;
+    hasStart = hasStart || node.op == OP_BOL;
     if (node.op == OP_END || !isKnownOp(node.op))
         return;
     if (const unsigned int link = fxRegLink(at))

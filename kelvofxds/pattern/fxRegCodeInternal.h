@@ -27,6 +27,7 @@ struct fxRegNode {
     std::uint32_t set;    ///< The bytes of a class, of what is repeated, or with which a branch can
                           ///< begin. 0 for a class without one.
     std::uint32_t after;  ///< Of a repetition: the bytes that can follow it.
+    std::uint32_t from;   ///< The positions that can be next here.
 };
 
 const std::uint32_t fxRegAnything = 0x80000000;
@@ -55,8 +56,12 @@ public:
             forget();
     }
 
-    /// Whether a match can begin at `at` or later; false is certain. O(the rest of the text).
-    bool canMatchFrom(const char* at);
+    /// Whether a match can begin at `at`, which may be the subject's start, or later;
+    /// false is certain. Looks at `most` bytes.
+    bool canMatchFrom(const char* at, bool isStart, std::size_t most);
+
+    /// Whether a match at the subject's start can begin as none does elsewhere.
+    bool isStartSpecial() const { return firstOpening != opening; }
 
     /// Whether what is repeated or matched by `node` has `c`.
     bool has(const fxRegNode& node, char c) const {
@@ -105,11 +110,17 @@ private:
     void numberPlaces(Sets& known);
     void addPlace(fxRegNode& node, const fxRegByteSet& bytes);
     void linkPlaces();
-    std::uint32_t placesFrom(const fxRegNode* node) const;
-    std::uint32_t placesFrom(const fxRegNode* node, unsigned int& patience) const;
+    void tracePlaces(bool isPastStart);
+    static std::uint32_t placesAt(const fxRegNode& node, bool isPastStart);
+    static std::uint32_t placesFrom(const fxRegNode* node) {
+        return node ? node->from : fxRegAnything;
+    }
+    static std::uint32_t firstPlaceOf(const fxRegNode& simple) {
+        return simple.places == 0 ? fxRegAnything : std::uint32_t(1) << simple.place;
+    }
     fxRegByteSet bytesOf(std::uint32_t places) const;
     std::uint32_t setOf(Sets& known, const fxRegByteSet& bytes);
-    std::uint32_t setFrom(Sets& known, const fxRegNode* node);
+    std::uint32_t setFrom(Sets& known, std::uint32_t places);
     void foresee(Sets& known, fxRegNode& repetition);
     void findLeading();
     void findRequired();
@@ -120,6 +131,8 @@ private:
     unsigned int length;  // bytes of the program; 0 for none
     unsigned int count;   // of `nodes`
     bool canBeKept;
+    bool hasLoops;  // some link leads back
+    bool hasStart;  // some node matches at the subject's start alone
     bool hasMust;
     char startchar;
     std::uintptr_t mustAt;
@@ -133,6 +146,7 @@ private:
     std::uint32_t accepts[256];           // by a byte, the positions that match it
     std::uint32_t follow[mostPlaces];     // by a position, those that can come next
     std::uint32_t opening;                // the positions with which a match can begin
+    std::uint32_t firstOpening;           // the same at the subject's start
     fxRegNode own[ownNodes];
     char bytes[mostBytes];
 };

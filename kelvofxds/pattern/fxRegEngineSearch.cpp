@@ -51,21 +51,26 @@ void clearRegisters(fxregexp& prog) {
 class Required {
 public:
     Required(const fxRegCode& decoded, const char* subject)
-        : code(decoded), known(subject), isSought(decoded.required != nullptr) {}
+        : code(decoded), known(subject), patience(decoded.required ? mostAsked : 0) {}
 
     // Whether it is anywhere from `at` on.
     bool isBehind(const char* at) {
-        if (!isSought || (isFound && at <= known))
+        if (patience == 0 || (isFound && at <= known))
             return true;
         known = find(at, code.required, code.requiredLength);
         isFound = true;
+        const std::ptrdiff_t near = 256;
+        if (known && known - at < near)
+            --patience;
         return known != nullptr;
     }
 
 private:
+    static const unsigned int mostAsked = 8;  // where it is everywhere, asking is no use
+
     const fxRegCode& code;
     const char* known;
-    bool isSought;
+    unsigned int patience;
     bool isFound = false;
 };
 
@@ -78,7 +83,13 @@ public:
           end(subject),
           byHint(startchar != '\0' && code.starts.isAnywhere()) {}
 
-    // The first place from `at` on, or null.
+    // The first place of all, or null.
+    const char* first(const char* subject) {
+        const bool isTried = code.isStartSpecial() && (startchar == '\0' || *subject == startchar);
+        return isTried ? subject : from(subject);
+    }
+
+    // The first place from `at` on, which is not the subject's start, or null.
     const char* from(const char* at) {
         for (;; ++at) {
             at = byHint ? std::strchr(at, startchar) : code.starts.next(at, end);
@@ -129,7 +140,7 @@ int fxregexec(fxregexp* prog, const char* subject) {
     if (prog->must && !find(subject, prog->must, static_cast<unsigned int>(prog->mustlen)))
         return 0;
     Attempts attempts(*code, *prog, subject);
-    const char* first = prog->anchored ? subject : attempts.from(subject);
+    const char* first = prog->anchored ? subject : attempts.first(subject);
     if (!first && prog->startchar &&
         (code->starts.isByte(prog->startchar) || !std::strchr(subject, prog->startchar)))
         return 0;

@@ -7,6 +7,8 @@
 namespace {
 bool isWordByte(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
 
+bool isNote(unsigned char op) { return fxRegIsOpen(op) || fxRegIsClose(op); }
+
 // The last occurrence of `c` in [lowest, highest], or null.
 const char* lastOf(char c, const char* lowest, const char* highest) {
     return static_cast<const char*>(
@@ -31,7 +33,7 @@ bool fxRegMatcher::regtry(const char* position) {
 void fxRegMatcher::setRegisters() {
     for (std::size_t i = top; i-- > 0;) {
         const unsigned char op = frames[i].node->op;
-        if (!fxRegIsOpen(op) && !fxRegIsClose(op))
+        if (!isNote(op))
             continue;
         char*& place = fxRegIsOpen(op) ? prog.startp[op - OP_OPEN] : prog.endp[op - OP_CLOSE];
         if (!place)
@@ -119,10 +121,9 @@ const fxRegNode* fxRegMatcher::enterBranch(const fxRegNode* node) {
 }
 
 const fxRegNode* fxRegMatcher::takeBranch(const fxRegNode* alternative) {
-    if (!spend(1))
-        return nullptr;
+    ++spent;
     if (const fxRegNode* other = code.viable(alternative->other, *reginput))
-        push(other, reginput, nullptr);
+        push(other, reginput);
     return alternative->operand;
 }
 
@@ -142,8 +143,7 @@ const fxRegNode* fxRegMatcher::enterRepetition(const fxRegNode* node) {
     if (!highest || highest < lowest)
         return nullptr;
     const std::size_t bytesPerStep = 32;
-    if (!spend(1 + static_cast<std::size_t>(highest - lowest) / bytesPerStep))
-        return nullptr;
+    spent += 1 + static_cast<std::size_t>(highest - lowest) / bytesPerStep;
     const bool leads = node == code.leading && reginput == begin;
     const fxRegNode* next = takeRepetition(node, lowest, highest);
     // Without a byte that can follow, beginning later in the same bytes is no use
@@ -159,8 +159,10 @@ const fxRegNode* fxRegMatcher::takeRepetition(const fxRegNode* node, const char*
     const char* end = lastEnd(node, lowest, highest);
     if (!end)
         return nullptr;
-    if (end != lowest && !node->isDecided)
-        push(node, end - 1, lowest);
+    if (end != lowest && !node->isDecided) {
+        push(node, lowest);
+        push(node, end - 1);
+    }
     reginput = end;
     return linked(node->next);
 }
@@ -185,14 +187,18 @@ const char* fxRegMatcher::lastEnd(const fxRegNode* node, const char* lowest,
 // The node to go on with after the last choice that has something left to try;
 // null if there is none.
 const fxRegNode* fxRegMatcher::backtrack() {
+    if (spent >= limit)
+        reconsider();
     while (top != 0 && !givenUp) {
         const Frame frame = frames[--top];
         if (frame.node->op == OP_BRANCH) {
             reginput = frame.position;
             return takeBranch(frame.node);
         }
-        if (frame.lowest && spend(1)) {
-            if (const fxRegNode* next = takeRepetition(frame.node, frame.lowest, frame.position))
+        if (fxRegIsRepetition(frame.node->op)) {
+            ++spent;
+            const char* const lowest = frames[--top].position;
+            if (const fxRegNode* next = takeRepetition(frame.node, lowest, frame.position))
                 return next;
         }
     }
@@ -248,31 +254,33 @@ void fxRegMatcher::grow() {
 // Notes that a group begins or ends here. An earlier note of the same since the
 // last choice is of no use any more: they will be dropped together.
 void fxRegMatcher::note(const fxRegNode* node) {
-    for (std::size_t i = top; i-- > 0 && !frames[i].lowest && frames[i].node->op != OP_BRANCH;) {
+    for (std::size_t i = top; i-- > 0 && isNote(frames[i].node->op);) {
         if (frames[i].node == node) {
             frames[i].position = reginput;
             return;
         }
     }
-    push(node, reginput, nullptr);
+    push(node, reginput);
 }
 
-// A search that has cost more than a step for each byte is likely to go on like
-// that: it finds out whether that is worth it, and then remembers its failures.
-[[gnu::noinline]] bool fxRegMatcher::reconsider() {
+// A search that fails and has cost more than a step for each byte is likely to go
+// on like that: it finds out whether that is worth it, with a look that costs no
+// more than was spent, and then remembers its failures.
+[[gnu::noinline]] void fxRegMatcher::reconsider() {
     const std::size_t done = positionOf(begin);
     limit = done + patience;
     if (spent < limit)
-        return true;
-    if (!isPromising && !code.canMatchFrom(begin)) {
+        return;
+    const std::size_t wasted = spent - done, bytesPerStep = 4;
+    if (!isPromising && !code.canMatchFrom(begin, begin == regbol, wasted * bytesPerStep)) {
         givenUp = true;
-        return false;
+        return;
     }
-    isPromising = true;
-    limit = done + std::strlen(begin);
-    if (spent < limit)
-        return true;
-    memory.start(code.size(), limit);
+    // The subject's length, or twice what was spent.
+    const std::size_t length = done + strnlen(begin, spent * 2);
+    limit = isPromising ? length : done + wasted * 2;
+    if (spent < length)
+        return;
+    memory.start(code.size(), length);
     limit = SIZE_MAX;
-    return true;
 }

@@ -44,10 +44,10 @@ public:
 private:
     // A choice in waiting, or where a group began or ended on the way here: the
     // node, an alternative, a repetition, or a group's begin or end, says which.
+    // A repetition has two: the last end of it to try, and the next one above.
     struct Frame {
         const fxRegNode* node;
-        const char* position;  // for a repetition, the next end of it to try
-        const char* lowest;    // for a repetition, the last one
+        const char* position;
     };
 
     bool regmatch(const fxRegNode* node);
@@ -67,20 +67,15 @@ private:
     }
     std::size_t positionOf(const char* at) const { return static_cast<std::size_t>(at - regbol); }
 
-    void push(const fxRegNode* node, const char* position, const char* lowestEnd) {
+    void push(const fxRegNode* node, const char* position) {
         if (top == capacity)
             grow();
-        frames[top++] = {node, position, lowestEnd};
+        frames[top++] = {node, position};
     }
     void grow();
     void note(const fxRegNode* node);
     void setRegisters();
-    // False if there is no point in going on.
-    bool spend(std::size_t work) {
-        spent += work;
-        return spent < limit || reconsider();
-    }
-    bool reconsider();
+    void reconsider();
 
     static const std::size_t framesAtFirst = 64;
     static const std::size_t patience = 128;  // work that is not worth a thought
@@ -95,7 +90,7 @@ private:
     std::size_t top;       // frames in use
     std::size_t capacity;  // frames
     std::size_t spent;     // work done, in nodes or so
-    std::size_t limit;     // work after which to think again
+    std::size_t limit;     // work after which a failure makes it think again
     bool isPromising;      // a match may be there, as far as the automaton knows
     bool givenUp;          // for lack of memory, or because there is no match
     fxRegMemory memory;

@@ -34,10 +34,6 @@ bool fxRegByteSet::isDisjointFrom(const fxRegByteSet& other) const {
     return common == 0;
 }
 
-bool fxRegByteSet::operator==(const fxRegByteSet& other) const {
-    return std::memcmp(words, other.words, sizeof words) == 0;
-}
-
 void fxRegStarts::assign(const fxRegByteSet& first, const fxRegByteSet& second) {
     kind = byTable;
     isOneByte = false;
@@ -86,6 +82,8 @@ bool fxRegTextEnd::extend() {
 const char* fxRegStarts::next(const char* at, fxRegTextEnd& end) const {
     if (kind == anywhere)
         return at;
+    if (kind == nowhere)
+        return nullptr;
     if (kind == byTable)
         return nextByTable(at);
     if (isOneByte && !(isFar && hasBlocks))

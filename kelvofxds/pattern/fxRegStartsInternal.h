@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 /// The bytes that something can match; NUL stands for the subject's end.
 struct fxRegByteSet {
@@ -23,7 +24,9 @@ struct fxRegByteSet {
         }
     }
     bool isDisjointFrom(const fxRegByteSet& other) const;
-    bool operator==(const fxRegByteSet& other) const;
+    bool operator==(const fxRegByteSet& other) const {
+        return std::memcmp(words, other.words, sizeof words) == 0;
+    }
 };
 
 /// Where the NUL of a text is, as far as that has been looked for.
@@ -60,6 +63,11 @@ public:
 
     /// Every place is one.
     void clear() { kind = anywhere; }
+    /// No place is one.
+    void setNowhere() {
+        kind = nowhere;
+        isOneByte = false;
+    }
 
     /// Those that begin with a byte of `first`, unless it is NUL before one of `second`.
     void assign(const fxRegByteSet& first, const fxRegByteSet& second);
@@ -83,7 +91,7 @@ public:
     const char* next(const char* at, fxRegTextEnd& end) const;
 
 private:
-    enum Kind : unsigned char { anywhere, byTable, byPrefix };
+    enum Kind : unsigned char { anywhere, nowhere, byTable, byPrefix };
     enum Flag : unsigned char { starts = 1, follows = 2, stops = 4 };
     static const unsigned int block = 16;  // places looked at at once
 
