@@ -52,9 +52,10 @@ struct fxRegCode::Sets {
     fxRegByteSet sets[mostSets];
 };
 
-void fxRegCode::analyse() {
+[[gnu::noinline]] void fxRegCode::analyseNow() {
     Sets known;
     known.count = 0;
+    isAnalysed = true;
     for (std::uint32_t& member : sets)
         member = fxRegAnything;
     hasAccepts = false;
@@ -73,7 +74,6 @@ void fxRegCode::analyse() {
         if (nodes[i].op == OP_BRANCH)
             nodes[i].set = setFrom(known, nodes[i].operand->from);
     }
-    findLeading();
     findRequired();
     findStarts();
 }

@@ -36,7 +36,8 @@ const std::uint32_t fxRegAnything = 0x80000000;
 bool fxRegIsMember(const fxRegNode& node, char c);
 
 /// A sound program, decoded. It is a copy, so it holds as long as the block is
-/// what it was.
+/// what it was. Nothing is known beforehand until it is analysed, at any time; all
+/// that is asked of it before is answered with care.
 class fxRegCode {
 public:
     /// Whether this is `prog`, byte for byte. O(its size), as fast as memcmp.
@@ -47,13 +48,22 @@ public:
                std::memcmp(bytes, prog.program, length) == 0;
     }
 
-    /// Decodes `prog`; null, or the message of the error. O(its size).
-    const char* assign(const fxregexp& prog, unsigned int size);
+    /// Decodes `prog`, or only looks whether it can be run; null, or the message of
+    /// the error. O(its size).
+    const char* assign(const fxregexp& prog, unsigned int size, bool isCheck);
 
+    /// Finds out what can be known beforehand, once. O(its size).
+    void analyse() {
+        if (!isAnalysed)
+            analyseNow();
+    }
+
+    /// It is none from now on.
+    void forget();
     /// After a search: it is none from now on, unless it can be kept.
     void release() {
-        if (length != 0 && (nodes != own || !canBeKept))
-            forget();
+        if (length != 0 && (block || !isWhole))
+            releaseBlock();
     }
 
     /// Whether a match can begin at `at`, which may be the subject's start, or later;
@@ -89,24 +99,28 @@ public:
     const char* required;      // a text that is in every match, or null
     unsigned int requiredLength;
     bool isDamaged;  // some node fails with a message
+    bool isAnalysed;
     fxRegStarts starts;
     std::atomic<bool> isInUse;  // by a search
 
 private:
-    static const unsigned int mostBytes = 1536;  // of a program that is kept
-    static const unsigned int ownNodes = 128;
+    static const unsigned int ownBytes = 768;  // larger programs take memory
+    static const unsigned int ownNodes = 64;
     static const unsigned int mostSets = 31;
     static const unsigned int mostPlaces = 30;
     static const std::uint32_t atEnd = 0x40000000;  // among positions: only NUL is next
 
     struct Sets;
 
-    void forget();
-    bool readNodes(const char* program, const unsigned char* marks, unsigned int last);
+    void releaseBlock();
+    bool takeMemory(const unsigned char* marks, unsigned int last, unsigned int used);
+    void readNodes(const char* program, const unsigned char* marks, unsigned int last);
     void read(fxRegNode& node, const char* program);
-    fxRegNode* nodeAt(unsigned int offset) const;
+    void link(fxRegNode& node, const char* program);
+    fxRegNode* nodeAt(unsigned int offset, fxRegNode* near) const;
+    void assumeLittle();
     static const fxRegNode* straight(const fxRegNode* node);
-    void analyse();
+    void analyseNow();
     void numberPlaces(Sets& known);
     void addPlace(fxRegNode& node, const fxRegByteSet& bytes);
     void linkPlaces();
@@ -130,14 +144,17 @@ private:
 
     unsigned int length;  // bytes of the program; 0 for none
     unsigned int count;   // of `nodes`
-    bool canBeKept;
-    bool hasLoops;  // some link leads back
-    bool hasStart;  // some node matches at the subject's start alone
+    bool isWhole;         // its last node is an end, and `bytes` has all of it
+    bool hasLoops;        // some link leads back
+    bool hasStart;        // some node matches at the subject's start alone
     bool hasMust;
     char startchar;
     std::uintptr_t mustAt;
     int mustLength;
-    fxRegNode* nodes;  // `own`, or owned
+    void* block;          // owned: `nodes` and `bytes` if they are not its own; or null
+    std::size_t counted;  // bytes of `block`, if it is kept
+    fxRegNode* nodes;
+    char* bytes;
     const fxRegNode* first;
     unsigned int placeCount;
     std::uint32_t sets[256];              // by a byte, those it is in
@@ -148,7 +165,7 @@ private:
     std::uint32_t opening;                // the positions with which a match can begin
     std::uint32_t firstOpening;           // the same at the subject's start
     fxRegNode own[ownNodes];
-    char bytes[mostBytes];
+    char ownText[ownBytes];
 };
 
 /// The decoded form of a program, for one search. Those of the last programs are
@@ -156,7 +173,8 @@ private:
 /// whichever thread.
 class fxRegCodeLease {
 public:
-    explicit fxRegCodeLease(const fxregexp& prog);
+    /// For a search of `subject`.
+    fxRegCodeLease(const fxregexp& prog, const char* subject);
     fxRegCodeLease(const fxRegCodeLease&) = delete;
     fxRegCodeLease& operator=(const fxRegCodeLease&) = delete;
     ~fxRegCodeLease() {
@@ -164,7 +182,8 @@ public:
             end();
     }
 
-    /// Null, after a message, if the program cannot be run.
+    /// Null if the search is over: after a message where the program cannot be run,
+    /// or because the byte is missing that starts every match.
     fxRegCode* code() const { return leased; }
 
 private:
@@ -177,6 +196,7 @@ private:
         leased->isInUse.store(false, std::memory_order_release);
     }
     void discard();
+    void decode(const fxregexp& prog, unsigned int size, bool isCheck);
 
     fxRegCode* leased;
     bool isOwned;

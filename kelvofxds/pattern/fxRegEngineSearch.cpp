@@ -50,12 +50,11 @@ void clearRegisters(fxregexp& prog) {
 // Where the text that every match needs is next.
 class Required {
 public:
-    Required(const fxRegCode& decoded, const char* subject)
-        : code(decoded), known(subject), patience(decoded.required ? mostAsked : 0) {}
+    Required(const fxRegCode& decoded, const char* subject) : code(decoded), known(subject) {}
 
     // Whether it is anywhere from `at` on.
     bool isBehind(const char* at) {
-        if (patience == 0 || (isFound && at <= known))
+        if (!code.required || patience == 0 || (isFound && at <= known))
             return true;
         known = find(at, code.required, code.requiredLength);
         isFound = true;
@@ -70,7 +69,7 @@ private:
 
     const fxRegCode& code;
     const char* known;
-    unsigned int patience;
+    unsigned int patience = mostAsked;
     bool isFound = false;
 };
 
@@ -78,10 +77,7 @@ private:
 class Attempts {
 public:
     Attempts(const fxRegCode& decoded, const fxregexp& prog, const char* subject)
-        : code(decoded),
-          startchar(prog.anchored ? '\0' : prog.startchar),
-          end(subject),
-          byHint(startchar != '\0' && code.starts.isAnywhere()) {}
+        : code(decoded), startchar(prog.anchored ? '\0' : prog.startchar), end(subject) {}
 
     // The first place of all, or null.
     const char* first(const char* subject) {
@@ -92,6 +88,7 @@ public:
     // The first place from `at` on, which is not the subject's start, or null.
     const char* from(const char* at) {
         for (;; ++at) {
+            const bool byHint = startchar != '\0' && code.starts.isAnywhere();
             at = byHint ? std::strchr(at, startchar) : code.starts.next(at, end);
             if (!at || startchar == '\0' || *at == startchar)
                 return at;
@@ -104,16 +101,18 @@ private:
     const fxRegCode& code;
     char startchar;
     fxRegTextEnd end;
-    bool byHint;
 };
 
-bool matchFrom(fxRegMatcher& matcher, const fxRegCode& code, Attempts& attempts, const char* at) {
+bool matchFrom(fxRegMatcher& matcher, fxRegCode& code, Attempts& attempts, const char* at) {
+    const unsigned int few = 2 * code.size();  // failures that cost less than to analyse it
     Required required(code, at);
-    while (at) {
+    for (unsigned int failures = 0; at;) {
         if (matcher.regtry(at))
             return true;
         if (*at == '\0')
             return false;
+        if (++failures == few)
+            code.analyse();
         at = matcher.next();
         if (!at || !required.isBehind(at))
             return false;
@@ -133,7 +132,7 @@ int fxregexec(fxregexp* prog, const char* subject) {
         fxregerror("corrupted program");
         return 0;
     }
-    const fxRegCodeLease lease(*prog);
+    const fxRegCodeLease lease(*prog, subject);
     fxRegCode* code = lease.code();
     if (!code)
         return 0;

@@ -84,6 +84,11 @@ bool fxRegMatcher::passes(const fxRegNode* node) {
         case OP_EXACT: {
             const char* run = node->text;
             const char* at = reginput;
+            const unsigned int few = 16;
+            if (node->length > few && *run == *at) {
+                reginput += node->length;
+                return std::strncmp(at, run, node->length) == 0;
+            }
             for (; *run == *at && *run != '\0'; ++run)
                 ++at;
             // Without a byte it is the NUL that has to be there.
@@ -212,8 +217,12 @@ const char* fxRegMatcher::regrepeat(const fxRegNode* simple) const {
     const char* at = reginput;
     if (simple->op == OP_ANY)
         return at + std::strlen(at);
-    while (code.has(*simple, *at))
+    const std::ptrdiff_t few = 32;  // that are soon found in a class
+    while (code.has(*simple, *at)) {
         ++at;
+        if (at - reginput == few)
+            code.analyse();
+    }
     return at;
 }
 
@@ -271,6 +280,7 @@ void fxRegMatcher::note(const fxRegNode* node) {
     limit = done + patience;
     if (spent < limit)
         return;
+    code.analyse();
     const std::size_t wasted = spent - done, bytesPerStep = 4;
     if (!isPromising && !code.canMatchFrom(begin, begin == regbol, wasted * bytesPerStep)) {
         givenUp = true;
