@@ -313,19 +313,20 @@ void fxRegCode::makeAccepts() {
 
 // The sets of positions met last are kept with what follows them, since texts
 // repeat themselves.
-bool fxRegCode::canMatchFrom(const char* at, bool isStart, std::size_t most) {
+fxRegCode::Outlook fxRegCode::lookOn(fxRegLook& look, std::size_t most) {
     if (!hasAccepts)
         makeAccepts();
     struct {
         std::uint32_t places, next;
     } met[64] = {};
-    std::uint32_t next = isStart ? firstOpening : opening;
+    const char* at = look.at;
+    std::uint32_t next = look.places;
     for (; most != 0; --most, ++at) {
         const std::uint32_t here = next & accepts[static_cast<unsigned char>(*at)];
         if (here & (fxRegAnything | atEnd))
-            return true;
+            return promising;
         if (*at == '\0')
-            return false;
+            return noMatch;
         auto& entry = met[here * 0x9E3779B1U >> 26];
         if (entry.places != here || here == 0) {
             entry.places = here;
@@ -335,5 +336,6 @@ bool fxRegCode::canMatchFrom(const char* at, bool isStart, std::size_t most) {
         }
         next = entry.next;
     }
-    return true;
+    look = {at, next};
+    return unknown;
 }

@@ -35,6 +35,12 @@ const std::uint32_t fxRegAnything = 0x80000000;
 /// Whether the class, literal run or dot at `node` begins with `c`.
 bool fxRegIsMember(const fxRegNode& node, char c);
 
+/// How far a text was looked at, and the positions that can be next there.
+struct fxRegLook {
+    const char* at;
+    std::uint32_t places;
+};
+
 /// A sound program, decoded. It is a copy, so it holds as long as the block is
 /// what it was. Nothing is known beforehand until it is analysed, at any time; all
 /// that is asked of it before is answered with care.
@@ -66,9 +72,15 @@ public:
             releaseBlock();
     }
 
-    /// Whether a match can begin at `at`, which may be the subject's start, or later;
-    /// false is certain. Looks at `most` bytes.
-    bool canMatchFrom(const char* at, bool isStart, std::size_t most);
+    /// A look for a match that begins at `at`, which may be the subject's start, or
+    /// later.
+    fxRegLook lookFrom(const char* at, bool isStart) const {
+        return {at, isStart ? firstOpening : opening};
+    }
+    enum Outlook { noMatch, unknown, promising };
+    /// Looks at `most` more bytes. That there is no match is certain.
+    /// Requires: the program is analysed.
+    Outlook lookOn(fxRegLook& look, std::size_t most);
 
     /// Whether a match at the subject's start can begin as none does elsewhere.
     bool isStartSpecial() const { return firstOpening != opening; }

@@ -126,7 +126,10 @@ const fxRegNode* fxRegMatcher::enterBranch(const fxRegNode* node) {
 }
 
 const fxRegNode* fxRegMatcher::takeBranch(const fxRegNode* alternative) {
-    ++spent;
+    if (++spent >= limit)
+        reconsider();
+    if (givenUp)
+        return nullptr;
     if (const fxRegNode* other = code.viable(alternative->other, *reginput))
         push(other, reginput);
     return alternative->operand;
@@ -194,6 +197,8 @@ const char* fxRegMatcher::lastEnd(const fxRegNode* node, const char* lowest,
 const fxRegNode* fxRegMatcher::backtrack() {
     if (spent >= limit)
         reconsider();
+    if (spent >= memoryLimit)
+        reconsiderMemory();
     while (top != 0 && !givenUp) {
         const Frame frame = frames[--top];
         if (frame.node->op == OP_BRANCH) {
@@ -272,25 +277,38 @@ void fxRegMatcher::note(const fxRegNode* node) {
     push(node, reginput);
 }
 
-// A search that fails and has cost more than a step for each byte is likely to go
-// on like that: it finds out whether that is worth it, with a look that costs no
-// more than was spent, and then remembers its failures.
+// A search that has cost more than a step for each byte is likely to go on like
+// that: it looks ahead whether that is worth it, in pieces, with about as much
+// work as it has spent itself.
 [[gnu::noinline]] void fxRegMatcher::reconsider() {
     const std::size_t done = positionOf(begin);
     limit = done + patience;
     if (spent < limit)
         return;
     code.analyse();
-    const std::size_t wasted = spent - done, bytesPerStep = 4;
-    if (!isPromising && !code.canMatchFrom(begin, begin == regbol, wasted * bytesPerStep)) {
-        givenUp = true;
-        return;
+    if (!look.at || look.at < begin)
+        look = code.lookFrom(begin, begin == regbol);
+    const std::size_t bytesPerStep = 16;
+    switch (code.lookOn(look, patience * bytesPerStep)) {
+        case fxRegCode::noMatch:
+            givenUp = true;
+            break;
+        case fxRegCode::unknown:
+            limit = spent + patience;
+            break;
+        case fxRegCode::promising:
+            limit = SIZE_MAX;
     }
+}
+
+// Where a step for each byte was not enough and it fails, it remembers that.
+[[gnu::noinline]] void fxRegMatcher::reconsiderMemory() {
+    const std::size_t done = positionOf(begin);
     // The subject's length, or twice what was spent.
     const std::size_t length = done + strnlen(begin, spent * 2);
-    limit = isPromising ? length : done + wasted * 2;
+    memoryLimit = length;
     if (spent < length)
         return;
     memory.start(code.size(), length);
-    limit = SIZE_MAX;
+    memoryLimit = SIZE_MAX;
 }

@@ -23,8 +23,9 @@ public:
           top(0),
           capacity(framesAtFirst),
           spent(0),
-          limit(patience),
-          isPromising(decoded.isDamaged),
+          limit(decoded.isDamaged ? SIZE_MAX : patience),
+          memoryLimit(patience),
+          look{nullptr, 0},
           givenUp(false) {}
     fxRegMatcher(const fxRegMatcher&) = delete;
     fxRegMatcher& operator=(const fxRegMatcher&) = delete;
@@ -76,6 +77,7 @@ private:
     void note(const fxRegNode* node);
     void setRegisters();
     void reconsider();
+    void reconsiderMemory();
 
     static const std::size_t framesAtFirst = 64;
     static const std::size_t patience = 128;  // work that is not worth a thought
@@ -85,14 +87,15 @@ private:
     const char* regbol;  // the start of the subject
     const char* begin;   // the position being tried
     const char* nextBegin;
-    const char* reginput;  // the next byte to match
-    Frame* frames;         // `ownFrames` or owned
-    std::size_t top;       // frames in use
-    std::size_t capacity;  // frames
-    std::size_t spent;     // work done, in nodes or so
-    std::size_t limit;     // work after which a failure makes it think again
-    bool isPromising;      // a match may be there, as far as the automaton knows
-    bool givenUp;          // for lack of memory, or because there is no match
+    const char* reginput;     // the next byte to match
+    Frame* frames;            // `ownFrames` or owned
+    std::size_t top;          // frames in use
+    std::size_t capacity;     // frames
+    std::size_t spent;        // work done, in nodes or so
+    std::size_t limit;        // work after which to look ahead
+    std::size_t memoryLimit;  // work after which a failure makes it remember
+    fxRegLook look;
+    bool givenUp;  // for lack of memory, or because there is no match
     fxRegMemory memory;
     Frame ownFrames[framesAtFirst];
 };
