@@ -223,6 +223,26 @@ TEST(fxRegEngineCost, cheapMatchesAllocateNothing) {
     }
 }
 
+TEST(fxRegEngineCost, largeProgramsAreDecodedOnceToo) {
+    if (!heapCallsAreCounted())
+        GTEST_SKIP() << "allocations are not counted in this build or under this tool";
+    std::string pattern = "zero|";
+    for (unsigned int i = 0; i < 300; ++i)
+        pattern += "[0-9]x*";
+    const Compiled program = compiled(pattern);
+    ASSERT_TRUE(program != nullptr);
+    EXPECT_EQ(1, fxregexec(program.get(), "zero"));
+    const unsigned long before = heapCalls().allocations;
+    EXPECT_EQ(1, fxregexec(program.get(), "1 zero"));
+    EXPECT_EQ(0, fxregexec(program.get(), "1x2x3"));
+    EXPECT_EQ(before, heapCalls().allocations);
+    // It is still looked at before every search.
+    char* const zero = static_cast<char*>(memmem(program->program, 1000, "zero", 5));
+    *zero = 'h';
+    EXPECT_EQ(0, fxregexec(program.get(), "zero"));
+    EXPECT_EQ(1, fxregexec(program.get(), "hero"));
+}
+
 TEST(fxRegEngineCost, everyMatchReleasesWhatItTook) {
     if (!heapCallsAreCounted())
         GTEST_SKIP() << "allocations are not counted in this build or under this tool";
