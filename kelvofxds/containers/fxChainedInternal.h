@@ -79,7 +79,7 @@ struct fxChains : fxIndexing {
             link = &(*link)->next;
             ++passed;
         }
-        if (passed > longWalk && wordBeside(c) != 0)
+        if (passed > longWalk && wordBeside(c) != 0 && (c.numItems / 2 > n || passed > longestWalk))
             makeIndex(c);
         return {i, *link, link, false, 0};
     }
@@ -200,5 +200,8 @@ struct fxChains : fxIndexing {
         ::operator delete(b);  // the size is the class's at the time of making
     }
 
-    static const unsigned int longWalk = 6;  // entries
+    // An index pays for walks of more entries than this: where all chains are
+    // long, and where one is in a container with buckets enough.
+    static const unsigned int longWalk = 6;
+    static const unsigned int longestWalk = 20;
 };
