@@ -14,7 +14,9 @@ struct fxChainedTranscription;
 class fxBesideBuckets {
 public:
     fxBesideBuckets() = default;
+    /// Takes nothing of the other.
     fxBesideBuckets(const fxBesideBuckets&) {}
+    /// Changes nothing.
     fxBesideBuckets& operator=(const fxBesideBuckets&) { return *this; }
 
 private:
