@@ -238,12 +238,6 @@ __attribute__((visibility("hidden"))) unsigned short fxTakeIndexNumber();
 /// Gives a number back.
 __attribute__((visibility("hidden"))) void fxReturnIndexNumber(unsigned short number);
 
-/// The virtual table of an object whose first word leads to it.
-inline const void* fxTableOf(const void* object) {
-    const void* table;
-    std::memcpy(&table, object, sizeof table);
-    return table;
-}
 /// Remembers that the class with this virtual table has promised. Without
 /// memory the promise goes unheard.
 __attribute__((visibility("hidden"))) void fxNotePromise(const void* table);

@@ -10,6 +10,7 @@
 #include "kelvofxds/containers/fxChainsInternal.h"
 #include "kelvofxds/containers/fxDictionary.h"
 #include "kelvofxds/containers/fxSet.h"
+#include "kelvofxds/core/fxTableOfInternal.h"
 #include "kelvofxds/str/fxStrHashInternal.h"
 
 // The block of an entry starts with its key.

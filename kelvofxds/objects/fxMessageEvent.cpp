@@ -54,7 +54,7 @@ void fxMessageEvent::Pool::Message::dropOwn() {
 
 fxMessageEvent::Pool::Message* fxMessageEvent::Pool::make(fxInputChannel* channel) {
     auto* e = fxNew<Message>(channel);
-    ownTable = tableOf(e);
+    ownTable = fxTableOf(e);
     fxMostKept::follow(++living);
     return e;
 }

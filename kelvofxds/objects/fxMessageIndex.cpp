@@ -8,6 +8,7 @@
 
 #include "kelvofxds/core/fxFreeListInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/core/fxTableOfInternal.h"
 #include "kelvofxds/objects/fxEvent.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
@@ -242,7 +243,7 @@ void fxEventQueue::Index::enter(fxEvent* e, long long place) {
     entry->place = place;
     entries.add(entry);
     if (!fxMessageEvent::Pool::isPooled(e)) {
-        entry->table = fxMessageEvent::Pool::tableOf(e);
+        entry->table = fxTableOf(e);
         link(young, unsettled, entry, young.last);
     }
     join(entry);
@@ -274,7 +275,7 @@ void fxEventQueue::Index::ask() {
     Entry* following = nullptr;
     for (Entry* entry = young.first; entry; entry = following) {
         following = entry->next[unsettled];
-        const void* table = fxMessageEvent::Pool::tableOf(entry->key);
+        const void* table = fxTableOf(entry->key);
         if (table != entry->table) {
             entry->table = table;
             part(entry);

@@ -8,6 +8,7 @@
 
 #include "kelvofxds/core/fxFreeListInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/core/fxTableOfInternal.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "kelvofxds/values/fxDataInternal.h"
@@ -94,18 +95,8 @@ public:
         releaseData(e->data);
     }
 
-    // Of a host's class no run-time type information may be asked for, since
-    // it may have none. But every object begins with the address of its
-    // class's table of virtual functions.
-
-    /// What tells the class of `e`, or the base that is under construction.
-    static const void* tableOf(const fxEvent* e) {
-        const void* table;
-        std::memcpy(&table, static_cast<const void*>(e), sizeof table);
-        return table;
-    }
     /// True of a message that the library has made.
-    static bool isPooled(const fxEvent* e) { return tableOf(e) == ownTable; }
+    static bool isPooled(const fxEvent* e) { return fxTableOf(e) == ownTable; }
 
 private:
     static const int noType = -1;

@@ -3,20 +3,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstring>
-
+#include "kelvofxds/core/fxTableOfInternal.h"
 #include "kelvofxds/transcribe/fxPieceInternal.h"
 #include "kelvofxds/transcribe/fxStdioStreamInternal.h"
 
 namespace {
-// The table of virtual operations that an object has now, which is its class's
-// own. Hosts may have no run-time type information to ask.
-const void* tableOf(const fxStream& stream) {
-    const void* table = nullptr;
-    std::memcpy(&table, static_cast<const void*>(&stream), sizeof table);
-    return table;
-}
-
 int openFlags(fxStream::fxStreamType type) {
     switch (type) {
         case fxStream::writeStream:
@@ -43,9 +34,11 @@ const char* stdioMode(fxStream::fxStreamType type) {
 }  // namespace
 
 std::FILE* fxOwnFile(const fxStream* stream) {
-    static const void* const ownTable =
-        tableOf(fxStdioStream(static_cast<std::FILE*>(nullptr), fxStream::readStream));
-    if (!stream || tableOf(*stream) != ownTable)
+    static const void* const ownTable = [] {
+        const fxStdioStream own(static_cast<std::FILE*>(nullptr), fxStream::readStream);
+        return fxTableOf(&own);
+    }();
+    if (!stream || fxTableOf(stream) != ownTable)
         return nullptr;
     return static_cast<const fxStdioStream*>(stream)->fp;
 }

@@ -2,8 +2,9 @@
 #pragma once
 
 #include <cstdlib>
-#include <cstring>
 #include <type_traits>
+
+#include "kelvofxds/core/fxTableOfInternal.h"
 
 /// Whether a transcriber is one of the library's own classes as itself, told by
 /// its table of virtual operations: while the constructor of its own class runs,
@@ -15,21 +16,15 @@
 class fxOwnClass {
 public:
     template <class Transcriber>
-    explicit fxOwnClass(const Transcriber& underConstruction) : table(tableOf(underConstruction)) {}
+    explicit fxOwnClass(const Transcriber& underConstruction)
+        : table(fxTableOf(&underConstruction)) {}
 
     template <class Transcriber>
     bool isOf(const Transcriber& transcriber) const {
-        return tableOf(transcriber) == table;
+        return fxTableOf(&transcriber) == table;
     }
 
 private:
-    template <class Transcriber>
-    static const void* tableOf(const Transcriber& transcriber) {
-        const void* found = nullptr;
-        std::memcpy(&found, static_cast<const void*>(&transcriber), sizeof found);
-        return found;
-    }
-
     const void* table;
 };
 
