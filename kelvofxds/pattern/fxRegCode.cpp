@@ -235,6 +235,18 @@ const fxRegNode* fxRegCode::straight(const fxRegNode* node) {
     return node && node->op == OP_BRANCH && !node->other ? node->operand : node;
 }
 
+// Another program may be shorter, and what is behind it cannot be read then. As
+// both are sound, they differ before the shorter one ends.
+bool fxRegCode::isBegunBy(const char* program) const {
+    if (fxUsableSizeIsKnown)
+        return std::memcmp(bytes, program, length) == 0;
+    for (unsigned int i = 0; i < length; ++i) {
+        if (bytes[i] != program[i])
+            return false;
+    }
+    return true;
+}
+
 // The programs that are kept, by the addresses of their blocks. One that is not
 // what it was at its address is decoded again.
 namespace {

@@ -46,12 +46,13 @@ struct fxRegLook {
 /// that is asked of it before is answered with care.
 class fxRegCode {
 public:
-    /// Whether this is `prog`, byte for byte. O(its size), as fast as memcmp.
+    /// Whether this is `prog`, byte for byte. O(its size), as fast as memcmp where
+    /// sizes of blocks are known.
     bool isOf(const fxregexp& prog, unsigned int size) const {
         return length != 0 && length <= size && startchar == prog.startchar &&
                hasMust == (prog.must != nullptr) &&
                (!hasMust || (mustAt == fxRegMustOffset(prog) && mustLength == prog.mustlen)) &&
-               std::memcmp(bytes, prog.program, length) == 0;
+               isBegunBy(prog.program);
     }
 
     /// Decodes `prog`, or only looks whether it can be run; null, or the message of
@@ -124,6 +125,7 @@ private:
 
     struct Sets;
 
+    bool isBegunBy(const char* program) const;
     void releaseBlock();
     bool takeMemory(const unsigned char* marks, unsigned int last, unsigned int used);
     void readNodes(const char* program, const unsigned char* marks, unsigned int last);

@@ -404,6 +404,19 @@ TEST(fxArrayGrowth, spareBytesThatASubclassPreparesStay) {
     }
 }
 
+namespace {
+// Of an array that prepares them with 0x55.
+void expectSpareBytesStay(fxIntArray& array) {
+    for (int i = 0; i < 40; ++i) {
+        SCOPED_TRACE(i);
+        array.append(&i);
+        const unsigned int spare = array.getMaxLen() - array.getLen();
+        EXPECT_EQ(std::string(spare, 0x55),
+                  std::string(static_cast<char*>(array.at(array.length())), spare));
+    }
+}
+}  // namespace
+
 // The base brings nothing then, and so it clears nothing.
 TEST(fxArrayGrowth, spareBytesStayThatASubclassPreparesBeforeItCallsTheBase) {
     class Array : public fxIntArray {
@@ -415,13 +428,7 @@ TEST(fxArrayGrowth, spareBytesStayThatASubclassPreparesBeforeItCallsTheBase) {
             fxIntArray::getmem();
         }
     } array;
-    for (int i = 0; i < 40; ++i) {
-        SCOPED_TRACE(i);
-        array.append(&i);
-        const unsigned int spare = array.getMaxLen() - array.getLen();
-        EXPECT_EQ(std::string(spare, 0x55),
-                  std::string(static_cast<char*>(array.at(array.length())), spare));
-    }
+    expectSpareBytesStay(array);
 }
 
 TEST(fxArrayGrowth, spareBytesStayThatASubclassPreparesBeyondTheCapacity) {
@@ -438,13 +445,7 @@ TEST(fxArrayGrowth, spareBytesStayThatASubclassPreparesBeyondTheCapacity) {
     private:
         unsigned int prepared = 0;
     } array;
-    for (int i = 0; i < 40; ++i) {
-        SCOPED_TRACE(i);
-        array.append(&i);
-        const unsigned int spare = array.getMaxLen() - array.getLen();
-        EXPECT_EQ(std::string(spare, 0x55),
-                  std::string(static_cast<char*>(array.at(array.length())), spare));
-    }
+    expectSpareBytesStay(array);
 }
 
 namespace {

@@ -3,6 +3,7 @@
 //
 // A program of its own: its definitions hold for the whole process.
 
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -13,6 +14,7 @@
 
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/core/fxTypeObj.h"
+#include "kelvofxds/pattern/fxRegEngine.h"
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 #include "tests/hosts/growing.h"
@@ -202,6 +204,40 @@ bool readsNoArrayWithoutMemory() {
 
 }  // namespace
 
+namespace {
+
+// A copy of what fxregcomp makes of `expression`.
+fxregexp* moved(const char* expression, char* to) {
+    fxregexp* made = fxregcomp(expression);
+    const std::size_t size = headerOf(made)->size;
+    std::memcpy(to, made, size);
+    std::free(made);
+    return reinterpret_cast<fxregexp*>(to);
+}
+
+// A short program stands where a long one stood, and nothing can be read behind it.
+bool readsNoBytesBehindAProgram() {
+    const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    void* const pages =
+        ::mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages == MAP_FAILED)
+        return false;
+    char* const end = static_cast<char*>(pages) + page;
+    fxregexp* const made = fxregcomp(".");
+    const std::size_t size = roundedUp(headerOf(made)->size, alignof(fxregexp));
+    std::free(made);
+    char* const place = end - size;
+
+    bool isRight = fxregexec(moved("..............", place), "a long subject");
+    ::mprotect(end, page, PROT_NONE);
+    fxregexp* const brief = moved(".", place);
+    isRight = isRight && fxregexec(brief, "x") && !fxregexec(brief, "");
+    ::munmap(pages, 2 * page);
+    return isRight;
+}
+
+}  // namespace
+
 int main() {
     const struct {
         bool (*holds)();
@@ -211,6 +247,7 @@ int main() {
         {endsForLackOfMemory, "the process does not end for lack of memory"},
         {makesNoInstancesWithoutMemory, "newInstance does not return null without memory"},
         {readsNoArrayWithoutMemory, "reading an array does not fail without memory"},
+        {readsNoBytesBehindAProgram, "a program at an address of another is not run"},
     };
     int failures = 0;
     for (const auto& c : checks) {
