@@ -1,17 +1,20 @@
-// fxBinaryFormatInternal.h - the binary stream format: every fact about its bytes.
+// fxBinaryFormatInternal.h - the stream formats: every fact about their bytes.
 #pragma once
 
 #include <cstdint>
 
-#include "kelvofxds/transcribe/fxBinaryTranscriber.h"
+#include "kelvofxds/transcribe/fxBinaryOTTag.h"
 
 // What writes, reads or shows streams takes from here what stands where.
 // docs/stream-format.md tells it to strangers; a test holds it to this table.
+// Programs that only look at streams use it too, so it needs nothing of the
+// library's and stands for itself on every host.
 namespace fxBinaryFormat {
 
 // The header: two texts with their NULs, then two marks in the writer's order.
 
 inline constexpr char writerName[] = "fxBinaryWriter";
+inline constexpr char graphWriterName[] = "fxGraphWriter";
 inline constexpr char floatFormat[] = "ieee";
 inline constexpr short shortMark = 0x1122;
 inline constexpr long longMark = 0x33445566;
@@ -102,6 +105,20 @@ static_assert(recordsAreByTag(), "a tag is the place of its record");
 inline const Record* recordOf(unsigned int tag) {
     return tag < recordCount ? records + tag : nullptr;
 }
+
+// Graph streams have one kind more, and both sides have the words of the writer.
+
+/// The end of a root, with the checksum of all bytes since the one before.
+inline constexpr unsigned int rootEndTag = recordCount;
+inline constexpr unsigned int graphTagCount = rootEndTag + 1;
+
+/// Words of the records of graph streams, by tag, which is below graphTagCount.
+constexpr unsigned int graphWordsOf(unsigned int tag) {
+    return tag == rootEndTag ? 1 : records[tag].wordsWritten;
+}
+
+/// Most bytes of payload that a record of a graph stream has.
+inline constexpr std::uint32_t mostGraphPayload = 65536;
 
 constexpr unsigned int tagOf(unsigned char head) { return head & ((1U << tagBits) - 1); }
 constexpr unsigned int lengthClassOf(unsigned char head) { return head >> tagBits; }

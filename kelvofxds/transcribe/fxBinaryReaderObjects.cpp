@@ -11,6 +11,7 @@
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxBinaryReaderInternal.h"
+#include "kelvofxds/transcribe/fxContentsInternal.h"
 
 namespace {
 
@@ -275,7 +276,7 @@ unsigned char fxBinaryReader::readObjectBody(void** instance) {
             type.destroy(object);
         return 0;
     }
-    if (!type.xdr(object, *this))
+    if (!fxContents::withVersion(*this, type.version, [&] { return type.xdr(object, *this); }))
         fxFatal("XXX error handling is missing");
     *instance = object;
     return 1;
@@ -327,7 +328,9 @@ unsigned char fxBinaryReader::xdr(fxTypeObj& type, void* previous, void* address
     if (tag == fxOT_Embedded) {
         if (alreadyRead(arg1))
             fxFatal("XXX new base for old base");
-        return enter(arg1, address, Record::object) && type.xdr(address, *this);
+        return enter(arg1, address, Record::object) &&
+               fxContents::withVersion(*this, type.version,
+                                       [&] { return type.xdr(address, *this); });
     }
     if (tag != fxOT_OldEmbedded)
         fxFatal("XXX bad news!");

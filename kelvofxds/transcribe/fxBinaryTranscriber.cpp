@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "kelvofxds/transcribe/fxContentsInternal.h"
 #include "kelvofxds/transcribe/fxObjectTableInternal.h"
 
 fxBinaryTranscriber::fxBinaryTranscriber()
@@ -14,7 +15,9 @@ fxBinaryTranscriber::fxBinaryTranscriber()
       arg2(0),
       arg3(0),
       arg4(0),
-      typeName(nullptr) {}
+      typeName(nullptr) {
+    fxContents::setTellsVersions(*this);
+}
 
 fxBinaryTranscriber::~fxBinaryTranscriber() { freeItems(); }
 

@@ -11,6 +11,7 @@
 #include "kelvofxds/core/fxXDRObj.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
+#include "kelvofxds/transcribe/fxContentsInternal.h"
 #include "kelvofxds/transcribe/fxObjectTableInternal.h"
 #include "kelvofxds/transcribe/fxPieceInternal.h"
 #include "kelvofxds/transcribe/fxStream.h"
@@ -329,7 +330,7 @@ unsigned char fxBinaryWriter::xdr(fxTypeObj& type, void* previous, void* address
     }
     index->number(entry, nextId++);
     setPending(fxOT_Embedded, entry.value);
-    return type.xdr(address, *this);
+    return fxContents::withVersion(*this, type.version, [&] { return type.xdr(address, *this); });
 }
 
 void* fxBinaryWriter::readObject(fxTypeObj&) {
@@ -366,7 +367,8 @@ unsigned char fxBinaryWriter::writeItem(const fxBinaryWriterItem& item, unsigned
         return 0;
     setPending(fxOT_Object, number);
     arg2 = static_cast<unsigned int>(typeNumber);
-    return type.xdr(item.address, *this);
+    return fxContents::withVersion(*this, type.version,
+                                   [&] { return type.xdr(item.address, *this); });
 }
 
 // Writes the body of a block, whose record is pending.

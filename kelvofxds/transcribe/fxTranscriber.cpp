@@ -1,9 +1,12 @@
 #include "kelvofxds/transcribe/fxTranscriber.h"
 
+#include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/str/fxStackBuffer.h"
+#include "kelvofxds/transcribe/fxContentsInternal.h"
 #include "kelvofxds/transcribe/fxStream.h"
 
-fxTranscriber::fxTranscriber() : reading(0), stringBuffer(0), stream(nullptr) {}
+fxTranscriber::fxTranscriber()
+    : reading(0), stringBuffer(0), traits(0), version(0), stream(nullptr) {}
 
 fxTranscriber::~fxTranscriber() {
     if (stream && --stream->count == 0)
@@ -14,6 +17,15 @@ void fxTranscriber::holdStream(fxStream* s) {
     stream = s;
     if (stream)
         ++stream->count;
+}
+
+unsigned int fxTranscriber::objectVersion() const { return fxContents::versionOf(*this); }
+
+unsigned char fxXdrContents(fxTypeObj& type, void* object, fxTranscriber& t,
+                            unsigned char (*contents)(void*, fxTranscriber&)) {
+    if (fxContents::tellsVersions(t))
+        return contents(object, t);
+    return fxContents::withVersion(t, type.version, [=, &t] { return contents(object, t); });
 }
 
 unsigned char fxTranscriber::xdr(int* elements, unsigned int n) {

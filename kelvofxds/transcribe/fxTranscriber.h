@@ -102,6 +102,26 @@ public:
     /// buffer. Ask inside xdr(char**, n).
     bool isStringBuffer() const { return stringBuffer != 0; }
 
+    /// The version of the type whose contents are being transcribed, for xdr
+    /// operations that tell apart what older streams have: `if (t.objectVersion()
+    /// >= 2) ok = ok && t.xdr(&added, 1);`. Reading a graph stream it is what the
+    /// stream says, on every other transcriber the class's own. A base class or an
+    /// embedded object has its own if it is transcribed by xdr(type, null, address);
+    /// a base's xdr called as a function sees the one of the derived class.
+    /// Outside an object, and on a host's own transcriber with a class that does
+    /// not define its xdr by FX_DEFINE_XDR, it is the greatest number.
+    unsigned int objectVersion() const;
+    /// Whether an array writes the elements of its whole capacity, as the format
+    /// of fxBinaryWriter has it, or those in use only, as graph streams have it.
+    bool transcribesSpareElements() const { return (traits & ofGraphs) == 0; }
+    /// Says whether the object pointer that is handed over next is an fxRef's, and
+    /// is to be counted when it is set; fxRef says so. Only fxGraphReader listens.
+    void markCounted(bool isOne) {
+        traits = static_cast<unsigned char>(isOne ? traits | counted : traits & ~counted);
+    }
+    /// Whether the object pointer that is being handed over is an fxRef's.
+    bool isCounted() const { return (traits & counted) != 0; }
+
     /// int is transcribed as long, which has the same size.
     virtual unsigned char xdr(int* elements, unsigned int n);
     virtual unsigned char xdr(unsigned int* elements, unsigned int n);
@@ -154,7 +174,15 @@ protected:
     unsigned char reading;  // 1 while reading
 
 private:
+    friend struct fxContents;  // fxContentsInternal.h
+
+    static const unsigned char tellsVersions = 1;  // bits of `traits`
+    static const unsigned char ofGraphs = 2;
+    static const unsigned char counted = 4;
+
     unsigned char stringBuffer;  // 1 while a string hands over its own buffer pointer
+    unsigned char traits;        // what it is, and is told
+    unsigned char version;       // of the contents, + 1; 0 if unknown, 255 if it is greater
 
 protected:
     fxStream* stream;  // held, or null
@@ -164,6 +192,12 @@ protected:
 /// name.
 FX_EXPORT fxTranscriber* makeBinaryReader(fxStream* stream, short shortMark, long longMark,
                                           const char* floatFormat);
+
+/// Calls contents(object, t), which transcribes an object of `type`, in such a
+/// way that t.objectVersion() is right. For the static xdr of a class, and so for
+/// FX_DEFINE_XDR.
+FX_EXPORT unsigned char fxXdrContents(fxTypeObj& type, void* object, fxTranscriber& t,
+                                      unsigned char (*contents)(void*, fxTranscriber&));
 
 /// Appends the bytes of `stream` up to and including a NUL to `buffer`.
 /// Returns 0 when a read fails before that; what was read stays appended.
