@@ -150,6 +150,11 @@ protected:
     /// that is good for nothing but destruction.
     template <class Element>
     unsigned char xdrElements(fxTranscriber& t);
+    /// The same in graph streams, which have the elements in use alone.
+    template <class Element>
+    unsigned char writeElements(fxTranscriber& t);
+    template <class Element>
+    unsigned char readElements(fxTranscriber& t);
 
     /// Address of the byte at `offset` in the block.
     char* byteAt(unsigned int offset) const { return static_cast<char*>(data) + offset; }

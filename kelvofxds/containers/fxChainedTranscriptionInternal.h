@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 
 #include "kelvofxds/containers/fxChainedInternal.h"
+#include "kelvofxds/containers/fxStrKeysInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
+#include "kelvofxds/transcribe/fxGraphReader.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 
 /// What doxdr of dictionaries and of sets does alike. A set has no values, and
@@ -47,6 +50,10 @@ private:
                 return 0;
             if (!claimed.claim(keyBytes, valueBytes) || (numBuckets == 0 && items != 0))
                 return 0;
+            // A graph stream has what the class writes.
+            if (!t.transcribesSpareElements() &&
+                (keyBytes != c.keySize || (valueSize && valueBytes != *valueSize)))
+                return 0;
             c.cleanup();
             c.numItems = 0;
             if (!c.buckets.makeEmptyBuckets(numBuckets))
@@ -63,17 +70,47 @@ private:
             for (unsigned int i = 0; i < items; ++i) {
                 if (!claimed.takeEntry())
                     return 0;
-                // On failure the block is not freed: the reader may have noted
-                // addresses in it.
+                // On failure the reader may have noted addresses in the block.
                 void* block = std::malloc(size);
-                unsigned int index = 0;
-                if ((!block && size != 0) || !xdrEntry(c, t, block) || !t.xdr(&index, 1) ||
-                    index >= c.bucketCount() || !fxChains::push<C>(c, index, block, nullptr))
+                if (block && !t.transcribesSpareElements())
+                    std::memset(block, 0, size);
+                if ((!block && size != 0) || !readEntry(block)) {
+                    giveUp(block, i);
                     return 0;
+                }
             }
             return 1;
         }
+
+        unsigned char readEntry(void* block) {
+            unsigned int index = 0;
+            return xdrEntry(c, t, block) && t.xdr(&index, 1) && index < c.bucketCount() &&
+                   fxChains::push<C>(c, index, block, nullptr);
+        }
+
+        // Of a key and a value of which nobody knows how far they were read, a graph
+        // reader ends nothing, but their strings are the library's own.
+        void giveUp(void* block, unsigned int read) {
+            fxGraphReader* const reader = fxGraphReader::of(t);
+            if (!reader || !block)
+                return;
+            c.numItems = read;
+            if (fxIndexing::isByText(c)) {
+                destroyEntry(c, block);
+                std::free(block);
+            } else {
+                reader->freeOnFailure(block);
+            }
+        }
     };
+
+    // Of strings, or of zero bytes where none has been read.
+    static void destroyEntry(fxDictionary& d, void* block) {
+        fxDestroyStr(block);
+        if (d.valueSize == sizeof(fxStr))
+            fxDestroyStr(static_cast<char*>(block) + d.keySize);
+    }
+    static void destroyEntry(fxSet&, void* block) { fxDestroyStr(block); }
 
     template <class C>
     static unsigned char write(C& c, fxTranscriber& t) {

@@ -1,5 +1,6 @@
 #include "kelvofxds/str/fxStrArray.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -66,6 +67,10 @@ unsigned char fxStrArray::xdr(fxTranscriber& t) {
 // them is, so the block is allocated at once and never moves; but it is only
 // used as far as strings have arrived.
 bool fxStrArray::readStrings(fxTranscriber& t, unsigned int claimed, unsigned short size) {
+    if (!t.transcribesSpareElements()) {
+        destroy();
+        std::free(data);
+    }
     data = nullptr;
     maxLen = len = 0;
     if (size != strSize || claimed % strSize != 0)

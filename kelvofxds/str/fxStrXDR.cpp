@@ -1,5 +1,7 @@
 // fxStrXDR.cpp - writing strings to a transcriber and reading them back.
 
+#include <cstdlib>
+
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
@@ -41,8 +43,10 @@ bool fxStr::xdr(fxTranscriber& t) {
         return t.xdr(&data, slength) != 0;
     }
 
-    // Dictionaries read into fresh memory, so what stood here before is neither
-    // looked at nor freed.
+    // Where the standard format is read, what stood here before is neither looked
+    // at nor freed: dictionaries read into fresh memory.
+    if (!t.transcribesSpareElements() && data != &emptyString)
+        std::free(data);
     slength = 1;
     data = &emptyString;
     unsigned int size = 0;

@@ -57,7 +57,7 @@ private:
     static const unsigned int newest = 0xFFFFFFFF;
 
     // A version that its byte cannot hold. The newest stands in front.
-    struct Great : fxInProgress<Great> {
+    struct __attribute__((visibility("hidden"))) Great : fxInProgress<Great> {
         Great(fxTranscriber& t, unsigned int v) : transcriber(t), version(v) {}
 
         fxTranscriber& transcriber;

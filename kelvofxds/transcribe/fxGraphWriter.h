@@ -18,8 +18,9 @@
 /// objects stay where they are.
 ///
 /// A root is written as a whole: data outside of writeObject is refused, and so is
-/// writeObject called by an xdr. After a failure the stream has a root that no
-/// reader takes; nothing more can be written, and lastError() says why.
+/// writeObject called by an xdr. When a root fails, lastError() says why. If the
+/// stream has some of it by then, nothing more can be written: no reader would get
+/// past that.
 ///
 /// Cost: O(1) a pointer, and the bytes. Depth costs no stack.
 class FX_EXPORT fxGraphWriter : public fxTranscriber {
@@ -29,8 +30,8 @@ public:
     explicit fxGraphWriter(fxStream* s);
     ~fxGraphWriter() override;
 
-    /// Why writing has failed, in one line; "" as long as it has not. Valid until
-    /// the writer is destroyed.
+    /// Why the last root failed, in one line; "" if it did not. Valid until the next
+    /// one.
     const char* lastError() const;
 
     /// Whether what a root has is known to the roots after it: what was written is

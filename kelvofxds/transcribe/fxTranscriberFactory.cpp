@@ -10,6 +10,7 @@
 #include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxBinaryWriter.h"
+#include "kelvofxds/transcribe/fxGraphReader.h"
 #include "kelvofxds/transcribe/fxStream.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 
@@ -80,7 +81,10 @@ fxTranscriber* makeBinaryReader(fxStream* stream, short shortMark, long longMark
 
 // Start-up.
 
-static void cons() { fxTranscriber::addTranscriber(fxBinaryFormat::writerName, makeBinaryReader); }
+static void cons() {
+    fxTranscriber::addTranscriber(fxBinaryFormat::writerName, makeBinaryReader);
+    fxTranscriber::addTranscriber(fxBinaryFormat::graphWriterName, makeGraphReader);
+}
 
 static fxOrderedGlobal* deps[] = {&fxOG_Init, nullptr};
 

@@ -55,7 +55,13 @@ public:
         return true;
     }
 
+    unsigned int length() const { return count; }
+    Work& operator[](unsigned int index) { return works[index]; }
+    const Work& operator[](unsigned int index) const { return works[index]; }
+
     void clear() { count = 0; }
+    /// Takes all off from `newCount` on.
+    void shorten(unsigned int newCount) { count = newCount; }
 
 private:
     static const unsigned int smallest = 64;

@@ -1,0 +1,478 @@
+#include "kelvofxds/transcribe/fxGraphReader.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/core/fxTypeObj.h"
+#include "kelvofxds/str/fxStackBuffer.h"
+#include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/transcribe/fxContentsInternal.h"
+#include "kelvofxds/transcribe/fxGraphRootInternal.h"
+
+using fxBinaryFormat::Order;
+
+namespace {
+const char readerName[] = "fxGraphReader";
+const unsigned int tooLong = 0xFFFFFFFF;
+
+// What is allocated on the mere word of a stream.
+const unsigned int firstStep = 64 * 1024;
+
+// Bytes of `n` elements; tooLong when they exceed a word.
+template <class Element>
+unsigned int bytesOf(unsigned int n) {
+    return n <= tooLong / sizeof(Element) ? n * static_cast<unsigned int>(sizeof(Element))
+                                          : tooLong;
+}
+
+template <class Rearrange>
+void forUnits(char* at, unsigned int n, unsigned int unit, Rearrange rearrange) {
+    for (; n >= unit; n -= unit, at += unit)
+        rearrange(at);
+}
+
+void convertShorts(Order order, char* at, unsigned int n) {
+    if (order == Order::bytesSwapped)
+        forUnits(at, n, 2, [](char* s) { std::swap(s[0], s[1]); });
+}
+
+void convertLongs(Order order, char* at, unsigned int n) {
+    switch (order) {
+        case Order::bytesSwapped:
+            convertShorts(order, at, n);
+            break;
+        case Order::halvesSwapped:
+            forUnits(at, n, 4, [](char* l) {
+                std::swap(l[0], l[2]);
+                std::swap(l[1], l[3]);
+            });
+            break;
+        case Order::reversed:
+            forUnits(at, n, 4, [](char* l) {
+                std::swap(l[0], l[3]);
+                std::swap(l[1], l[2]);
+            });
+            break;
+        case Order::same:
+        case Order::unknown:
+            break;
+    }
+}
+
+// A double lies as a writer's two longs would, the first of which is the high
+// one where the bytes of longs lie with the highest in front.
+void convertDoubles(Order order, char* at, unsigned int n) {
+    if (order == Order::same)
+        return;
+    convertLongs(order, at, n);
+    if (order == Order::reversed)
+        forUnits(at, n, 8, [](char* d) { std::swap_ranges(d, d + 4, d + 4); });
+}
+}  // namespace
+
+// Failure.
+
+bool fxGraphReader::Root::failWith(const char* format, std::va_list arguments) {
+    if (error[0] != '\0')
+        return false;
+    const int used =
+        std::snprintf(error, sizeof error, "offset %llu, record %u: ",
+                      static_cast<unsigned long long>(headerBytes + recordAt), records);
+    std::vsnprintf(error + used, sizeof error - static_cast<unsigned int>(used), format, arguments);
+    return false;
+}
+
+bool fxGraphReader::Root::fail(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    failWith(format, arguments);
+    va_end(arguments);
+    return false;
+}
+
+// Whether contents can be read now.
+inline bool fxGraphReader::Root::isOpen() { return isReading && error[0] == '\0'; }
+
+// Records.
+
+// Reads up to the next record that is not a type's.
+bool fxGraphReader::Root::nextRecord() {
+    do {
+        if (!endPayload() || !readRecord())
+            return false;
+    } while (tag == fxOT_Type);
+    return true;
+}
+
+// Everything of a record is read when the next one begins.
+bool fxGraphReader::Root::endPayload() {
+    if (unread == 0)
+        return true;
+    const char* const name = body != 0 ? find(body)->record->name : nullptr;
+    if (!name)
+        return fail("%u bytes follow that belong to nothing", unread);
+    return fail(isStandard ? "%u bytes are left that \"%.80s\" does not read (the spare capacity "
+                             "of an array; setMaxLength(0) before writing leaves it out)"
+                           : "%u bytes are left that \"%.80s\" does not read",
+                unread, name);
+}
+
+bool fxGraphReader::Root::readRecord() {
+    recordAt = source.count();
+    ++records;
+    unsigned char head;
+    return source.getHead(head) ? readHead(head) : failForEnd();
+}
+
+bool fxGraphReader::Root::readHead(unsigned char head) {
+    tag = fxBinaryFormat::tagOf(head);
+    if (tag >= (isStandard ? fxBinaryFormat::recordCount : fxBinaryFormat::graphTagCount))
+        return fail("there are no records of kind %u", tag);
+    if (tag == fxBinaryFormat::rootEndTag)
+        rootSum = source.sumBeforeHead();
+    const unsigned int lengthSize =
+        fxBinaryFormat::lengthBytes[fxBinaryFormat::lengthClassOf(head)];
+    const unsigned int n = fxBinaryFormat::graphWordsOf(tag);
+    const unsigned int size = lengthSize + n * fxBinaryFormat::wordBytes;
+    char bytes[32];  // at least mostHeadBytes
+    const char* at = source.ready(size);
+    if (!at) {
+        at = bytes;
+        if (!source.get(bytes, size))
+            return failForEnd();
+    }
+    unread = fxBinaryFormat::getLittle(at, lengthSize);
+    at += lengthSize;
+    for (unsigned int i = 0; i < n; ++i, at += fxBinaryFormat::wordBytes)
+        words[i] = fxBinaryFormat::getWord(at);
+    if (!isStandard && unread > fxBinaryFormat::mostGraphPayload)
+        return fail("its payload of %u bytes is too long", unread);
+    return isWithinLimits() && (tag != fxOT_Type || readType(words[0]));
+}
+
+bool fxGraphReader::Root::readName(fxStackBuffer& name) {
+    char c = 0;
+    do {
+        if (!source.get(&c, 1))
+            return failForEnd();
+        if (!name.tryAddc(c))
+            return failForMemory();
+    } while (c != '\0');
+    return true;
+}
+
+// A type's record: the number has been read. Each type has a number of its own.
+bool fxGraphReader::Root::readType(std::uint32_t number) {
+    fxStackBuffer name;
+    if (!readName(name))
+        return false;
+    fxTypeObj* record = fxTypeObj::findType(name.getBase());
+    if (!record)
+        return fail("type \"%.80s\" is not registered", name.getBase());
+    Type type = {record, record->version};
+    if (!isStandard) {
+        char version[sizeof type.version];
+        if (unread != sizeof version)
+            return fail("the version of type \"%.80s\" is missing", name.getBase());
+        if (!readPayload(version, sizeof version))
+            return false;
+        convertLongs(longs, version, sizeof version);
+        std::memcpy(&type.version, version, sizeof version);
+        if (type.version > record->version)
+            return fail("type \"%.80s\" has version %u; this program knows versions up to %u",
+                        name.getBase(), type.version, record->version);
+    }
+    return defineType(number, type);
+}
+
+// Data.
+
+// Goes on to the record in which data continues.
+bool fxGraphReader::Root::nextData() {
+    if (!nextRecord())
+        return false;
+    return tag == fxOT_Data ||
+           fail("a record \"%s\" comes where data should", tag < fxBinaryFormat::recordCount
+                                                               ? fxBinaryFormat::records[tag].name
+                                                               : "end of the root");
+}
+
+// Reads data that goes on in other records.
+bool fxGraphReader::Root::readData(char* to, unsigned int n) {
+    while (n != 0) {
+        if (unread == 0 && !nextData())
+            return false;
+        const unsigned int step = std::min(n, unread);
+        unread -= step;
+        if (!source.get(to, step))
+            return failForEnd();
+        to += step;
+        n -= step;
+    }
+    return true;
+}
+
+char* fxGraphBlock::allocate(bool isForString, unsigned int size) {
+    void* memory = isForString ? std::malloc(size) : ::operator new[](size, std::nothrow);
+    return static_cast<char*>(memory);
+}
+
+void fxGraphBlock::release(bool isForString, char* block) {
+    if (isForString)
+        std::free(block);
+    else
+        ::operator delete[](block);
+}
+
+void fxGraphReader::Root::convertBlock(unsigned char blockTag, char* block,
+                                       unsigned int size) const {
+    if (blockTag == fxOT_Shorts)
+        convertShorts(shorts, block, size);
+    else if (blockTag == fxOT_Longs || blockTag == fxOT_Floats)
+        convertLongs(longs, block, size);
+    else if (blockTag == fxOT_Doubles)
+        convertDoubles(longs, block, size);
+}
+
+// Memory with `n` bytes of data: it grows as they arrive. Null on failure.
+char* fxGraphReader::Root::readBuffer(unsigned int n, bool isForString) {
+    if (source.lacks(n)) {
+        failForEnd();
+        return nullptr;
+    }
+    unsigned int size = std::max(1U, std::min(n, firstStep));
+    char* block = fxGraphBlock::allocate(isForString, size);
+    unsigned int have = 0;
+    while (block) {
+        const unsigned int step = std::min(n, size) - have;
+        if (!readPayload(block + have, step)) {
+            fxGraphBlock::release(isForString, block);
+            return nullptr;
+        }
+        have += step;
+        if (have == n)
+            return block;
+        size = n / 2 < size ? n : size * 2;
+        char* const grown = fxGraphBlock::allocate(isForString, size);
+        if (grown)
+            std::memcpy(grown, block, have);
+        fxGraphBlock::release(isForString, block);
+        block = grown;
+    }
+    failForMemory();
+    return nullptr;
+}
+
+// The reader.
+
+fxGraphReader::fxGraphReader(fxStream* s, short shortMark, long longMark, const char* floatFormat)
+    : root(fxNew<Root>(*this)) {
+    reading = 1;
+    fxContents::setGraphs(*this);
+    holdStream(s);
+    Root& r = *root;
+    r.shorts =
+        fxBinaryFormat::orderOf(static_cast<unsigned short>(shortMark), fxBinaryFormat::shortMarks);
+    r.longs =
+        fxBinaryFormat::orderOf(static_cast<std::uint32_t>(longMark), fxBinaryFormat::longMarks);
+    r.headerBytes = sizeof fxBinaryFormat::graphWriterName + std::strlen(floatFormat) + 1 +
+                    sizeof shortMark + sizeof longMark;
+    if (r.shorts == Order::unknown || r.longs == Order::unknown)
+        std::snprintf(r.error, sizeof r.error, "the header has an unknown order of bytes");
+    else if (std::strcmp(floatFormat, fxBinaryFormat::floatFormat) != 0)
+        std::snprintf(r.error, sizeof r.error,
+                      "the header has an unknown format of floating-point numbers, \"%.80s\"",
+                      floatFormat);
+    r.isBroken = r.error[0] != '\0';
+}
+
+fxGraphReader::~fxGraphReader() { delete root; }
+
+fxTranscriber* fxGraphReader::forStandardStreams(fxStream* stream, short shortMark, long longMark,
+                                                 const char* floatFormat) {
+    auto* reader = fxTryNew<fxGraphReader>(stream, shortMark, longMark, floatFormat);
+    if (reader) {
+        reader->root->isStandard = true;
+        reader->root->headerBytes +=
+            sizeof fxBinaryFormat::writerName - sizeof fxBinaryFormat::graphWriterName;
+    }
+    return reader;
+}
+
+fxTranscriber* makeGraphReader(fxStream* stream, short shortMark, long longMark,
+                               const char* floatFormat) {
+    return fxTryNew<fxGraphReader>(stream, shortMark, longMark, floatFormat);
+}
+
+const char* fxGraphReader::className() const { return readerName; }
+
+const char* fxGraphReader::lastError() const { return root->error; }
+
+unsigned char fxGraphReader::atEnd() const { return root->isAtEnd; }
+
+void fxGraphReader::setLimits(unsigned int objects, unsigned int bytes) {
+    root->mostObjects = objects;
+    root->mostBytes = bytes;
+}
+
+void fxGraphReader::reset() {
+    if (!root->isReading)
+        root->forget();
+}
+
+unsigned char fxGraphReader::writeObject(void*, fxXDRObj*) { return 0; }
+
+void* fxGraphReader::readObject(fxTypeObj& type) { return root->read(type); }
+
+fxGraphReader* fxGraphReader::of(fxTranscriber& t) {
+    return fxContents::areGraphs(t) && t.isReading() ? static_cast<fxGraphReader*>(&t) : nullptr;
+}
+
+void fxGraphReader::checkNext(bool (*isRight)(fxXDRObj* object)) { root->nextIsRight = isRight; }
+
+unsigned char fxGraphReader::fail(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    root->failWith(format, arguments);
+    va_end(arguments);
+    return 0;
+}
+
+void fxGraphReader::freeOnFailure(void* block) {
+    // Without memory to note it, it is lost.
+    root->leftovers.push({block, nullptr});
+}
+
+// Elements in place.
+
+namespace {
+template <class Root>
+bool readElements(Root& root, void* elements, unsigned int bytes) {
+    return root.isOpen() && bytes != tooLong &&
+           root.readPayload(static_cast<char*>(elements), bytes);
+}
+}  // namespace
+
+unsigned char fxGraphReader::xdr(char* elements, unsigned int n) {
+    return readElements(*root, elements, n);
+}
+
+unsigned char fxGraphReader::xdr(unsigned char* elements, unsigned int n) {
+    return readElements(*root, elements, n);
+}
+
+unsigned char fxGraphReader::xdr(short* elements, unsigned int n) {
+    if (!readElements(*root, elements, bytesOf<short>(n)))
+        return 0;
+    convertShorts(root->shorts, reinterpret_cast<char*>(elements), bytesOf<short>(n));
+    return 1;
+}
+
+unsigned char fxGraphReader::xdr(unsigned short* elements, unsigned int n) {
+    return xdr(reinterpret_cast<short*>(elements), n);
+}
+
+unsigned char fxGraphReader::xdr(long* elements, unsigned int n) {
+    if (!readElements(*root, elements, bytesOf<long>(n)))
+        return 0;
+    if (root->longs != Order::same)
+        convertLongs(root->longs, reinterpret_cast<char*>(elements), bytesOf<long>(n));
+    return 1;
+}
+
+unsigned char fxGraphReader::xdr(unsigned long* elements, unsigned int n) {
+    return xdr(reinterpret_cast<long*>(elements), n);
+}
+
+unsigned char fxGraphReader::xdr(float* elements, unsigned int n) {
+    return xdr(reinterpret_cast<long*>(elements), n);
+}
+
+unsigned char fxGraphReader::xdr(double* elements, unsigned int n) {
+    if (!readElements(*root, elements, bytesOf<double>(n)))
+        return 0;
+    convertDoubles(root->longs, reinterpret_cast<char*>(elements), bytesOf<double>(n));
+    return 1;
+}
+
+unsigned char fxGraphReader::xdr(fxStr* strings, unsigned int n) {
+    for (unsigned int i = 0; i < n; ++i) {
+        if (!strings[i].xdr(*this))
+            return 0;
+    }
+    return 1;
+}
+
+// Pointers to blocks. The text of a string is in place, but not in standard
+// streams.
+
+unsigned char fxGraphReader::xdr(char** block, unsigned int n) {
+    Root& r = *root;
+    if (!r.isOpen())
+        return 0;
+    if (!isStringBuffer())
+        return r.point(block, fxOT_Bytes, n, false, false);
+    if (r.isStandard)
+        return r.point(block, fxOT_Bytes, n, true, true);
+    char* const text = r.readBuffer(n, true);
+    if (!text)
+        return 0;
+    if (n == 0 || text[n - 1] != '\0') {
+        std::free(text);
+        return r.fail("a string of %u bytes has no end", n);
+    }
+    *block = text;
+    return 1;
+}
+
+unsigned char fxGraphReader::xdr(unsigned char** block, unsigned int n) {
+    return root->isOpen() && root->point(block, fxOT_Bytes, n, false, false);
+}
+
+unsigned char fxGraphReader::xdr(short** block, unsigned int n) {
+    return root->isOpen() && root->point(block, fxOT_Shorts, bytesOf<short>(n), false, false);
+}
+
+unsigned char fxGraphReader::xdr(unsigned short** block, unsigned int n) {
+    return root->isOpen() && root->point(block, fxOT_Shorts, bytesOf<short>(n), false, false);
+}
+
+unsigned char fxGraphReader::xdr(long** block, unsigned int n) {
+    return root->isOpen() && root->point(block, fxOT_Longs, bytesOf<long>(n), false, false);
+}
+
+unsigned char fxGraphReader::xdr(unsigned long** block, unsigned int n) {
+    return root->isOpen() && root->point(block, fxOT_Longs, bytesOf<long>(n), false, false);
+}
+
+unsigned char fxGraphReader::xdr(float** block, unsigned int n) {
+    return root->isOpen() && root->point(block, fxOT_Floats, bytesOf<float>(n), false, false);
+}
+
+unsigned char fxGraphReader::xdr(double** block, unsigned int n) {
+    return root->isOpen() && root->point(block, fxOT_Doubles, bytesOf<double>(n), false, false);
+}
+
+unsigned char fxGraphReader::xdr(char** text) {
+    return root->isOpen() && root->point(text, fxOT_Bytes, 0, true, false);
+}
+
+unsigned char fxGraphReader::xdr(unsigned char** text) {
+    return root->isOpen() && root->point(text, fxOT_Bytes, 0, true, false);
+}
+
+// Objects.
+
+unsigned char fxGraphReader::xdr(void* field, fxXDRObj*, fxTypeObj& type, fxXDRObj*, void*) {
+    return root->isOpen() && root->pointToObject(field, type);
+}
+
+unsigned char fxGraphReader::xdr(fxTypeObj& type, void* previous, void* address) {
+    return previous == address || (root->isOpen() && root->embed(type, address));
+}
