@@ -30,12 +30,9 @@ bool haveOneName(const fxTypeObj& a, const fxTypeObj& b) {
 
 // Numbers. In graph streams they go up by one in the order in which they are met.
 
-fxGraphReader::Root::Thing* fxGraphReader::Root::find(std::uint32_t number) {
-    if (isStandard) {
-        const Place* place = places.find(number);
-        return place ? &things[place->thing - 1] : nullptr;
-    }
-    return number - 1 < things.length() ? &things[number - 1] : nullptr;
+fxGraphReader::Root::Thing* fxGraphReader::Root::findPlace(std::uint32_t number) {
+    const Place* place = places.find(number);
+    return place ? &things[place->thing - 1] : nullptr;
 }
 
 // The same for a thing of some kind; it is a failure if there is none.
@@ -73,8 +70,8 @@ fxGraphReader::Root::Thing* fxGraphReader::Root::newThing(std::uint32_t number, 
     return &things[things.length() - 1];
 }
 
-bool fxGraphReader::Root::isWithinLimits() {
-    return mostBytes == 0 || source.count() - rootAt + unread <= mostBytes ||
+bool fxGraphReader::Root::isWithinBytes() {
+    return source.count() - rootAt + unread <= mostBytes ||
            fail("the root has more than %u bytes", mostBytes);
 }
 
@@ -133,13 +130,11 @@ bool fxGraphReader::Root::isShared(fxTypeObj& type) {
 
 // Notes what the owner of a pointer expects. That decides between records of one
 // name, so all have to agree.
-bool fxGraphReader::Root::expect(Thing& thing, fxTypeObj& type) {
+bool fxGraphReader::Root::expectAnother(Thing& thing, fxTypeObj& type) {
     if (!thing.record) {
         thing.record = &type;
         return true;
     }
-    if (thing.record == &type)
-        return true;
     if (haveOneName(*thing.record, type))
         return fail("two classes called \"%.80s\" are expected of one object", type.name);
     if (!thing.isMade && isShared(type))
@@ -179,6 +174,7 @@ bool fxGraphReader::Root::point(void* field, unsigned char blockTag, unsigned in
         return fail("a record \"%s\" comes where a pointer to a block should", nameOf(tag));
     }
     Pointer pointer = {field, number, body, {size}, blockTag, false, isText};
+    areAsked = true;
     return pointers.push(pointer) || failForMemory();
 }
 
@@ -202,6 +198,7 @@ bool fxGraphReader::Root::pointToObject(void* field, fxTypeObj& type) {
         return false;
     Pointer pointer = {field, number, body, {0}, 0, reader.isCounted(), false};
     pointer.isRight = check;
+    areAsked = areAsked || check || pointer.isCounted;
     return pointers.push(pointer) || failForMemory();
 }
 
@@ -349,6 +346,7 @@ void* fxGraphReader::Root::read(fxTypeObj& type) {
     error[0] = '\0';
     isAtEnd = false;
     isReading = true;
+    areAsked = false;
     firstThing = things.length();
     awaited = 0;
     bool isDone;
@@ -446,11 +444,11 @@ bool fxGraphReader::Root::finish() {
         return fail("%u of the root's objects and blocks are missing", awaited);
     if (!areInPlace())
         return false;
-    for (unsigned int i = 0; i < pointers.length(); ++i) {
+    for (unsigned int i = 0; areAsked && i < pointers.length(); ++i) {
         if (!isGone(pointers[i]) && !canBeSet(pointers[i]))
             return false;
     }
-    for (unsigned int i = 0; i < pointers.length(); ++i) {
+    for (unsigned int i = 0; areAsked && i < pointers.length(); ++i) {
         if (!isGone(pointers[i]))
             set(pointers[i]);
     }

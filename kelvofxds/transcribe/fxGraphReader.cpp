@@ -101,10 +101,28 @@ inline bool fxGraphReader::Root::isOpen() { return isReading && error[0] == '\0'
 
 // Records.
 
+namespace {
+const unsigned int tagCount = fxBinaryFormat::graphTagCount;
+static_assert(tagCount == 16, "a table by tag");
+
+struct WordCounts {
+    unsigned char of[tagCount];
+};
+
+constexpr WordCounts makeWordCounts() {
+    WordCounts counts = {};
+    for (unsigned int tag = 0; tag < tagCount; ++tag)
+        counts.of[tag] = static_cast<unsigned char>(fxBinaryFormat::graphWordsOf(tag));
+    return counts;
+}
+
+constexpr WordCounts wordCounts = makeWordCounts();
+}  // namespace
+
 // Reads up to the next record that is not a type's.
 bool fxGraphReader::Root::nextRecord() {
     do {
-        if (!endPayload() || !readRecord())
+        if ((unread != 0 && !endPayload()) || !readRecord())
             return false;
     } while (tag == fxOT_Type);
     return true;
@@ -123,34 +141,56 @@ bool fxGraphReader::Root::endPayload() {
                 unread, name);
 }
 
-bool fxGraphReader::Root::readRecord() {
+inline bool fxGraphReader::Root::readRecord() {
     recordAt = source.count();
     ++records;
+    const char* at = source.peekHead(fxBinaryFormat::mostHeadBytes);
+    if (!at)
+        return readSlowly();
+    const unsigned char head = static_cast<unsigned char>(*at++);
+    const unsigned int n = fxBinaryFormat::lengthBytes[fxBinaryFormat::lengthClassOf(head)];
+    tag = fxBinaryFormat::tagOf(head);
+    unread = n == 0   ? 0
+             : n == 1 ? static_cast<unsigned char>(*at)
+                      : fxBinaryFormat::getLittle(at, n);
+    at += n;
+    // Words that are not the record's are not looked at.
+    words[0] = fxBinaryFormat::getWord(at);
+    words[1] = fxBinaryFormat::getWord(at + fxBinaryFormat::wordBytes);
+    words[2] = fxBinaryFormat::getWord(at + 2 * fxBinaryFormat::wordBytes);
+    if (tag < tagCount)
+        at += wordCounts.of[tag] * fxBinaryFormat::wordBytes;
+    if (tag == fxBinaryFormat::rootEndTag)
+        rootSum = source.sumBeforeHead();
+    source.skipTo(at);
+    return takeHead();
+}
+
+bool fxGraphReader::Root::readSlowly() {
     unsigned char head;
     return source.getHead(head) ? readHead(head) : failForEnd();
 }
 
+// Reads what follows a head byte.
 bool fxGraphReader::Root::readHead(unsigned char head) {
     tag = fxBinaryFormat::tagOf(head);
-    if (tag >= (isStandard ? fxBinaryFormat::recordCount : fxBinaryFormat::graphTagCount))
-        return fail("there are no records of kind %u", tag);
     if (tag == fxBinaryFormat::rootEndTag)
         rootSum = source.sumBeforeHead();
-    const unsigned int lengthSize =
-        fxBinaryFormat::lengthBytes[fxBinaryFormat::lengthClassOf(head)];
-    const unsigned int n = fxBinaryFormat::graphWordsOf(tag);
-    const unsigned int size = lengthSize + n * fxBinaryFormat::wordBytes;
-    char bytes[32];  // at least mostHeadBytes
-    const char* at = source.ready(size);
-    if (!at) {
-        at = bytes;
-        if (!source.get(bytes, size))
-            return failForEnd();
-    }
-    unread = fxBinaryFormat::getLittle(at, lengthSize);
-    at += lengthSize;
-    for (unsigned int i = 0; i < n; ++i, at += fxBinaryFormat::wordBytes)
-        words[i] = fxBinaryFormat::getWord(at);
+    const unsigned int n = fxBinaryFormat::lengthBytes[fxBinaryFormat::lengthClassOf(head)];
+    const unsigned int wordCount = tag < tagCount ? wordCounts.of[tag] : 0;
+    char bytes[fxBinaryFormat::mostHeadBytes];
+    if (!source.getMore(bytes, n + wordCount * fxBinaryFormat::wordBytes))
+        return failForEnd();
+    unread = fxBinaryFormat::getLittle(bytes, n);
+    for (unsigned int i = 0; i < wordCount; ++i)
+        words[i] = fxBinaryFormat::getWord(bytes + n + i * fxBinaryFormat::wordBytes);
+    return takeHead();
+}
+
+// Looks at a record of which all is read but text and payload.
+inline bool fxGraphReader::Root::takeHead() {
+    if (tag >= (isStandard ? fxBinaryFormat::recordCount : tagCount))
+        return fail("there are no records of kind %u", tag);
     if (!isStandard && unread > fxBinaryFormat::mostGraphPayload)
         return fail("its payload of %u bytes is too long", unread);
     return isWithinLimits() && (tag != fxOT_Type || readType(words[0]));

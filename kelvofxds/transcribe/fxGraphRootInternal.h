@@ -89,7 +89,9 @@ struct fxGraphReader::Root {
     bool isOpen();
     bool nextRecord();
     bool readRecord();
+    bool readSlowly();
     bool readHead(unsigned char head);
+    bool takeHead();
     bool readType(std::uint32_t number);
     bool readName(fxStackBuffer& name);
     bool readData(char* to, unsigned int n);
@@ -113,7 +115,12 @@ struct fxGraphReader::Root {
     bool readObject(std::uint32_t number, fxTypeObj& record, unsigned int version);
     bool readBlock(std::uint32_t number);
     Thing* newThing(std::uint32_t number, Kind kind);
-    Thing* find(std::uint32_t number);
+    Thing* find(std::uint32_t number) {
+        if (__builtin_expect(isStandard, false))
+            return findPlace(number);
+        return number - 1 < things.length() ? &things[number - 1] : nullptr;
+    }
+    Thing* findPlace(std::uint32_t number);
     Thing* find(std::uint32_t number, Kind kind);
     bool defineType(std::uint32_t number, const Type& type);
     bool point(void* field, unsigned char blockTag, unsigned int size, bool isText,
@@ -122,10 +129,14 @@ struct fxGraphReader::Root {
     bool embed(fxTypeObj& type, void* address);
     bool embedAt(std::uint32_t number, fxTypeObj& type, void* address);
     bool isEmbedded(std::uint32_t number, const void* address);
-    bool expect(Thing& thing, fxTypeObj& type);
+    bool expect(Thing& thing, fxTypeObj& type) {
+        return thing.record == &type || expectAnother(thing, type);
+    }
+    bool expectAnother(Thing& thing, fxTypeObj& type);
     bool isShared(fxTypeObj& type);
     bool versionOf(fxTypeObj& type, unsigned int& version);
-    bool isWithinLimits();
+    bool isWithinLimits() { return mostBytes == 0 || isWithinBytes(); }
+    bool isWithinBytes();
     bool finish();
     bool areInPlace();
     bool isGone(const Pointer& pointer);
@@ -157,6 +168,7 @@ struct fxGraphReader::Root {
     fxWorkList<Type> types;
     fxWorkList<Pointer> pointers;
     fxWorkList<Leftover> leftovers;
+    bool areAsked = false;        // some of them have conditions
     unsigned int firstThing = 0;  // index of the root's own
     unsigned int firstType = 0;
     unsigned int awaited = 0;  // things that pointers lead to and that are not made

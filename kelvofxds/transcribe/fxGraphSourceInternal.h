@@ -51,6 +51,27 @@ public:
         return true;
     }
 
+    /// The same, also where they do not lie ready in memory.
+    [[gnu::noinline]] bool getMore(char* to, unsigned int n) {
+        if (lacks(n))
+            return false;
+        for (;;) {
+            const unsigned int there = std::min(n, static_cast<unsigned int>(end - next));
+            fxCopyShort(to, next, there);
+            next += there;
+            to += there;
+            n -= there;
+            if (n == 0)
+                return true;
+            leaveWindow();
+            setWindow(nullptr, 0);
+            if (!isBuffered() || n >= direct)
+                return getDirectly(to, n);
+            if (!fillWindow())
+                return false;
+        }
+    }
+
     /// Takes `n` bytes that lie ready in memory; null, and nothing is taken, if
     /// they do not. They stay there until more is read.
     const char* ready(unsigned int n) {
@@ -64,6 +85,14 @@ public:
     /// Bytes read of all streams.
     std::uint64_t count() const { return passed + static_cast<std::size_t>(next - unsummed); }
 
+    /// The bytes at a head, if there are `n` of them ready in memory, else null;
+    /// none is taken. The sum before it may be asked for until more is read.
+    const char* peekHead(unsigned int n) {
+        headAt = next;
+        return n <= static_cast<std::size_t>(end - next) ? next : nullptr;
+    }
+    /// Takes the bytes up to `at`, from where peekHead has said.
+    void skipTo(const char* at) { next = at; }
     /// Reads a byte before which the sum may be asked for, until more is read.
     bool getHead(unsigned char& head) {
         headAt = next;
@@ -159,26 +188,6 @@ private:
         std::ungetc(c, file);
         openFile();
         return next != end;
-    }
-
-    [[gnu::noinline]] bool getMore(char* to, unsigned int n) {
-        if (memory)
-            return false;
-        for (;;) {
-            const unsigned int there = std::min(n, static_cast<unsigned int>(end - next));
-            fxCopyShort(to, next, there);
-            next += there;
-            to += there;
-            n -= there;
-            if (n == 0)
-                return true;
-            leaveWindow();
-            setWindow(nullptr, 0);
-            if (!isBuffered() || n >= direct)
-                return getDirectly(to, n);
-            if (!fillWindow())
-                return false;
-        }
     }
 
     // Whether its buffer can be seen.
