@@ -448,7 +448,7 @@ bool fxGraphReader::Root::finish() {
         if (!isGone(pointers[i]) && !canBeSet(pointers[i]))
             return false;
     }
-    for (unsigned int i = 0; areAsked && i < pointers.length(); ++i) {
+    for (unsigned int i = 0; i < pointers.length(); ++i) {
         if (!isGone(pointers[i]))
             set(pointers[i]);
     }

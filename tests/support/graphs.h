@@ -64,7 +64,8 @@ public:
     const char* className() const override { return "Person"; }
     fxTypeObj& getTypeObj() const override { return Person_type; }
     unsigned char xdr(fxTranscriber& t) override {
-        return t.xdr(&age, 1) && name.xdr(t) && t.xdr(&mother, mother, Person_type, this, nullptr) &&
+        return t.xdr(&age, 1) && name.xdr(t) &&
+               t.xdr(&mother, mother, Person_type, this, nullptr) &&
                t.xdr(&friends[0], friends[0], Person_type, this, nullptr) &&
                t.xdr(&friends[1], friends[1], Person_type, this, nullptr) &&
                t.xdr(Limb_type, nullptr, &arm) && t.xdr(&arms, arms, Limb_type, this, nullptr) &&
