@@ -141,7 +141,7 @@ bool fxGraphReader::Root::endPayload() {
                 unread, name);
 }
 
-inline bool fxGraphReader::Root::readRecord() {
+bool fxGraphReader::Root::readRecord() {
     recordAt = source.count();
     ++records;
     const char* at = source.peekHead(fxBinaryFormat::mostHeadBytes);
