@@ -7,7 +7,6 @@
 #include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxStrKeysInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
-#include "kelvofxds/transcribe/fxGraphReader.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 
 /// What doxdr of dictionaries and of sets does alike. A set has no values, and
@@ -88,18 +87,17 @@ private:
                    fxChains::push<C>(c, index, block, nullptr);
         }
 
-        // Of a key and a value of which nobody knows how far they were read, a graph
-        // reader ends nothing, but their strings are the library's own.
+        // Of a key and a value nobody knows how far they were read, but strings are
+        // the library's own.
         void giveUp(void* block, unsigned int read) {
-            fxGraphReader* const reader = fxGraphReader::of(t);
-            if (!reader || !block)
+            if (!block || t.transcribesSpareElements())
                 return;
             c.numItems = read;
             if (fxIndexing::isByText(c)) {
                 destroyEntry(c, block);
                 std::free(block);
             } else {
-                reader->freeOnFailure(block);
+                t.freeOnFailure(block);
             }
         }
     };

@@ -384,9 +384,8 @@ unsigned char fxGraphReader::fail(const char* format, ...) {
     return 0;
 }
 
-void fxGraphReader::freeOnFailure(void* block) {
-    // Without memory to note it, it is lost.
-    root->leftovers.push({block, nullptr});
+unsigned char fxGraphReader::takeCharge(void* block) {
+    return root->isReading && root->leftovers.push({block, nullptr});
 }
 
 // Elements in place.

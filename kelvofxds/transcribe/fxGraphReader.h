@@ -100,12 +100,11 @@ public:
     /// Fails the read, for the reason that the format and its arguments give, if
     /// nothing has failed it before; returns 0, for an xdr to return.
     unsigned char fail(const char* format, ...) __attribute__((format(printf, 2, 3)));
-    /// Frees `block`, from malloc, if the read fails, after all objects. For memory
-    /// that an xdr has begun to fill and cannot keep.
-    void freeOnFailure(void* block);
-
 private:
+    friend class fxTranscriber;
     struct Root;
+
+    unsigned char takeCharge(void* block);
 
     Root* root;  // owned
 };

@@ -3,6 +3,7 @@
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/str/fxStackBuffer.h"
 #include "kelvofxds/transcribe/fxContentsInternal.h"
+#include "kelvofxds/transcribe/fxGraphReader.h"
 #include "kelvofxds/transcribe/fxStream.h"
 
 fxTranscriber::fxTranscriber()
@@ -17,6 +18,11 @@ void fxTranscriber::holdStream(fxStream* s) {
     stream = s;
     if (stream)
         ++stream->count;
+}
+
+unsigned char fxTranscriber::freeOnFailure(void* block) {
+    fxGraphReader* const reader = fxGraphReader::of(*this);
+    return reader ? reader->takeCharge(block) : 0;
 }
 
 unsigned int fxTranscriber::objectVersion() const { return fxContents::versionOf(*this); }

@@ -122,6 +122,11 @@ public:
     /// Whether the object pointer that is being handed over is an fxRef's.
     bool isCounted() const { return (traits & counted) != 0; }
 
+    /// Gives `block`, from malloc, to a reader that releases what a failed read has
+    /// made, for memory that an xdr has begun to fill and cannot keep. Returns 0
+    /// where the caller still has it: only fxGraphReader takes it.
+    unsigned char freeOnFailure(void* block);
+
     /// int is transcribed as long, which has the same size.
     virtual unsigned char xdr(int* elements, unsigned int n);
     virtual unsigned char xdr(unsigned int* elements, unsigned int n);

@@ -22,6 +22,7 @@
 #include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxBinaryWriter.h"
+#include "tests/support/graphs.h"
 #include "tests/support/memoryStream.h"
 #include "tests/support/streamBytes.h"
 
@@ -55,7 +56,15 @@ std::vector<std::string> dumps() {
 }
 
 // The dumps' places in the document.
-enum { littleGlossary, bigGlossary, pairWritten, pairReadable, dumpCount };
+enum {
+    littleGlossary,
+    bigGlossary,
+    pairWritten,
+    pairReadable,
+    littleGraph,
+    bigGraph,
+    dumpCount
+};
 
 class Glossary : public fxXDRObj {
 public:
@@ -102,6 +111,28 @@ public:
 fxTypeObj pairType("Pair", 1, Pair::newInstance, Pair::deleteInstance, Pair::xdr);
 
 fxTypeObj& Pair::getTypeObj() const { return pairType; }
+
+class LinkedGlossary : public Glossary {
+public:
+    LinkedGlossary() : Glossary(3) {}
+    unsigned char xdr(fxTranscriber& t) override {
+        return Glossary::xdr(t) && t.xdr(&next, next, getTypeObj(), this, nullptr);
+    }
+    fxTypeObj& getTypeObj() const override;
+
+    static void* newInstance(fxTypeObj&) { return new LinkedGlossary; }
+    static void deleteInstance(void* object) { delete static_cast<LinkedGlossary*>(object); }
+    static unsigned char xdr(void* object, fxTranscriber& t) {
+        return static_cast<LinkedGlossary*>(object)->xdr(t);
+    }
+
+    LinkedGlossary* next = nullptr;
+};
+
+fxTypeObj linkedType("Glossary", 2, LinkedGlossary::newInstance, LinkedGlossary::deleteInstance,
+                     LinkedGlossary::xdr);
+
+fxTypeObj& LinkedGlossary::getTypeObj() const { return linkedType; }
 
 bool hostIsLittle() { return host<short>(1) == hex("01 00"); }
 }  // namespace
@@ -322,4 +353,28 @@ TEST(streamFormatDoc, setsAndStringArraysAreLaidOutAsTold) {
     EXPECT_EQ(dump(hex("40 0a") + host(24) + host<short>(8) + host(2) + hex("43 08") + pointer(1) +
                    host(1) + host(2) + hex("03") + pointer(2)),
               contents(array));
+}
+
+TEST(streamFormatDoc, aGraphIsWrittenAsShownAndReadFromHostsOfEitherOrder) {
+    const std::vector<std::string> found = dumps();
+    ASSERT_EQ(static_cast<std::size_t>(dumpCount), found.size());
+    LinkedGlossary glossary;
+    glossary.edition = 7;
+    glossary.words.add("A", "");
+    glossary.words.add("B", "x");
+    for (const short page : {short(1), short(258)})
+        glossary.pages.append(&page);
+    glossary.next = &glossary;
+    EXPECT_EQ(dump(found[hostIsLittle() ? littleGraph : bigGraph]), dump(graphStreamOf(glossary)));
+
+    for (const std::string& bytes : {found[littleGraph], found[bigGraph]}) {
+        SCOPED_TRACE(dump(bytes));
+        const GraphRead read = readGraph(bytes, linkedType);
+        ASSERT_EQ("", read.error);
+        const std::unique_ptr<LinkedGlossary> copy(static_cast<LinkedGlossary*>(read.object));
+        EXPECT_EQ(7u, copy->edition);
+        EXPECT_STREQ("x", copy->words.find("B")->c_str());
+        EXPECT_EQ(258, copy->pages[1]);
+        EXPECT_EQ(copy.get(), copy->next);
+    }
 }
