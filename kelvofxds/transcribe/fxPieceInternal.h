@@ -89,8 +89,9 @@ private:
     [[gnu::noinline]] unsigned char handOverUsed() {
         const unsigned int n = used;
         used = 0;  // what others have collected for the stream before goes first
-        const std::size_t taken =
-            Collecting::handOverTo(stream) ? ::fwrite_unlocked(bytes, 1, n, fxOwnFile(stream)) : 0;
+        const unsigned char isNext = Collecting::handOverTo(stream);
+        std::FILE* const file = fxOwnFile(stream);  // null once it has been closed
+        const std::size_t taken = isNext && file ? ::fwrite_unlocked(bytes, 1, n, file) : 0;
         used = n - static_cast<unsigned int>(taken);
         if (used == 0)
             return 1;

@@ -1,8 +1,10 @@
 #include "kelvofxds/transcribe/fxStdioStream.h"
 
 #include <fcntl.h>
+#include <stdio_ext.h>
 #include <unistd.h>
 
+#include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTableOfInternal.h"
 #include "kelvofxds/transcribe/fxPieceInternal.h"
 #include "kelvofxds/transcribe/fxStdioStreamInternal.h"
@@ -64,6 +66,14 @@ fxStdioStream::fxStdioStream(int fd, fxStreamType streamType)
 fxStdioStream::fxStdioStream(std::FILE* stream, fxStreamType streamType)
     : fp(stream), type(streamType), error(stream == nullptr), eof(0) {}
 
+fxStdioStream* fxStdioStream::createFile(const char* path, unsigned int mode) {
+    const int fd = ::open64(path, O_WRONLY | O_CREAT | O_TRUNC, static_cast<mode_t>(mode));
+    fxStdioStream* made = fxNew<fxStdioStream>(fd, writeStream);
+    if (!made->fp && fd >= 0)
+        ::close(fd);
+    return made;
+}
+
 fxStdioStream::~fxStdioStream() {
     if (!fp)
         return;
@@ -75,6 +85,26 @@ void fxStdioStream::wrap(int fd) {
     const char* mode = stdioMode(type);
     fp = mode ? ::fdopen(fd, mode) : nullptr;
     error = fp == nullptr;
+}
+
+unsigned char fxStdioStream::flush() {
+    if (!fp)
+        return 0;
+    const unsigned char isHandedOver = fxPiece::Collecting::handOverTo(this);
+    // Of a stream that was read last there is nothing to be lost.
+    const bool isFlushed = std::fflush(fp) == 0 || !::__fwriting(fp);
+    // What the system has not taken is gone from the buffer; the flag remembers it.
+    return isHandedOver && isFlushed && !::ferror_unlocked(fp);
+}
+
+unsigned char fxStdioStream::close() {
+    if (!fp)
+        return 0;
+    const unsigned char isFlushed = flush();
+    std::FILE* const closing = fp;
+    fp = nullptr;
+    error = 1;
+    return std::fclose(closing) == 0 && isFlushed;
 }
 
 unsigned char fxStdioStream::hasError() { return error; }

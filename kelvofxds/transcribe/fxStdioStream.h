@@ -15,6 +15,23 @@ std::FILE* fxOwnFile(const fxStream* stream);
 /// stream from one thread. A stream that could not be opened has its error
 /// flag set, and every get and put on it fails. Between reading and writing on
 /// one stream the C rules hold: the caller flushes or seeks.
+///
+/// A put that returned 1 may be lost later. What is put waits in the buffer, so a
+/// full disk shows only when that goes to the system: in a later put, in flush()
+/// or in close(); some file systems tell it in close() alone. The destructor has
+/// nobody to tell. So whoever writes holds the stream and closes it himself:
+///
+///     fxStdioStream* file = fxStdioStream::createFile("capitals");
+///     ++file->count;
+///     fxTranscriber* writer = fxTranscriber::getWriter(file);
+///     bool isSaved = writer && writer->writeObject(&capitals, &capitals);
+///     delete writer;
+///     isSaved = file->close() && isSaved;
+///     if (--file->count == 0)
+///         delete file;
+///
+/// The old content is lost then whatever comes of it. fxSaveFile keeps it until the
+/// new one is on the disk.
 class FX_EXPORT fxStdioStream : public fxStream {
 public:
     /// Opens `path`: type 0 for reading, 1 for writing, 2 for both. A file
@@ -28,8 +45,22 @@ public:
     fxStdioStream(int fd, fxStreamType type);
     /// Takes over `fp`; null sets the error flag.
     fxStdioStream(std::FILE* fp, fxStreamType type);
+    /// Opens `path` for writing: a file that is there loses its content, another
+    /// is made with the permission bits `mode` (less the process's umask). Returns a
+    /// new stream without holders, with its error flag set where that failed; never
+    /// null.
+    static fxStdioStream* createFile(const char* path, unsigned int mode = 0666);
     /// Flushes and closes.
     ~fxStdioStream() override;
+
+    /// Gives the system, though not yet the disk, what has been put, also by a
+    /// writer that is at work. Returns 0 when something put, now or before, could
+    /// not be given to it, when it has failed a read, and without an open stream.
+    unsigned char flush();
+    /// Flushes and closes: without an open stream every get and put fails from now
+    /// on, and hasError() is 1. Returns 0 as flush() does, and when closing fails.
+    /// Requires: no reader is in the middle of an object on it.
+    unsigned char close();
 
     unsigned char hasError() override;  ///< 1 when there is no open stream.
     /// Deliberate: always 0, also after a read has failed at the end.
