@@ -1,8 +1,11 @@
 #include "kelvofxds/transcribe/fxMemoryStream.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+
+#include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
 const unsigned int mostBytes = 0x7FFFFFFF;
@@ -43,8 +46,12 @@ bool fxMemoryStream::grow(unsigned int n) {
         return false;
     const unsigned int wanted = used + n;
     const unsigned int more = room <= mostBytes - room / 2 ? room + room / 2 : mostBytes;
-    const unsigned int next = std::max(std::max(wanted, more), firstRoom);
+    unsigned int next = std::max(std::max(wanted, more), firstRoom);
     char* grown = static_cast<char*>(std::realloc(block, next));
+    if (!grown && next != wanted) {
+        next = wanted;  // there may still be memory for what is asked for
+        grown = static_cast<char*>(std::realloc(block, next));
+    }
     if (!grown)
         return false;
     bytes = block = grown;
@@ -67,10 +74,19 @@ unsigned char fxMemoryStream::put(const Item* items, unsigned int n) {
     if (n > mostBytes / sizeof(Item))
         return 0;
     const unsigned int size = n * static_cast<unsigned int>(sizeof(Item));
-    if (!isOwn || (size > room - used && !grow(size)))
+    if (!isOwn)
         return 0;
+    const void* from = items;
+    if (size > room - used) {
+        const bool isOfBlock = fxPointsInto(items, block, used);
+        const std::ptrdiff_t offset = isOfBlock ? reinterpret_cast<const char*>(items) - block : 0;
+        if (!grow(size))
+            return 0;
+        if (isOfBlock)
+            from = block + offset;
+    }
     if (size != 0)
-        std::memcpy(block + used, items, size);
+        std::memcpy(block + used, from, size);
     used += size;
     return 1;
 }

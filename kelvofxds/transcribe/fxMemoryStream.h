@@ -9,8 +9,9 @@
 ///
 /// Reading begins at the first byte, whatever has been put meanwhile; a get that
 /// asks for more than is left returns 0, transfers nothing and leaves the place.
-/// Putting is amortised O(bytes); where memory for it is refused, or all would be
-/// 2 GB or more, it returns 0 and nothing has changed.
+/// What is put may be some of the stream's own bytes. Putting is amortised
+/// O(bytes); where memory for it is refused, or all would be 2 GB or more, it
+/// returns 0 and nothing has changed. Into others' bytes every put returns 0.
 class FX_EXPORT fxMemoryStream : public fxStream {
 public:
     /// An empty block of its own.
@@ -30,7 +31,7 @@ public:
     unsigned int position() const { return place; }
     /// Lets reading begin at the first byte again.
     void rewind() { place = 0; }
-    /// Forgets all bytes; the block stays for others.
+    /// Forgets all bytes; a block of its own stays for what is put next.
     void clear();
 
     unsigned char hasError() override;  ///< Always 0.
