@@ -142,7 +142,7 @@ private:
     }
 
     bool makeRoom(fxStream& stream, unsigned int n) {
-        return n <= size - used - 2 * slack || handOver(stream);
+        return used + n + 2 * slack <= size || handOver(stream);
     }
 
     bool put(fxStream& stream, const char* from, unsigned int n) {
