@@ -1,0 +1,66 @@
+// The checksum of graph streams, against known values and a slow one.
+
+#include "kelvofxds/transcribe/fxChecksumInternal.h"
+
+#include <cstdint>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/streamBytes.h"
+
+namespace {
+std::uint32_t sumOf(const std::string& bytes) {
+    fxChecksum sum;
+    sum.add(bytes.data(), bytes.size());
+    return sum.value();
+}
+
+// Bit by bit, as the definition says.
+std::uint32_t slowSumOf(const std::string& bytes) {
+    std::uint32_t sum = 0xFFFFFFFF;
+    for (const char c : bytes) {
+        sum ^= static_cast<unsigned char>(c);
+        for (int bit = 0; bit < 8; ++bit)
+            sum = sum & 1 ? sum >> 1 ^ 0x82F63B78 : sum >> 1;
+    }
+    return ~sum;
+}
+
+std::string ascending(unsigned int n) {
+    std::string bytes;
+    for (unsigned int i = 0; i < n; ++i)
+        bytes += static_cast<char>(i);
+    return bytes;
+}
+}  // namespace
+
+TEST(fxChecksum, hasTheKnownValues) {
+    EXPECT_EQ(0u, sumOf(""));
+    EXPECT_EQ(0xE3069283u, sumOf("123456789"));
+    EXPECT_EQ(0x8A9136AAu, sumOf(std::string(32, '\0')));
+    EXPECT_EQ(0x62A8AB43u, sumOf(std::string(32, '\xFF')));
+    EXPECT_EQ(0x46DD794Eu, sumOf(ascending(32)));
+}
+
+TEST(fxChecksum, agreesWithTheDefinitionAtEveryLengthAndAlignment) {
+    const std::string bytes = run(300);
+    for (unsigned int from = 0; from < 9; ++from) {
+        for (unsigned int n = 0; n < 100; ++n) {
+            fxChecksum sum;
+            sum.add(bytes.data() + from, n);
+            ASSERT_EQ(slowSumOf(bytes.substr(from, n)), sum.value()) << n << " from " << from;
+        }
+    }
+}
+
+TEST(fxChecksum, isTheSameInWhateverPieces) {
+    const std::string bytes = run(64);
+    for (unsigned int first = 0; first <= 64; ++first) {
+        fxChecksum sum;
+        sum.add(bytes.data(), first);
+        EXPECT_EQ(slowSumOf(bytes.substr(0, first)), sum.value());
+        sum.add(bytes.data() + first, bytes.size() - first);
+        EXPECT_EQ(slowSumOf(bytes), sum.value());
+    }
+}
