@@ -1,5 +1,7 @@
 // graphRules.cpp - the rules of graph streams.
 
+#include <algorithm>
+
 #include "tools/fxdump/rules.h"
 #include "tools/fxdump/text.h"
 
@@ -29,12 +31,12 @@ private:
     std::string embedded(const Record& record);
     std::string rootEnd(const Record& record);
     std::string rootIsReference(const Record& record);
-    std::string newNumber(std::uint32_t number, bool isType);
+    std::string newNumber(const Record& record);
 
     const ByteOrder order;
-    std::uint32_t last = 0;  // number given
-    std::uint32_t gap = 0;   // number that has been left out and comes next; 0 for none
-    bool goesOn = false;     // with the numbers of the root before
+    std::uint32_t last = 0;    // number given
+    std::uint32_t before = 0;  // the last number of the roots before
+    bool goesOn = false;       // with the numbers of the root before
     bool hasRoot = false;
     bool isOver = false;  // nothing but its end may come
     Inside inside = Inside::nothing;
@@ -49,7 +51,7 @@ void GraphRules::beginRoot(const Record& record) {
         numbers.clear();
         last = 0;
     }
-    gap = 0;
+    before = last;
     hasRoot = false;
     isOver = false;
     inside = Inside::nothing;
@@ -106,19 +108,14 @@ std::string GraphRules::inRoot(const Record& record) {
     }
 }
 
-// Numbers go up by one. Only a type may come ahead of what it is the type of, which
-// has been met before and takes the number that was left out.
-std::string GraphRules::newNumber(std::uint32_t number, bool isType) {
-    if (gap != 0 && number == gap) {
-        gap = 0;
-        return "";
-    }
-    if (isType && gap == 0 && number == last + 2)
-        gap = last + 1;
-    else if (number != last + 1)
-        return numberText(number) + " where " + std::to_string(gap != 0 ? gap : last + 1) +
-               " comes next";
-    last = number;
+// Numbers go up by one. The root's own comes behind its type's, but was given first.
+std::string GraphRules::newNumber(const Record& record) {
+    const std::uint32_t next = hasRoot                  ? last + 1
+                               : record.is(fxOT_Object) ? before + 1
+                                                        : std::max(last + 1, before + 2);
+    if (record.number() != next)
+        return numberText(record.number()) + " where " + std::to_string(next) + " comes next";
+    last = std::max(last, next);
     return "";
 }
 
@@ -126,7 +123,7 @@ std::string GraphRules::type(const Record& record) {
     if (record.payload != fxBinaryFormat::wordBytes)
         return "a type has a payload of 4 bytes, its version, not of " +
                std::to_string(record.payload);
-    const std::string wrong = newNumber(record.number(), true);
+    const std::string wrong = newNumber(record);
     if (!wrong.empty())
         return wrong;
     typeNumber = record.number();
@@ -142,7 +139,7 @@ std::string GraphRules::object(const Record& record) {
     if (hasRoot && known.thing != Thing::awaitedObject)
         return "no pointer to an object has " + numberText(record.number());
     if (!hasRoot) {
-        const std::string wrong = newNumber(record.number(), false);
+        const std::string wrong = newNumber(record);
         if (!wrong.empty())
             return wrong;
     }
@@ -162,11 +159,11 @@ std::string GraphRules::block(const Record& record) {
     if (!cut.empty())
         return cut;
     inside = Inside::block;
-    return blockBody(record);
+    return blockBody(record, BlockSize::mayBeGreater);
 }
 
 std::string GraphRules::pointer(const Record& record) {
-    const std::string wrong = newNumber(record.number(), false);
+    const std::string wrong = newNumber(record);
     if (!wrong.empty())
         return wrong;
     return record.is(fxOT_Block)
@@ -179,20 +176,23 @@ std::string GraphRules::oldPointer(const Record& record) {
     const bool isBlock = thing == Thing::awaitedBlock || thing == Thing::block;
     const bool isObject =
         thing == Thing::awaitedObject || thing == Thing::object || thing == Thing::embedded;
+    if (record.is(fxOT_OldEmbedded) && thing != Thing::embedded)
+        return numberText(record.number()) + " is no embedded object's";
     if (record.is(fxOT_OldBlock))
         return isBlock ? "" : numberText(record.number()) + " is no block's";
     return isObject ? "" : numberText(record.number()) + " is no object's";
 }
 
-// It may take the place of an object that has come, or of one that is awaited.
+// It may take the place of an object that has come, by itself or in another one, or
+// that is awaited.
 std::string GraphRules::embedded(const Record& record) {
     const Thing thing = numbers.find(record.number()).thing;
-    if (thing != Thing::awaitedObject && thing != Thing::object) {
-        const std::string wrong = newNumber(record.number(), false);
-        if (!wrong.empty())
-            return wrong;
-    }
-    return enter(record.number(), Thing::embedded);
+    const bool isKnown =
+        thing == Thing::awaitedObject || thing == Thing::object || thing == Thing::embedded;
+    if (isKnown && record.number() <= before)
+        return numberText(record.number()) + " is that of an earlier root";
+    const std::string wrong = isKnown ? "" : newNumber(record);
+    return wrong.empty() ? enter(record.number(), Thing::embedded) : wrong;
 }
 
 std::string GraphRules::rootIsReference(const Record& record) {
@@ -216,7 +216,7 @@ std::string GraphRules::rootEnd(const Record& record) {
         return "the root has no object";
     if (numbers.awaited() != 0)
         return "the body of " + numberText(numbers.anAwaited()) + " is missing";
-    return gap == 0 ? "" : numberText(gap) + " has been left out";
+    return "";
 }
 
 std::string GraphRules::payload(const char* bytes, std::size_t n) {

@@ -80,7 +80,10 @@ int run(int argc, char** argv) {
         std::puts("fxdump " KELVOFXDS_VERSION);
     else
         return showAll(options);
-    return std::fflush(stdout) == 0 ? fxdump::isSound : fxdump::isTrouble;
+    if (std::fflush(stdout) == 0)
+        return fxdump::isSound;
+    complain(std::string("standard output: ") + std::strerror(errno));
+    return fxdump::isTrouble;
 }
 }  // namespace
 

@@ -30,16 +30,17 @@ std::string Rules::enter(std::uint32_t number, Thing thing, std::uint32_t extra)
     return numbers.set(number, entry) ? "" : "there are more numbers than can be checked";
 }
 
-std::string Rules::blockBody(const Record& record, bool mayComeEarly) {
+std::string Rules::blockBody(const Record& record, BlockSize allowed) {
     const NumberTable::Entry known = numbers.find(record.number());
     blockNumber = record.number();
     blockSize = record.wordOf(Word::size);
     blockLeft = blockSize;
     inBlock = true;
-    const bool isEarly = mayComeEarly && known.thing == Thing::nothing;
+    const bool isEarly = allowed == BlockSize::needsNoPointer && known.thing == Thing::nothing;
     if (known.thing != Thing::awaitedBlock && !isEarly)
         return "no pointer to a block has " + numberText(blockNumber);
-    if (known.extra != blockSize && !isEarly)
+    const bool isGreater = allowed == BlockSize::mayBeGreater && blockSize > known.extra;
+    if (known.extra != blockSize && !isEarly && !isGreater)
         return "the block has " + counted(blockSize, "byte") + ", but its pointer says " +
                std::to_string(known.extra);
     const std::uint32_t element = elementSize(record.tag);

@@ -29,9 +29,15 @@ protected:
     using Word = fxBinaryFormat::Word;
 
     std::string enter(std::uint32_t number, Thing thing, std::uint32_t extra = 0);
-    /// Begins the body of a block. Its number is awaited, unless bodies may come
-    /// before their pointers.
-    std::string blockBody(const Record& record, bool mayComeEarly = false);
+    /// How the body of a block may be, compared with its pointer.
+    enum class BlockSize : unsigned char {
+        isThePointers,
+        mayBeGreater,    ///< Where a later pointer says so.
+        needsNoPointer,  ///< The body may come before.
+    };
+
+    /// Begins the body of a block.
+    std::string blockBody(const Record& record, BlockSize allowed);
     std::string blockData(std::size_t n);
     /// Nothing more comes for the block, if there is one.
     std::string blockEnd();

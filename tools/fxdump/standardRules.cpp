@@ -62,7 +62,8 @@ std::string StandardRules::follow(const Record& record) {
         return "a block has no pointers";
     }
     if (record.isBlockBody())
-        return blockBody(record, readerWords);
+        return blockBody(record,
+                         readerWords ? BlockSize::needsNoPointer : BlockSize::isThePointers);
     if (record.is(fxOT_Data) && record.payload == 0 && !readerWords)
         return "the writer makes no empty records of data; if it was made for the standard "
                "reader, try --reader-words";
