@@ -17,6 +17,7 @@
 #include "kelvofxds/core/fxOrderedGlobal.h"
 #include "kelvofxds/core/fxPlatform.h"
 #include "kelvofxds/core/fxRCObj.h"
+#include "kelvofxds/core/fxRef.h"
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/core/fxVersion.h"
