@@ -3,6 +3,7 @@
 
 #include "kelvofxds/containers/fxArray.h"
 #include "kelvofxds/containers/fxArrayFamily.h"
+#include "kelvofxds/containers/fxArrayOf.h"
 #include "kelvofxds/containers/fxBoundingBox.h"
 #include "kelvofxds/containers/fxDictionary.h"
 #include "kelvofxds/containers/fxSet.h"
@@ -20,6 +21,7 @@
 #include "kelvofxds/core/fxRef.h"
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/core/fxTypeObj.h"
+#include "kelvofxds/core/fxTypeOf.h"
 #include "kelvofxds/core/fxVersion.h"
 #include "kelvofxds/core/fxXDRObj.h"
 #include "kelvofxds/lists/GenericList.h"
@@ -60,6 +62,7 @@
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "kelvofxds/transcribe/fxStream.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
+#include "kelvofxds/transcribe/fxXDRMembers.h"
 #include "kelvofxds/values/fxConverter.h"
 #include "kelvofxds/values/fxData.h"
 #include "kelvofxds/values/fxProperty.h"
