@@ -31,7 +31,7 @@ public:
         return number.xdr(t) && t.xdr(&kind, 1);
     }
 
-    fxStr number = "none";
+    fxStr number;
     short kind = 0;
     unsigned int versionSeen = 0;
 
@@ -78,7 +78,7 @@ public:
         return static_cast<Owner*>(object)->xdr(t);
     }
 
-    fxStr before = "before";
+    fxStr before;
     fxArrayOf<Element> elements;
     int after = 0;
 };
@@ -215,7 +215,7 @@ TEST_F(fxArrayOfXDR, elementsWithAnXdrComeBack) {
     EXPECT_STREQ("0815", copy->elements[0].number.c_str());
     EXPECT_EQ(3, copy->elements[0].kind);
     EXPECT_STREQ("", copy->elements[1].number.c_str());
-    EXPECT_STREQ("none", copy->elements[2].number.c_str());
+    EXPECT_STREQ("", copy->elements[2].number.c_str());
     EXPECT_EQ(2u, copy->elements[0].versionSeen) << "that of the owner";
     EXPECT_EQ(copy->elements.getLen(), copy->elements.getMaxLen());
 }

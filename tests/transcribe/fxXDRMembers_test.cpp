@@ -26,7 +26,7 @@ class MacroNode : public fxXDRObj {
     ~MacroNode() override { --alive; }
 
     int value = 0;
-    fxStr text = "a text of its own";
+    fxStr text;
     MacroNode* left = nullptr;
     MacroNode* right = nullptr;
     unsigned int versionSeen = 77;
@@ -60,6 +60,7 @@ class MacroHolder : public fxXDRObj {
     MacroHolder() { ++alive; }
     ~MacroHolder() override { --alive; }
 
+    fxStr text = "a text that every new one has";
     fxRef<MacroNode> first;
     fxRef<const MacroNode> second;
     fxRef<MacroHolder> next;
@@ -70,7 +71,7 @@ int MacroHolder::alive = 0;
 FX_DEFINE_XDR(MacroHolder, "MacroHolder", 1)
 
 unsigned char MacroHolder::xdr(fxTranscriber& t) {
-    return fxXdrRef(t, first) && fxXdrRef(t, second) && fxXdrRef(t, next);
+    return text.xdr(t) && fxXdrRef(t, first) && fxXdrRef(t, second) && fxXdrRef(t, next);
 }
 
 // Written with any object as its target, read back as a class with another pointer.
@@ -236,6 +237,7 @@ TEST_F(fxXDRMembers, objectVersionIsTheClasssOwnOnTheStandardPair) {
     stream.count = 1;
     MacroNode node;
     node.value = 9;
+    node.text = "a text of its own";
     {
         fxBinaryWriter writer(&stream);
         ASSERT_EQ(1, writer.writeObject(&node, &node));
