@@ -53,6 +53,14 @@ private:
         return false;
     }
     template <class U>
+    static constexpr bool isComplete(decltype(sizeof(U))) {
+        return true;
+    }
+    template <class U>
+    static constexpr bool isComplete(...) {
+        return false;
+    }
+    template <class U>
     static constexpr Kind kindOf(fxRef<U>*) {
         return asRef;
     }
@@ -63,7 +71,7 @@ private:
     template <class U>
     static constexpr Kind kindOf(U** /*unused*/) {
         if constexpr (std::is_class_v<U>) {
-            static_assert(sizeof(U) != 0,
+            static_assert(isComplete<U>(0),
                           "fxArrayOf: the class that the elements point to has to be complete "
                           "here; fxVoidPtrArray holds any pointers");
             return std::is_base_of_v<fxXDRObj, U> ? asPointer : cannotBe;
