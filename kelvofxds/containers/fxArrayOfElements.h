@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -58,34 +59,21 @@ public:
     }
     /// Elements are T(): numbers are 0.
     void createElements(void* at, unsigned int bytes) override {
-        T* const first = static_cast<T*>(at);
-        for (unsigned int i = 0; i < bytes / elementSize; ++i)
-            ::new (static_cast<void*>(first + i)) T();
+        std::uninitialized_value_construct_n(static_cast<T*>(at), bytes / elementSize);
     }
     void destroyElements(void* at, unsigned int bytes) override {
-        if constexpr (!std::is_trivially_destructible_v<T>) {
-            T* const first = static_cast<T*>(at);
-            for (unsigned int i = 0; i < bytes / elementSize; ++i)
-                first[i].~T();
-        }
+        std::destroy_n(static_cast<T*>(at), bytes / elementSize);
     }
     void copyElements(const void* from, void* to, unsigned int bytes) const override {
-        if constexpr (std::is_trivially_copyable_v<T>) {
+        const T* const source = static_cast<const T*>(from);
+        T* const target = static_cast<T*>(to);
+        const unsigned int n = bytes / elementSize;
+        if constexpr (std::is_trivially_copyable_v<T>)
             fxArray::copyElements(from, to, bytes);
-        } else {
-            const T* const source = static_cast<const T*>(from);
-            T* const target = static_cast<T*>(to);
-            const unsigned int n = bytes / elementSize;
-            for (unsigned int i = 0; i < n; ++i) {
-                const unsigned int next = target > source ? n - 1 - i : i;
-                if (target != source) {
-                    ::new (static_cast<void*>(target + next)) T(source[next]);
-                } else {
-                    T copy(source[next]);  // what was copied by bytes becomes its own
-                    ::new (static_cast<void*>(target + next)) T(std::move(copy));
-                }
-            }
-        }
+        else if (target + n <= source || source + n <= target)
+            std::uninitialized_copy_n(source, n, target);
+        else
+            copyOver(source, target, n);
     }
     /// By operator< where T has it; else elements that are equal by operator==, where T
     /// has that, are equal, and the rest goes by bytes.
@@ -165,6 +153,15 @@ private:
     template <class U>
     static constexpr bool hasEqual(long) {
         return false;
+    }
+
+    // What is overwritten was copied by bytes, or will be: it is no element any more.
+    static void copyOver(const T* source, T* target, unsigned int n) {
+        for (unsigned int i = 0; i < n; ++i) {
+            const unsigned int next = target > source ? n - 1 - i : i;
+            T copy(source[next]);  // the two may be one place
+            ::new (static_cast<void*>(target + next)) T(std::move(copy));
+        }
     }
 
     // Numbers have the form that the library's arrays of numbers have: the bytes, the

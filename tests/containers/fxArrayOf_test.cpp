@@ -435,6 +435,62 @@ TEST(fxArrayOf, holdsArrays) {
     EXPECT_EQ("text that is longer than a word", rows[5][0]);
 }
 
+namespace {
+// Cannot be copied or made any more when `left` is 0.
+class Limited {
+public:
+    Limited() { use(); }
+    Limited(const Limited& other) : text(other.text) { use(); }
+    Limited(Limited&&) = default;
+    Limited& operator=(const Limited&) = default;
+
+    std::string text = "text that is longer than a word";
+    static int left;
+
+private:
+    static void use() {
+        if (left-- == 0)
+            throw 1;
+    }
+};
+int Limited::left = 0;
+}  // namespace
+
+TEST(fxArrayOf, anExceptionLeavesTheElements) {
+    Limited::left = 100;
+    fxArrayOf<Limited> array(4);
+    array[3].text = "last";
+    const auto expectSame = [&array] {
+        ASSERT_EQ(4u, array.length());
+        EXPECT_EQ("text that is longer than a word", array[0].text);
+        EXPECT_EQ("last", array[3].text);
+    };
+    for (int left = 0; left < 2; ++left) {
+        const auto restrict = [left] { Limited::left = left; };
+        restrict();
+        EXPECT_THROW(array.resize(9), int);
+        expectSame();
+        restrict();
+        EXPECT_THROW(array.append(array), int);
+        expectSame();
+        restrict();
+        EXPECT_THROW(array.insert(array, 1), int);
+        expectSame();
+        restrict();
+        EXPECT_THROW(array.extract(0, 3), int);
+        restrict();
+        EXPECT_THROW(fxArrayOf<Limited> copy(array), int);
+        restrict();
+        EXPECT_THROW(array = fxArrayOf<Limited>(array), int);
+        expectSame();
+    }
+    Limited::left = 0;
+    EXPECT_THROW(array.append(array[0]), int);
+    Limited::left = 0;
+    EXPECT_THROW(array.insert(array[3], 2), int);
+    expectSame();
+}
+
 // Finding and sorting.
 
 TEST(fxArrayOf, findsByTheOperators) {
