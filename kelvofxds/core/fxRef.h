@@ -48,6 +48,7 @@ public:
 
     /// The new object is taken before the old one is given up, and when that one is
     /// deleted the new one is in place. The object held already may come again.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): reset leaves the same object.
     fxRef& operator=(const fxRef& other) {
         reset(other.pointer);
         return *this;
