@@ -331,6 +331,9 @@ bool fxGraphReader::Root::readBody() {
     if (type.version > record.version)
         return fail("type \"%.80s\" has version %u; this program knows versions up to %u",
                     record.name, type.version, record.version);
+    // It is no fxXDRObj, so no pointer leads to one that is not embedded.
+    if (&record == &fxStr_type && !(number == rootNumber && thing->record == &record))
+        return fail("a string comes where an object should");
     return readObject(number, record, isStandard ? record.version : version);
 }
 
@@ -485,13 +488,10 @@ bool fxGraphReader::Root::canBeSet(const Pointer& pointer) {
         return !pointer.isText || (thing.size != 0 && bytes[thing.size - 1] == '\0') ||
                fail("the text of block %u has no end", pointer.number);
     }
-    // Of all that the library can make, strings alone are no fxXDRObj.
-    const bool isKnown = pointer.isRight || pointer.isCounted;
     if (pointer.isCounted && !thing.isOfItsOwn)
         return fail("object %u is embedded, and its pointer's owner would delete it",
                     pointer.number);
-    if ((isKnown && thing.record == &fxStr_type) ||
-        (pointer.isRight && !pointer.isRight(static_cast<fxXDRObj*>(thing.address))))
+    if (pointer.isRight && !pointer.isRight(static_cast<fxXDRObj*>(thing.address)))
         return fail("object %u is a \"%.80s\", which its pointer's owner does not expect",
                     pointer.number, thing.record->name);
     return true;
