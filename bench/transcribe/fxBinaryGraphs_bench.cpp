@@ -5,7 +5,6 @@
 #include <cstring>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include <cereal/types/memory.hpp>
@@ -13,11 +12,8 @@
 #include <cereal/types/unordered_map.hpp>
 #include <cereal/types/vector.hpp>
 
-#include "bench/support/inputs.h"
+#include "bench/support/graphInputs.h"
 #include "bench/support/transcripts.h"
-#include "kelvofxds/containers/fxStrStrDictionary.h"
-#include "kelvofxds/containers/fxTypedArrays.h"
-#include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 
 namespace {
@@ -44,48 +40,21 @@ struct Graph {
     Peer peer;
 };
 
-template <class Medium>
-struct Ints : Graph<Medium, fxIntArray, std::vector<int>> {
-    explicit Ints(unsigned int n) {
-        Random random;
-        this->peer.resize(n);
-        for (int& value : this->peer) {
-            value = static_cast<int>(random.below(1000000000));
-            this->ours.append(&value);
-        }
-        this->ours.setMaxLength(0);
+template <class Medium, class Root, class Peer>
+struct Filled : Graph<Medium, Root, Peer> {
+    explicit Filled(unsigned int n) {
+        fill(this->ours, this->peer, n);
         this->writeOurs();
         this->writePeer();
     }
 };
 
-using Texts = std::vector<std::string>;
-
 template <class Medium>
-struct Strings : Graph<Medium, fxStrArray, Texts> {
-    explicit Strings(unsigned int n) {
-        this->peer = distinctWords(n, 6, 24);
-        for (const std::string& word : this->peer)
-            this->ours.append(fxStr(word.c_str()));
-        this->writeOurs();
-        this->writePeer();
-    }
-};
-
-using Pairs = std::unordered_map<std::string, std::string>;
-
-// Buckets as both sides make them who are not told the size.
+using Ints = Filled<Medium, fxIntArray, std::vector<int>>;
 template <class Medium>
-struct Map : Graph<Medium, fxStrStrDictionary, Pairs> {
-    explicit Map(unsigned int n) {
-        for (const std::string& word : distinctWords(n, 5, 11)) {
-            this->ours.add(fxStr(word.c_str()), fxStr((word + "=" + word).c_str()));
-            this->peer[word] = word + "=" + word;
-        }
-        this->writeOurs();
-        this->writePeer();
-    }
-};
+using Strings = Filled<Medium, fxStrArray, Texts>;
+template <class Medium>
+using Map = Filled<Medium, fxStrStrDictionary, Pairs>;
 
 // Objects that share others. The library does not read back what it writes of
 // them, so what it wrote is taken apart here.
@@ -133,16 +102,14 @@ fxTypeObj nodeListType("NodeList", 1, nullptr, nullptr, NodeList::xdr);
 
 fxTypeObj& NodeList::getTypeObj() const { return nodeListType; }
 
-struct PeerNode {
-    int id = 0;
-    std::shared_ptr<PeerNode> left, right;
-    template <class Archive>
-    void serialize(Archive& archive) {
-        archive(id, left, right);
-    }
-};
+}  // namespace
 
-using PeerNodes = std::vector<std::shared_ptr<PeerNode>>;
+template <class Archive>
+void serialize(Archive& archive, PeerNode& node) {
+    archive(node.id, node.left, node.right);
+}
+
+namespace {
 
 struct Written {
     struct Known {
