@@ -36,14 +36,15 @@ private:
     std::size_t position = 0;
 };
 
-inline Shown shown(const fxdump::Options& options, fxdump::Source& source, bool coloured = false) {
+inline Shown shown(const fxdump::Options& options, fxdump::Source& source,
+                   const char* name = "file") {
     Shown result;
     char* text = nullptr;
     std::size_t size = 0;
     std::FILE* const file = ::open_memstream(&text, &size);
-    fxdump::Output out(file, coloured);
+    fxdump::Output out(file, false);
     fxdump::Dump dump(options, out);
-    result.outcome = dump.show(source, "file", result.message);
+    result.outcome = dump.show(source, name, result.message);
     dump.finish();
     std::fclose(file);
     result.out.assign(text, size);

@@ -39,3 +39,18 @@ inline std::string graphSample(bool isBig) {
     g.end().record(fxOT_Data).record(fxOT_OldObject, {1}).end();
     return g.str();
 }
+
+/// A book of contacts: one is embedded in it, one stands for itself, and each knows
+/// the other; and a dictionary.
+inline std::string bookSample() {
+    GraphBytes g;
+    g.type(2, "Book").record(fxOT_Object, {1, 2, 1}, g.string("friends"));
+    g.record(fxOT_ObjectPointer, {3}).type(4, "Contact", 2);
+    g.record(fxOT_Embedded, {5}, g.string("Ada")).record(fxOT_OldObject, {3});
+    g.record(fxOT_ObjectPointer, {6}).type(7, "DICT");
+    g.record(fxOT_Object, {6, 7, 1},
+             g.word(2) + g.word(8) + g.word(8) + g.word(3) + g.string("Ada") + g.string("1815") +
+                 g.word(0) + g.string("Bob") + g.string("") + g.word(2));
+    g.record(fxOT_Object, {3, 4, 2}, g.string("Bob")).record(fxOT_OldObject, {5});
+    return g.end().str();
+}

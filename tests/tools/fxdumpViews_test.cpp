@@ -163,7 +163,8 @@ TEST(fxdumpList, decodesTheLibrarysOwnClasses) {
 TEST(fxdumpList, showsTheElementsBehindThoseInUse) {
     fxShortArray shorts;
     shorts.setMaxLength(3);
-    shorts.append(9);
+    const short nine = 9;
+    shorts.append(&nine);
     EXPECT_TRUE(has(shown(Show::list, standardStreamOf(shorts)).out, "spare elements "));
 }
 
@@ -319,16 +320,16 @@ TEST(fxdumpDot, drawsObjectsPointersAndEmbeddedObjects) {
         "    rankdir=LR;\n"
         "    label=\"file\";\n"
         "    node [shape=record, fontname=\"monospace\", fontsize=10];\n"
-        "    n1 [label=\"{Book #1|<p1>#3\\l|<p2>#4\\l|<p3>embedded #5\\l|<p4>#1\\l|null\\l|"
-        "<p6>#6\\l|<p7>#7\\l}\"];\n"
-        "    n2 [label=\"{block of doubles #6|1.5 -0.25\\l}\", style=rounded];\n"
-        "    n3 [label=\"{DICT #7|key \\\"A\\\"\\l|value \\\"\\\"\\l|key \\\"Bob\\\"\\l|"
-        "value \\\"x\\\\\\\"y\\\\n\\\"\\l}\"];\n"
-        "    n4 [label=\"{Contact #4|<p1>#3\\l}\"];\n"
-        "    n5 [label=\"{Contact #3|<p1>#5\\l}\"];\n"
-        "    n6 [label=\"{ARRAY #1|element \\\"abc\\\"\\l|element \\\"\\\"\\l|"
-        "element \\\"hello\\\"\\l}\"];\n"
-        "    n7 [label=\"{ARRAY #1|element 1.5 2 -1.0000000000000001e+300\\l}\"];\n"
+        "    n1 [label=\"Book #1|<p1>#3\\l|<p2>#4\\l|<p3>embedded #5\\l|<p4>#1\\l|null\\l|"
+        "<p6>#6\\l|<p7>#7\\l\"];\n"
+        "    n2 [label=\"block of doubles #6|1.5 -0.25\\l\", style=rounded];\n"
+        "    n3 [label=\"DICT #7|key \\\"A\\\"\\l|value \\\"\\\"\\l|key \\\"Bob\\\"\\l|"
+        "value \\\"x\\\\\\\"y\\\\n\\\"\\l\"];\n"
+        "    n4 [label=\"Contact #4|<p1>#3\\l\"];\n"
+        "    n5 [label=\"Contact #3|<p1>#5\\l\"];\n"
+        "    n6 [label=\"ARRAY #1|element \\\"abc\\\"\\l|element \\\"\\\"\\l|"
+        "element \\\"hello\\\"\\l\"];\n"
+        "    n7 [label=\"ARRAY #1|element 1.5 2 -1.0000000000000001e+300\\l\"];\n"
         "    n1:p1 -> n5;\n"
         "    n1:p2 -> n4;\n"
         "    n1:p4 -> n1;\n"

@@ -54,6 +54,12 @@ TEST(fxChecksum, agreesWithTheDefinitionAtEveryLengthAndAlignment) {
     }
 }
 
+TEST(fxChecksum, agreesWithTheDefinitionOnLongBytes) {
+    const std::string bytes = run(20000);
+    for (const unsigned int n : {1023u, 1024u, 3071u, 3072u, 3073u, 6144u, 9999u, 20000u})
+        EXPECT_EQ(slowSumOf(bytes.substr(0, n)), sumOf(bytes.substr(0, n))) << n;
+}
+
 TEST(fxChecksum, isTheSameInWhateverPieces) {
     const std::string bytes = run(64);
     for (unsigned int first = 0; first <= 64; ++first) {

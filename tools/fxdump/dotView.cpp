@@ -167,14 +167,14 @@ std::string DotView::nameOf(const Place& place) const {
 
 void DotView::putNode(std::size_t i) {
     const Node& node = nodes[i];
-    std::string label = "{" + inLabel(node.title);
+    std::string label = inLabel(node.title);
     for (const Row& row : node.rows) {
         label += "|";
         if (row.port != 0)
             label += "<p" + std::to_string(row.port) + ">";
         label += inLabel(row.text) + "\\l";
     }
-    out.put("    " + nameOf({i, 0}) + " [label=\"" + label + "}\"" +
+    out.put("    " + nameOf({i, 0}) + " [label=\"" + label + "\"" +
             (node.isBlock ? ", style=rounded" : "") + "];\n");
 }
 
