@@ -67,14 +67,6 @@ public:
         fxRef(static_cast<fxRef<U>&&>(other)).swap(*this);
         return *this;
     }
-    fxRef& operator=(T* object) {
-        reset(object);
-        return *this;
-    }
-    fxRef& operator=(std::nullptr_t) {
-        reset();
-        return *this;
-    }
 
     /// Holds `object` instead, or nothing.
     void reset(T* object = nullptr) {
