@@ -56,6 +56,8 @@
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxBinaryTranscriber.h"
 #include "kelvofxds/transcribe/fxBinaryWriter.h"
+#include "kelvofxds/transcribe/fxDeepCopy.h"
+#include "kelvofxds/transcribe/fxFile.h"
 #include "kelvofxds/transcribe/fxGraphReader.h"
 #include "kelvofxds/transcribe/fxGraphWriter.h"
 #include "kelvofxds/transcribe/fxMemoryStream.h"

@@ -445,7 +445,7 @@ bool fxGraphReader::Root::finish() {
         return fail("the checksum of the root is %08x, not %08x", rootSum, words[0]);
     if (awaited != 0)
         return fail("%u of the root's objects and blocks are missing", awaited);
-    if (!areInPlace())
+    if (!areInPlace() || (isOnly && !isAlone()))
         return false;
     for (unsigned int i = 0; areAsked && i < pointers.length(); ++i) {
         if (!isGone(pointers[i]) && !canBeSet(pointers[i]))
@@ -458,6 +458,16 @@ bool fxGraphReader::Root::finish() {
     source.clearSum();
     endLeftovers(false);
     return true;
+}
+
+// Of all that the library can make, strings alone are no fxXDRObj.
+bool fxGraphReader::Root::isAlone() {
+    if (find(rootNumber)->record == &fxStr_type)
+        return fail("the root is a \"%s\", which is no fxXDRObj", fxStr_type.name);
+    recordAt = source.count();
+    ++records;
+    char next;
+    return !source.get(&next, 1) || fail("the stream goes on behind its root");
 }
 
 // An object that made room for an embedded one has left nothing behind: all that

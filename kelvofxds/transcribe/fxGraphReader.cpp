@@ -361,6 +361,8 @@ void fxGraphReader::setLimits(unsigned int objects, unsigned int bytes) {
     root->mostBytes = bytes;
 }
 
+void fxGraphReader::expectOneRoot(bool isOnly) { root->isOnly = isOnly; }
+
 void fxGraphReader::reset() {
     if (!root->isReading)
         root->forget();

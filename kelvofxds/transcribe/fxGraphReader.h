@@ -56,6 +56,11 @@ public:
     /// and bytes in the stream. 0 is no limit, as it is at first.
     void setLimits(unsigned int objects, unsigned int bytes);
 
+    /// Whether the stream has one root, an fxXDRObj, and nothing else, as files have
+    /// that fxLoadFile loads: readObject then fails for a string, and where the stream
+    /// goes on behind the root. Off at first.
+    void expectOneRoot(bool isOnly);
+
     /// Forgets all objects.
     void reset() override;
 

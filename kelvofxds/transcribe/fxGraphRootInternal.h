@@ -139,6 +139,7 @@ struct fxGraphReader::Root {
     bool isWithinBytes();
     bool finish();
     bool areInPlace();
+    bool isAlone();
     bool isGone(const Pointer& pointer);
     bool canBeSet(const Pointer& pointer);
     void set(const Pointer& pointer);
@@ -184,6 +185,7 @@ struct fxGraphReader::Root {
 
     unsigned int mostObjects = 0;
     unsigned int mostBytes = 0;
+    bool isOnly = false;  // the root has to be the only one
     bool isReading = false;
     bool isBroken = false;  // a read has failed
     bool isAtEnd = false;

@@ -1,7 +1,5 @@
 // fxTranscriberFactory.cpp - making writers, and readers from stream headers.
 
-#include <cstring>
-
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
@@ -12,21 +10,13 @@
 #include "kelvofxds/transcribe/fxBinaryWriter.h"
 #include "kelvofxds/transcribe/fxGraphReader.h"
 #include "kelvofxds/transcribe/fxStream.h"
+#include "kelvofxds/transcribe/fxStreamHeaderInternal.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 
 // Constant-initialised: hosts may install factories while other statics are
 // still being made.
 fxVoidPtrDict* fxTranscriber::readers = nullptr;
 fxTranscriber* (*fxTranscriber::makeWriter)(fxStream*) = fxTranscriber::makeDefaultWriter;
-
-namespace {
-unsigned char writeHeader(fxStream* stream, const char* name) {
-    return stream->putBytes(name, static_cast<unsigned int>(std::strlen(name)) + 1) &&
-           stream->putBytes(fxBinaryFormat::floatFormat, sizeof fxBinaryFormat::floatFormat) &&
-           stream->putShorts(&fxBinaryFormat::shortMark, 1) &&
-           stream->putLongs(&fxBinaryFormat::longMark, 1);
-}
-}  // namespace
 
 fxTranscriber* fxTranscriber::makeDefaultWriter(fxStream* stream) {
     return fxNew<fxBinaryWriter>(stream);
@@ -50,7 +40,7 @@ fxTranscriber* fxTranscriber::getWriter(fxStream* stream) {
     fxTranscriber* writer = stream ? makeWriter(stream) : nullptr;
     if (!writer)
         return nullptr;
-    if (!writeHeader(stream, writer->className())) {
+    if (!fxWriteStreamHeader(stream, writer->className())) {
         delete writer;
         return nullptr;
     }
