@@ -451,15 +451,19 @@ TEST_F(fxFileTest, objectOfAnotherTypeIsNotLoaded) {
     delete any;
 }
 
-TEST_F(fxFileTest, stringIsNoObjectOfAnyType) {
-    for (const std::string& rest :
-         {hex("02 02000000 'fxStr' 00 | 4a 04 01000000 02000000 01000000") + host(1)}) {
+TEST_F(fxFileTest, stringIsNeverTakenForAnObject) {
+    folder.file(
+        "book",
+        hostHeader() + hex("02 02000000 'fxStr' 00 | 4a 04 01000000 02000000 01000000") + host(1));
+    const struct {
+        fxTypeObj& type;
+        const char* reason;
+    } cases[] = {{fxXDRObj_type, "a string comes where an object should"},
+                 {fxStr_type, "the root is a \"fxStr\", which is no fxXDRObj"}};
+    for (const auto& c : cases) {
         fxStr why;
-        folder.file("book", hostHeader() + rest);
-        EXPECT_EQ(nullptr, fxLoadFile(path.c_str(), fxXDRObj_type, &why));
-        EXPECT_NE(nullptr,
-                  std::strstr(why.c_str(), "the root is a \"fxStr\", which is no fxXDRObj"))
-            << why.c_str();
+        EXPECT_EQ(nullptr, fxLoadFile(path.c_str(), c.type, &why));
+        EXPECT_NE(nullptr, std::strstr(why.c_str(), c.reason)) << why.c_str();
     }
 }
 
