@@ -259,6 +259,19 @@ TEST_F(fxFileTest, linksThatLeadNowhereAreReasons) {
               save(folder / "third", 1));
 }
 
+// The system tells a path for such a link that leads elsewhere, or nowhere.
+TEST_F(fxFileTest, linkToADeletedFileReplacesNoOtherFile) {
+    const int fd = ::open(folder.file("gone", "x").c_str(), O_WRONLY);
+    fs::remove(folder / "gone");
+    const std::string link = "/proc/self/fd/" + std::to_string(fd);
+    const std::string reason = "the link cannot be followed: No such file or directory";
+    EXPECT_EQ(cannotSave(link, reason), save(link, 1));
+    const std::string other = folder.file("gone (deleted)", "other");
+    EXPECT_EQ(cannotSave(link, reason), save(link, 1));
+    EXPECT_EQ("other", bytesOf(other));
+    ::close(fd);
+}
+
 TEST_F(fxFileTest, otherHardLinksKeepTheOldContent) {
     EXPECT_EQ("", save(path, 1));
     fs::create_hard_link(path, folder / "other");
