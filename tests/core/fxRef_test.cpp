@@ -193,6 +193,10 @@ TEST(fxRef, replacingDeletesTheOldObject) {
     EXPECT_FALSE(ref);
     ref.reset();
     EXPECT_EQ(2, Thing::destroyed);
+    ref = new Thing;
+    ref = {};
+    EXPECT_FALSE(ref);
+    EXPECT_EQ(3, Thing::destroyed);
 }
 
 namespace {
