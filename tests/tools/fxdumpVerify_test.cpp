@@ -132,11 +132,11 @@ TEST(fxdumpVerify, saysWhichRuleOfGraphStreamsIsBroken) {
          "version 2, but the type has version 1"},
         {"a type without its version", [](GraphBytes& g) { g.raw(hex("02 03000000 'B' 00")); },
          "a type has a payload of 4 bytes, its version, not of 0"},
-        {"a block of another size",
+        {"a block of less than its pointer says",
          [](GraphBytes& g) {
-             g.record(fxOT_Block, {3, 1}).record(fxOT_Bytes, {3, 2}, "ab");
+             g.record(fxOT_Block, {3, 2}).record(fxOT_Bytes, {3, 1}, "a");
          },
-         "the block has 2 bytes, but its pointer says 1"},
+         "the block has 1 byte, but its pointer says 2"},
         {"half a short",
          [](GraphBytes& g) {
              g.record(fxOT_Block, {3, 3}).record(fxOT_Shorts, {3, 3}, "abc");
