@@ -45,7 +45,7 @@ std::string argumentsOf(const Record& record) {
 }
 
 std::string wordOf(const Record& record, unsigned int i) {
-    const std::string value = std::to_string(record.words[i]);
+    std::string value = std::to_string(record.words[i]);
     if (record.isRootEnd())
         return "checksum: " + hexWord(record.words[i]) + ", " + verdictOn(record);
     switch (record.wordAt(i)) {

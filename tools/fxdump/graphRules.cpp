@@ -123,7 +123,7 @@ std::string GraphRules::type(const Record& record) {
     if (record.payload != fxBinaryFormat::wordBytes)
         return "a type has a payload of 4 bytes, its version, not of " +
                std::to_string(record.payload);
-    const std::string wrong = newNumber(record);
+    std::string wrong = newNumber(record);
     if (!wrong.empty())
         return wrong;
     typeNumber = record.number();
@@ -132,14 +132,14 @@ std::string GraphRules::type(const Record& record) {
 }
 
 std::string GraphRules::object(const Record& record) {
-    const std::string cut = blockEnd();
+    std::string cut = blockEnd();
     if (!cut.empty())
         return cut;
     const NumberTable::Entry known = numbers.find(record.number());
     if (hasRoot && known.thing != Thing::awaitedObject)
         return "no pointer to an object has " + numberText(record.number());
     if (!hasRoot) {
-        const std::string wrong = newNumber(record);
+        std::string wrong = newNumber(record);
         if (!wrong.empty())
             return wrong;
     }
@@ -155,7 +155,7 @@ std::string GraphRules::object(const Record& record) {
 }
 
 std::string GraphRules::block(const Record& record) {
-    const std::string cut = blockEnd();
+    std::string cut = blockEnd();
     if (!cut.empty())
         return cut;
     inside = Inside::block;
@@ -163,7 +163,7 @@ std::string GraphRules::block(const Record& record) {
 }
 
 std::string GraphRules::pointer(const Record& record) {
-    const std::string wrong = newNumber(record);
+    std::string wrong = newNumber(record);
     if (!wrong.empty())
         return wrong;
     return record.is(fxOT_Block)
@@ -191,7 +191,7 @@ std::string GraphRules::embedded(const Record& record) {
         thing == Thing::awaitedObject || thing == Thing::object || thing == Thing::embedded;
     if (isKnown && record.number() <= before)
         return numberText(record.number()) + " is that of an earlier root";
-    const std::string wrong = isKnown ? "" : newNumber(record);
+    std::string wrong = isKnown ? "" : newNumber(record);
     return wrong.empty() ? enter(record.number(), Thing::embedded) : wrong;
 }
 
@@ -204,7 +204,7 @@ std::string GraphRules::rootIsReference(const Record& record) {
 }
 
 std::string GraphRules::rootEnd(const Record& record) {
-    const std::string cut = blockEnd();
+    std::string cut = blockEnd();
     if (!cut.empty())
         return cut;
     if (record.payload != 0)

@@ -55,7 +55,7 @@ std::string StandardRules::record(const Record& record) {
 
 std::string StandardRules::follow(const Record& record) {
     if (record.isBody()) {
-        const std::string cut = blockEnd();
+        std::string cut = blockEnd();
         if (!cut.empty())
             return cut;
     } else if (isInBlock() && !record.is(fxOT_Data) && !record.is(fxOT_Type)) {
@@ -146,7 +146,7 @@ std::string StandardRules::embedded(const Record& record) {
 }
 
 std::string StandardRules::end() {
-    const std::string cut = blockEnd();
+    std::string cut = blockEnd();
     if (!cut.empty())
         return cut;
     return numbers.awaited() == 0
