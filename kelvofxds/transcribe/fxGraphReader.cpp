@@ -224,9 +224,6 @@ bool fxGraphReader::Root::readType(std::uint32_t number) {
             return false;
         convertLongs(longs, version, sizeof version);
         std::memcpy(&type.version, version, sizeof version);
-        if (type.version > record->version)
-            return fail("type \"%.80s\" has version %u; this program knows versions up to %u",
-                        name.getBase(), type.version, record->version);
     }
     return defineType(number, type);
 }

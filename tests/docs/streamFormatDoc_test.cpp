@@ -134,6 +134,9 @@ fxTypeObj linkedType("Glossary", 2, LinkedGlossary::newInstance, LinkedGlossary:
 
 fxTypeObj& LinkedGlossary::getTypeObj() const { return linkedType; }
 
+// Of two classes of one name a reader without a better clue makes the last.
+const bool glossaryIsLast = (fxTypeObj::registerType(&glossaryType), true);
+
 bool hostIsLittle() { return host<short>(1) == hex("01 00"); }
 }  // namespace
 

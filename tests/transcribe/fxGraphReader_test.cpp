@@ -160,7 +160,7 @@ TEST_F(fxGraphReaderTest, whatIsWrongIsSaid) {
          [](GraphBytes& b) {
              b.type(2, "GraphNoMemory").record(10, {1, 2, 1}).end();
          }},
-        {"offset 25, record 1: type \"Leaf\" has version 4; this program knows versions up to 3",
+        {"offset 40, record 2: type \"Leaf\" has version 4; this program knows versions up to 3",
          [](GraphBytes& b) {
              b.type(2, "Leaf", 4).record(10, {1, 2, 4});
          }},
@@ -342,7 +342,7 @@ TEST_F(fxGraphReaderTest, limitsBoundARoot) {
 TEST_F(fxGraphReaderTest, lengthsThatLieAreFoundOut) {
     GraphBytes b;
     b.type(2, "fxStr").record(10, {1, 2, 1}, b.word(0x7FFFFFFF) + "abc").end();
-    const GraphRead read = readGraph(b.str(), fxXDRObj_type);
+    const GraphRead read = readGraph(b.str(), fxStr_type);
     EXPECT_EQ(nullptr, read.object);
     EXPECT_EQ("offset 41, record 2: the stream ends here", read.error);
 }

@@ -118,7 +118,7 @@ TEST(objectVersion, ofAStreamFromTheFutureIsAFailure) {
     const GraphRead read = readGraph(b.str(), Whole_type);
     EXPECT_EQ(nullptr, read.object);
     EXPECT_EQ(
-        "offset 63, record 3: type \"VersionedPart\" has version 8; this program knows "
+        "offset 87, record 4: type \"VersionedPart\" has version 8; this program knows "
         "versions up to 7",
         read.error);
 }
