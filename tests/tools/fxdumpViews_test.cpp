@@ -176,6 +176,26 @@ TEST(fxdumpList, contentsOtherThanTheClasssAreBytes) {
     EXPECT_TRUE(has(list, "\"xyz\"\n")) << list;
 }
 
+TEST(fxdumpList, ofBytesThatAreNotKnownItShowsTheFirst) {
+    GraphBytes g;
+    g.type(2, "A", 1).record(fxOT_Object, {1, 2, 1}, std::string("\0\1", 2) + run(18));
+    g.record(fxOT_Data, {}, std::string(100, '\0'));
+    const std::string margin(38, ' ');
+    const std::string list = shown(Show::list, g.end().str()).out;
+    EXPECT_TRUE(has(list, margin +
+                              "00 01 21 22 23 24 25 26 27 28 29 2a 2b 2c 2d 2e  "
+                              "..!\"#$%&'()*+,-.\n" +
+                              margin +
+                              "2f 30 31 32                                      "
+                              "/012\n"))
+        << list;
+    std::string zeros;
+    for (int i = 0; i < 16; ++i)
+        zeros += "00 ";
+    const std::string line = margin + zeros + " " + std::string(16, '.');
+    EXPECT_TRUE(has(list, line + "\n" + line + "\n" + line + "\n" + line + " ...\n")) << list;
+}
+
 TEST(fxdumpList, showsHowAStreamIsDamaged) {
     std::string bytes = graphSample(false);
     const Shown cut = shown(Show::list, bytes.substr(0, 100));

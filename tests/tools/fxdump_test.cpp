@@ -185,6 +185,23 @@ TEST(fxdump, showsWhatTheWordIndexWrites) {
 }
 #endif
 
+#ifdef KELVOFXDS_CONTACTS
+TEST(fxdump, showsWhatTheContactBookSaves) {
+    const TemporaryFolder folder;
+    const std::string book = folder / "book";
+    const Program contacts(KELVOFXDS_CONTACTS);
+    ASSERT_EQ(0, contacts.run({"-f", book, "add", "Ada", "company=Engines"}).status);
+    ASSERT_EQ(0, contacts.run({"-f", book, "add", "Bob"}).status);
+    ASSERT_EQ(0, contacts.run({"-f", book, "link", "Ada", "Bob"}).status);
+    const ProgramResult list = fxdumpProgram.run({book});
+    EXPECT_EQ(0, list.status);
+    EXPECT_TRUE(has(list.out, book + ": graph stream, "));
+    for (const char* part : {" Contact, type ", " Book, type ", "Ada.", "Engines", ", right\n"})
+        EXPECT_TRUE(has(list.out, part)) << part << list.out;
+    EXPECT_TRUE(has(fxdumpProgram.run({"--verify", book}).out, ", 1 root: sound\n"));
+}
+#endif
+
 // The magic fragment.
 
 TEST(fxdump, fileNamesBothKindsOfStreams) {

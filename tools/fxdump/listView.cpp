@@ -1,6 +1,6 @@
 #include "tools/fxdump/listView.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "tools/fxdump/describe.h"
 #include "tools/fxdump/text.h"
@@ -10,19 +10,17 @@ namespace fxdump {
 namespace {
 const std::size_t offsetWidth = 10;
 const std::size_t nameWidth = 26;
-const std::size_t lineWidth = 60;   // of contents
-const std::size_t mostText = 60;    // bytes of a text that are shown
-const std::size_t mostHex = 16;     // of other bytes
+const std::size_t lineWidth = 60;  // of contents
+const std::size_t mostText = 60;   // bytes of a text that are shown
+const std::size_t mostHex = 64;    // of other bytes
+const std::size_t hexInLine = 16;
 const std::size_t mostValues = 12;  // of elements
 
+// Of the text that a field is.
 std::string excerptOf(const Field& field) {
     const std::size_t size = sizeOfText(field);
     const bool isWhole = field.isLast && field.isFirst;
-    if (field.form == Form::text || isText(field.bytes, size))
-        return quoted(field.bytes, size, mostText) + (isWhole || size > mostText ? "" : "...");
-    const std::size_t shown = field.size < mostHex ? field.size : mostHex;
-    return hexOf(field.bytes, shown, " ") + "  " + printable(field.bytes, shown) +
-           (isWhole && shown == field.size ? "" : " ...");
+    return quoted(field.bytes, size, mostText) + (isWhole || size > mostText ? "" : "...");
 }
 }  // namespace
 
@@ -72,6 +70,24 @@ void ListView::flushLine() {
     width = 0;
 }
 
+// Bytes of which nothing is known may be a text all the same.
+void ListView::addBytes(const Field& field) {
+    if (field.form == Form::text || isText(field.bytes, sizeOfText(field))) {
+        add(field.label, Paint::text, excerptOf(field));
+        return;
+    }
+    const std::size_t size = std::min(field.size, mostHex);
+    const bool isWhole = field.isLast && size == field.size;
+    const std::size_t hexWidth = size > hexInLine ? 3 * hexInLine - 1 : 0;
+    for (std::size_t at = 0; at < size; at += hexInLine) {
+        const std::size_t n = std::min(size - at, hexInLine);
+        const std::string hex = padded(hexOf(field.bytes + at, n, " "), hexWidth);
+        const bool isCut = at + n == size && !isWhole;
+        add(at == 0 ? field.label : "", Paint::text,
+            hex + "  " + printable(field.bytes + at, n) + (isCut ? " ..." : ""));
+    }
+}
+
 // A text follows, or the pointer to its block, or there is none.
 void ListView::addLength(const Field& field) {
     const std::uint32_t length = order.getLong(field.elements);
@@ -98,7 +114,7 @@ void ListView::field(const Field& field) {
             break;
         case Form::bytes:
         case Form::text:
-            add(field.label, Paint::text, excerptOf(field));
+            addBytes(field);
             break;
         case Form::shorts:
         case Form::longs:

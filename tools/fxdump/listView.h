@@ -24,6 +24,7 @@ public:
 private:
     void recordLine(std::uint64_t offset, const std::string& name, const std::string& rest);
     void add(const std::string& label, Paint paint, const std::string& value);
+    void addBytes(const Field& field);
     void addLength(const Field& field);
     void flushLine();
 
