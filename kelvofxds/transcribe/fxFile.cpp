@@ -52,7 +52,8 @@ bool write(fxXDRObj& object, fxDescriptor& to, fxFailure& failure) {
                         writer.writeObject(&object, &object) && stream.get()->close();
     if (to.error() != 0)
         return failure.set(to.error(), "%s", unwritten);
-    return isDone || failure.set(0, "%s", writer.lastError());
+    const char* const reason = writer.lastError();
+    return isDone || failure.set(0, "%s", reason[0] != '\0' ? reason : unwritten);
 }
 
 // Whether the header tells how to go on.
