@@ -16,15 +16,6 @@ bool isSame(const struct stat64& a, const struct stat64& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-// Lets two paths change places. Not every file system can; false then.
-bool swap(const char* a, const char* b) {
-#ifdef RENAME_EXCHANGE
-    return ::renameat2(AT_FDCWD, a, AT_FDCWD, b, RENAME_EXCHANGE) == 0;
-#else
-    return false;
-#endif
-}
-
 // Nobody else's, most likely.
 std::uint32_t randomNumber(const void* here, unsigned int attempt) {
     struct timespec now = {};
@@ -163,17 +154,20 @@ bool fxReplacement::finish() {
     return putInPlace();
 }
 
+// Gives the old file a second name, by which it can be put back. Not every file
+// system can, and not every file may have one.
+void fxReplacement::keepOld() {
+    const int n = hasOld ? std::snprintf(oldName, sizeof oldName, "%s-old", made) : 0;
+    if (n <= 0 || static_cast<unsigned int>(n) >= sizeof oldName || ::link(target, oldName) != 0)
+        oldName[0] = '\0';
+}
+
 bool fxReplacement::putInPlace() {
-    isSwapped = hasOld && swap(made, target);
-    if (!isSwapped) {
-        if (::rename(made, target) != 0)
-            return failed(errno, "the new file cannot be put in its place");
-        made[0] = '\0';
-    }
-    if (!syncDirectory())
-        return takeBack();
-    drop();  // the old file, if there is one
-    return true;
+    keepOld();
+    if (::rename(made, target) != 0)
+        return failed(errno, "the new file cannot be put in its place");
+    made[0] = '\0';
+    return syncDirectory() || takeBack();
 }
 
 // A file system that cannot do this for a directory does not need it.
@@ -187,19 +181,18 @@ bool fxReplacement::syncDirectory() {
 bool fxReplacement::takeBack() {
     struct stat64 status;
     const bool isOurs = ::lstat64(target, &status) == 0 && isSame(status, current);
-    if (isOurs && isSwapped && swap(made, target))
-        return drop(), false;
+    if (isOurs && oldName[0] != '\0' && ::rename(oldName, target) == 0) {
+        oldName[0] = '\0';
+        return false;
+    }
     if (isOurs && !hasOld && ::unlink(target) == 0)
         return false;
     failure.add("the new file is in its place now, but may be lost with the power");
-    made[0] = '\0';  // the old file stays
     return false;
 }
 
-void fxReplacement::drop() {
-    if (made[0] == '\0')
-        return;
-    file.close();
-    ::unlink(made);
-    made[0] = '\0';
+void fxReplacement::drop(char* path) {
+    if (path[0] != '\0')
+        ::unlink(path);
+    path[0] = '\0';
 }

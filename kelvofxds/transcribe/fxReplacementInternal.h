@@ -18,10 +18,14 @@
 class fxReplacement {
 public:
     explicit fxReplacement(fxFailure& f)
-        : failure(f), target(), made(), old(), current(), hasOld(false), isSwapped(false) {}
+        : failure(f), target(), made(), oldName(), old(), current(), hasOld(false) {}
     fxReplacement(const fxReplacement&) = delete;
     fxReplacement& operator=(const fxReplacement&) = delete;
-    ~fxReplacement() { drop(); }
+    ~fxReplacement() {
+        file.close();
+        drop(made);
+        drop(oldName);
+    }
 
     /// Makes the new file for `path`; what that leads to, if it is a link.
     bool begin(const char* path);
@@ -39,7 +43,8 @@ private:
     bool putInPlace();
     bool syncDirectory();
     bool takeBack();
-    void drop();
+    void keepOld();
+    static void drop(char* path);
     unsigned int nameAt() const;
     bool failed(int error, const char* what);
 
@@ -48,8 +53,8 @@ private:
     fxDescriptor directory;  // closed if it may not be read
     char target[PATH_MAX];   // the path; no link
     char made[PATH_MAX];     // the new file's path; empty if there is none
+    char oldName[PATH_MAX];  // a second name of the old file; empty if it has none
     struct stat64 old;       // the old file's
     struct stat64 current;   // the new file's
     bool hasOld;             // there is an old file
-    bool isSwapped;          // the old file has the new one's path, and the other way round
 };

@@ -92,13 +92,12 @@ int rename(const char* from, const char* to) noexcept {
     return fails("rename") ? -1 : system(from, to);
 }
 
-int renameat2(int a, const char* from, int b, const char* to, unsigned int flags) noexcept {
-    static auto* const system =
-        systemFunction<int(int, const char*, int, const char*, unsigned int)>("renameat2");
-    // As a file system that cannot let two files change places.
-    if (std::strcmp(setting("FAIL_SWAPS"), "all") == 0)
-        return errno = EINVAL, -1;
-    return fails("renameat2") ? -1 : system(a, from, b, to, flags);
+int link(const char* from, const char* to) noexcept {
+    static auto* const system = systemFunction<int(const char*, const char*)>("link");
+    // As a file system on which a file has one name.
+    if (std::strcmp(setting("FAIL_LINKS"), "all") == 0)
+        return errno = EPERM, -1;
+    return fails("link") ? -1 : system(from, to);
 }
 
 int fchmod(int fd, mode_t mode) noexcept {

@@ -55,7 +55,7 @@ unsigned int strays(const TemporaryFolder& folder, bool removes = true) {
         if (name == "book")
             continue;
         EXPECT_EQ(0u, name.find(".book.saving-")) << name;
-        EXPECT_EQ(21u, name.size()) << name;
+        EXPECT_TRUE(name.size() == 21 || name.substr(21) == "-old") << name;
         ++n;
         if (removes)
             fs::remove(entry.path());
@@ -166,12 +166,12 @@ namespace {
 // Runs the saver while the call `at` of a system call fails.
 ProgramResult runFailing(const TemporaryFolder& folder, const std::string& call, unsigned int at,
                          int error, const std::vector<std::string>& arguments,
-                         const char* swaps = "") {
+                         const char* links = "") {
     const std::string settings[] = {"FAIL_CALL=" + call,
                                     "FAIL_AT=" + std::to_string(at),
                                     "FAIL_WITH=" + std::to_string(error),
                                     "FAIL_BELOW=" + folder.path(),
-                                    std::string("FAIL_SWAPS=") + swaps,
+                                    std::string("FAIL_LINKS=") + links,
                                     "LD_PRELOAD=" KELVOFXDS_FAILING_CALLS};
     std::vector<std::string> words(std::begin(settings), std::end(settings));
     words.push_back(KELVOFXDS_SAVER);
@@ -181,7 +181,7 @@ ProgramResult runFailing(const TemporaryFolder& folder, const std::string& call,
 
 // Lets each call of `call` fail in turn; returns how many there are, and adds to
 // `saved` how often the file was saved all the same.
-unsigned int failEach(const std::string& call, int error, bool hasOld, const char* swaps,
+unsigned int failEach(const std::string& call, int error, bool hasOld, const char* links,
                       unsigned int& saved) {
     const TemporaryFolder folder;
     const std::string path = folder / "book";
@@ -192,7 +192,7 @@ unsigned int failEach(const std::string& call, int error, bool hasOld, const cha
             EXPECT_EQ("", save(path, 1));
         }
         const ProgramResult result =
-            runFailing(folder, call, at, error, {"save", path, "2", std::to_string(people)}, swaps);
+            runFailing(folder, call, at, error, {"save", path, "2", std::to_string(people)}, links);
         if (result.err.empty()) {
             EXPECT_EQ(0, result.status);
             EXPECT_EQ(textOf(2), load(path));
@@ -223,13 +223,12 @@ TEST(fxFileFaults, eachFailingCallLeavesTheOldFileAndAReason) {
         int error;
         unsigned int calls, saved;  // with an old file
         unsigned int callsOfNew;    // without one
-    } cases[] = {{"stat64", EACCES, 1, 0, 1},      {"lstat64", EIO, 1, 0, 1},
-                 {"open64", EMFILE, 2, 0, 2},      {"open64", ENOSPC, 2, 0, 2},
-                 {"fopencookie", ENOMEM, 1, 0, 1}, {"write", EIO, 4, 0, 4},
-                 {"write", ENOSPC, 4, 0, 4},       {"fstat64", EIO, 1, 0, 1},
-                 {"fchmod", EPERM, 1, 0, 0},       {"fsync", EIO, 2, 0, 2},
-                 {"fsync", EDQUOT, 2, 0, 2},       {"close", EIO, 2, 1, 2},
-                 {"renameat2", EINVAL, 1, 1, 0},   {"rename", EXDEV, 0, 0, 1}};
+    } cases[] = {
+        {"stat64", EACCES, 1, 0, 1}, {"lstat64", EIO, 1, 0, 1},        {"open64", EMFILE, 2, 0, 2},
+        {"open64", ENOSPC, 2, 0, 2}, {"fopencookie", ENOMEM, 1, 0, 1}, {"write", EIO, 4, 0, 4},
+        {"write", ENOSPC, 4, 0, 4},  {"fstat64", EIO, 1, 0, 1},        {"fchmod", EPERM, 1, 0, 0},
+        {"fsync", EIO, 2, 0, 2},     {"fsync", EDQUOT, 2, 0, 2},       {"close", EIO, 2, 1, 2},
+        {"link", EPERM, 1, 1, 0},    {"rename", EXDEV, 1, 0, 1}};
     for (const auto& c : cases) {
         unsigned int saved = 0;
         EXPECT_EQ(c.calls, failEach(c.call, c.error, true, "", saved)) << c.call;
@@ -248,7 +247,7 @@ TEST(fxFileFaults, interruptedCallsGoOn) {
     }
 }
 
-TEST(fxFileFaults, renameServesWhereFilesCannotChangePlaces) {
+TEST(fxFileFaults, aFileThatCanHaveOneNameAloneIsReplacedAllTheSame) {
     unsigned int saved = 0;
     EXPECT_EQ(1u, failEach("rename", EXDEV, true, "all", saved));
     EXPECT_EQ(0u, saved);
@@ -367,7 +366,7 @@ unsigned int killAtEach(const TemporaryFolder& folder, bool hasOld, bool& sawOld
         const Stop stop = killedAt(path, 2, at);
         if (stop == Stop::isRefused)
             return 0;
-        EXPECT_GE(1u, strays(folder));
+        EXPECT_GE(2u, strays(folder));
         const bool exists = fs::exists(path);
         EXPECT_TRUE(exists || !hasOld);
         const std::string left = exists ? load(path) : oldText;
