@@ -105,6 +105,7 @@ public:
     /// Fails the read, for the reason that the format and its arguments give, if
     /// nothing has failed it before; returns 0, for an xdr to return.
     unsigned char fail(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
 private:
     friend class fxTranscriber;
     struct Root;

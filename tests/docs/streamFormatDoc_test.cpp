@@ -56,15 +56,7 @@ std::vector<std::string> dumps() {
 }
 
 // The dumps' places in the document.
-enum {
-    littleGlossary,
-    bigGlossary,
-    pairWritten,
-    pairReadable,
-    littleGraph,
-    bigGraph,
-    dumpCount
-};
+enum { littleGlossary, bigGlossary, pairWritten, pairReadable, littleGraph, bigGraph, dumpCount };
 
 class Glossary : public fxXDRObj {
 public:
