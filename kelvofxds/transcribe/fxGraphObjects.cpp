@@ -211,7 +211,7 @@ bool fxGraphReader::Root::embed(fxTypeObj& type, void* address) {
         return isEmbedded(words[0], address);
     if (tag != fxOT_Embedded)
         return fail("a record \"%s\" comes where an embedded object should", nameOf(tag));
-    unsigned int version;
+    unsigned int version = 0;
     if (!versionOf(type, version) || !embedAt(words[0], type, address))
         return false;
     return fxContents::withVersion(reader, version, [&] { return type.xdr(address, reader); }) ||

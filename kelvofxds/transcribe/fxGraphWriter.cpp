@@ -207,7 +207,7 @@ bool fxGraphWriter::Root::putBody(const Work& work, fxGraphWriter& writer) {
     // NOLINTNEXTLINE(performance-no-int-to-ptr): an item holds it as a word.
     fxTypeObj& type = *reinterpret_cast<fxTypeObj*>(work.kind);
     facts[work.number - 1] = body = work.number;
-    std::uint32_t typeNumber;
+    std::uint32_t typeNumber = 0;
     if (!defineType(type, typeNumber) || !put(fxOT_Object, work.number, typeNumber, type.version))
         return false;
     if (fxContents::withVersion(writer, type.version,
@@ -342,7 +342,7 @@ unsigned char fxGraphWriter::xdr(fxTypeObj& type, void* previous, void* address)
     if (previous == address)
         return 1;
     Root& r = *root;
-    std::uint32_t typeNumber;
+    std::uint32_t typeNumber = 0;
     if (!r.isOpen() || !r.defineType(type, typeNumber))
         return 0;
     fxIdentityTable::Entry* entry = r.meet(address, wordOf(&type));

@@ -69,6 +69,7 @@ private:
     // The list can be as long as the graph, so it grows by doubling.
     bool grow() {
         const unsigned int grown = capacity != 0 ? capacity * 2 : smallest;
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): records may be pointers.
         void* block = std::realloc(works, grown * sizeof(Work));
         if (!block)
             return false;
