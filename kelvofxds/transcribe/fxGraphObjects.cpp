@@ -196,7 +196,7 @@ bool fxGraphReader::Root::pointToObject(void* field, fxTypeObj& type) {
         fail("a record \"%s\" comes where a pointer to an object should", nameOf(tag));
     if (!thing || (&type != &fxXDRObj_type && !expect(*thing, type)))
         return false;
-    Pointer pointer = {field, number, body, {0}, 0, reader.isCounted(), false};
+    Pointer pointer = {field, number, body, {0}, 0, reader->isCounted(), false};
     pointer.isRight = check;
     areAsked = areAsked || check || pointer.isCounted;
     return pointers.push(pointer) || failForMemory();
@@ -214,7 +214,7 @@ bool fxGraphReader::Root::embed(fxTypeObj& type, void* address) {
     unsigned int version = 0;
     if (!versionOf(type, version) || !embedAt(words[0], type, address))
         return false;
-    return fxContents::withVersion(reader, version, [&] { return type.xdr(address, reader); }) ||
+    return fxContents::withVersion(*reader, version, [&] { return type.xdr(address, *reader); }) ||
            fail("an embedded \"%.80s\" cannot be read", type.name);
 }
 
@@ -303,7 +303,7 @@ bool fxGraphReader::Root::readObject(std::uint32_t number, fxTypeObj& record,
     thing->isOfItsOwn = true;
     thing->body = body = number;
     --awaited;
-    return fxContents::withVersion(reader, version, [&] { return record.xdr(object, reader); }) ||
+    return fxContents::withVersion(*reader, version, [&] { return record.xdr(object, *reader); }) ||
            fail("a \"%.80s\" cannot be read: its xdr returned 0", record.name);
 }
 
@@ -354,7 +354,7 @@ void* fxGraphReader::Root::read(fxTypeObj& type) {
     awaited = 0;
     bool isDone;
     {
-        const fxGraphSource::Use use(source, reader.getStream());
+        const fxGraphSource::Use use(source, reader->getStream());
         isDone = readRoot(type);
     }
     isReading = false;
@@ -368,7 +368,7 @@ void* fxGraphReader::Root::read(fxTypeObj& type) {
 
 bool fxGraphReader::Root::readRoot(fxTypeObj& type) {
     rootAt = source.count();
-    if (!reader.getStream())
+    if (!reader->getStream())
         return fail("there is no stream");
     if (!readFirst() || !readFirstBody(type))
         return false;

@@ -24,6 +24,9 @@ const unsigned int tooLong = 0xFFFFFFFF;
 // What is allocated on the mere word of a stream.
 const unsigned int firstStep = 64 * 1024;
 
+const unsigned int longestName = 64 * 1024;  // of a type, in bytes
+const unsigned int roomForCopy = 64;         // beside a name's bytes
+
 // Bytes of `n` elements; tooLong when they exceed a word.
 template <class Element>
 unsigned int bytesOf(unsigned int n) {
@@ -201,10 +204,16 @@ bool fxGraphReader::Root::readName(fxStackBuffer& name) {
     do {
         if (!source.get(&c, 1))
             return failForEnd();
+        if (name.length() == longestName)
+            return fail("the name of a type has more than %u bytes", longestName);
         if (!name.tryAddc(c))
             return failForMemory();
     } while (c != '\0');
-    return true;
+    // It is copied where it is looked up, and a refusal would end the process there.
+    void* volatile probe = std::malloc(name.length() + roomForCopy);
+    const bool isThere = probe != nullptr;
+    std::free(probe);
+    return isThere || failForMemory();
 }
 
 // A type's record: the number has been read. Each type has a number of its own.
@@ -309,11 +318,16 @@ char* fxGraphReader::Root::readBuffer(unsigned int n, bool isForString) {
 // The reader.
 
 fxGraphReader::fxGraphReader(fxStream* s, short shortMark, long longMark, const char* floatFormat)
-    : root(fxNew<Root>(*this)) {
+    : fxGraphReader(fxNew<Root>(), s, shortMark, longMark, floatFormat) {}
+
+fxGraphReader::fxGraphReader(Root* owned, fxStream* s, short shortMark, long longMark,
+                             const char* floatFormat)
+    : root(owned) {
     reading = 1;
     fxContents::setGraphs(*this);
     holdStream(s);
     Root& r = *root;
+    r.reader = this;
     r.shorts =
         fxBinaryFormat::orderOf(static_cast<unsigned short>(shortMark), fxBinaryFormat::shortMarks);
     r.longs =
@@ -331,9 +345,21 @@ fxGraphReader::fxGraphReader(fxStream* s, short shortMark, long longMark, const 
 
 fxGraphReader::~fxGraphReader() { delete root; }
 
+// Null when there is no memory.
+fxGraphReader* fxGraphReader::make(fxStream* stream, short shortMark, long longMark,
+                                   const char* floatFormat) {
+    auto* root = fxTryNew<Root>();
+    auto* reader = root ? new (std::nothrow)
+                              fxGraphReader(root, stream, shortMark, longMark, floatFormat)
+                        : nullptr;
+    if (!reader)
+        delete root;
+    return reader;
+}
+
 fxTranscriber* fxGraphReader::forStandardStreams(fxStream* stream, short shortMark, long longMark,
                                                  const char* floatFormat) {
-    auto* reader = fxTryNew<fxGraphReader>(stream, shortMark, longMark, floatFormat);
+    fxGraphReader* reader = make(stream, shortMark, longMark, floatFormat);
     if (reader) {
         reader->root->isStandard = true;
         reader->root->headerBytes +=
@@ -344,7 +370,7 @@ fxTranscriber* fxGraphReader::forStandardStreams(fxStream* stream, short shortMa
 
 fxTranscriber* makeGraphReader(fxStream* stream, short shortMark, long longMark,
                                const char* floatFormat) {
-    return fxTryNew<fxGraphReader>(stream, shortMark, longMark, floatFormat);
+    return fxGraphReader::make(stream, shortMark, longMark, floatFormat);
 }
 
 const char* fxGraphReader::className() const { return readerName; }

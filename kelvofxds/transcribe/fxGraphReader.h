@@ -108,8 +108,14 @@ public:
 
 private:
     friend class fxTranscriber;
+    friend fxTranscriber* makeGraphReader(fxStream* stream, short shortMark, long longMark,
+                                          const char* floatFormat);
     struct Root;
 
+    fxGraphReader(Root* owned, fxStream* s, short shortMark, long longMark,
+                  const char* floatFormat);
+    static fxGraphReader* make(fxStream* stream, short shortMark, long longMark,
+                               const char* floatFormat);
     unsigned char takeCharge(void* block);
 
     Root* root;  // owned

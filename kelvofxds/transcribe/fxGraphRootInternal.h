@@ -76,7 +76,7 @@ struct fxGraphReader::Root {
         std::uint32_t thing;  // index in `things`, + 1
     };
 
-    explicit Root(fxGraphReader& r) : reader(r) {}
+    Root() = default;
     Root(const Root&) = delete;
     Root& operator=(const Root&) = delete;
 
@@ -150,7 +150,7 @@ struct fxGraphReader::Root {
 
     std::uint64_t headerBytes = 0;
 
-    fxGraphReader& reader;
+    fxGraphReader* reader = nullptr;
     fxGraphSource source;
     bool isStandard = false;
     fxBinaryFormat::Order shorts = fxBinaryFormat::Order::same;

@@ -85,9 +85,9 @@ TEST(fxGraphDamage, changedBytesWithARightChecksumDoNoHarm) {
     const std::string bytes = graphStreamOf(town.house);
     const std::string records = bytes.substr(25, bytes.size() - 30);
     const bool isBig = bytes[19] == 0x11;
-    static auto* const loaded = new std::vector<void*>;  // they stay, and what they lead to
+    static auto* const loaded = new std::vector<void*>;  // what they lead to stays
     for (std::size_t n = 0; n < records.size() && !HasFailure(); ++n) {
-        for (const int value : {0, 1, 2, 3, 4, 10, 11, 12, 13, 14, 15, 0x4D, 0x7F, 0x80, 0xFF}) {
+        for (const int value : {0, 1, 4, 10, 12, 13, 15, 0x80, 0xFF}) {
             SCOPED_TRACE(testing::Message() << "byte " << n << " is " << value);
             std::string changed = records;
             changed[n] = static_cast<char>(value);
@@ -96,9 +96,11 @@ TEST(fxGraphDamage, changedBytesWithARightChecksumDoNoHarm) {
             const Held<> stream(static_cast<const void*>(b.str().data()),
                                 static_cast<unsigned int>(b.str().size()));
             const auto reader = graphReaderOn(stream.get());
-            void* object = reader->readObject(Household_type);
-            if (object) {
-                loaded->push_back(object);
+            std::unique_ptr<Household> house(
+                static_cast<Household*>(reader->readObject(Household_type)));
+            if (house) {
+                loaded->push_back(house->head);
+                loaded->push_back(house->array);
                 continue;
             }
             EXPECT_NE('\0', reader->lastError()[0]);

@@ -347,6 +347,13 @@ TEST_F(fxGraphReaderTest, lengthsThatLieAreFoundOut) {
     EXPECT_EQ("offset 41, record 2: the stream ends here", read.error);
 }
 
+TEST_F(fxGraphReaderTest, aNameHasAnEnd) {
+    GraphBytes b;
+    b.type(2, std::string(64 * 1024, 'n'));
+    EXPECT_EQ("offset 25, record 1: the name of a type has more than 65536 bytes",
+              readGraph(b.str(), fxXDRObj_type).error);
+}
+
 TEST_F(fxGraphReaderTest, genericNamesAreWhatIsAskedFor) {
     fxIntArray numbers;
     for (int i = 0; i < 5; ++i)
