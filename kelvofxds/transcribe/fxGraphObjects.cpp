@@ -122,6 +122,8 @@ bool fxGraphReader::Root::versionOf(fxTypeObj& type, unsigned int& version) {
 // Whether another record answers to its name.
 bool fxGraphReader::Root::isShared(fxTypeObj& type) {
     if (lastAsked != &type) {
+        if (!canLookUp(std::strlen(type.name)))
+            return false;
         lastAsked = &type;
         lastIsShared = fxTypeObj::findType(type.name) != &type;
     }

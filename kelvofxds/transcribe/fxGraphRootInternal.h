@@ -94,6 +94,7 @@ struct fxGraphReader::Root {
     bool takeHead();
     bool readType(std::uint32_t number);
     bool readName(fxStackBuffer& name);
+    static bool canLookUp(std::size_t nameLength);
     bool readData(char* to, unsigned int n);
     bool nextData();
     bool readPayload(char* to, unsigned int n) {
