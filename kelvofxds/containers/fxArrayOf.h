@@ -49,6 +49,7 @@ public:
         exchange(copy);
         return *this;
     }
+    /// The same for another one, or one that is given up.
     fxArrayOf& operator=(fxArrayOf&& other) noexcept {
         fxArrayOf moved(std::move(other));
         exchange(moved);
@@ -69,6 +70,7 @@ public:
         this->copyElements(other.data, this->byteAt(this->len), bytes);
         this->len += bytes;
     }
+    /// Inserts copies of the elements of `other`.
     void insert(const fxArrayOf& other, unsigned int index) {
         fxArrayOf copy(other);
         makeRoom(copy.length());
@@ -83,11 +85,13 @@ public:
         this->destroyElements(elements() + start, n * elementSize);
         closeGap(start, n);
     }
+    /// Lets both change places.
     void swap(unsigned int i, unsigned int j) {
         using std::swap;
         if (i != j)
             swap(elements()[i], elements()[j]);
     }
+    /// The index of the first element from `start` on that is equal, or fxArray's not-found value.
     unsigned int find(const T& value, unsigned int start = 0) const {
         return fxArray::find(&value, start);
     }
@@ -106,11 +110,15 @@ public:
         const unsigned int bytes = n * elementSize;
         return fxArrayOf(elementSize, bytes, raw_cut(start, n));
     }
+    /// A copy of the `n` elements from `start` on; the caller's.
     fxArrayOf extract(unsigned int start, unsigned int n) const {
         return fxArrayOf(elementSize, n * elementSize, this->raw_extract(start, n));
     }
+    /// A copy of the first `n` elements.
     fxArrayOf head(unsigned int n) const { return extract(0, n); }
+    /// A copy of the last `n` elements.
     fxArrayOf tail(unsigned int n) const { return extract(this->length() - n, n); }
+    /// As fxArray's: the block of the elements taken out, which the caller ends and frees.
     void* raw_cut(unsigned int start, unsigned int n) {
         if (n == 0)
             return nullptr;
@@ -146,11 +154,17 @@ public:
 
     // Access. Valid until the next growth.
 
+    /// The element at `index`, which is below length().
     T& operator[](unsigned int index) { return elements()[index]; }
+    /// The element at `index`, which is below length().
     const T& operator[](unsigned int index) const { return elements()[index]; }
+    /// The first element, for loops over a range.
     T* begin() { return elements(); }
+    /// Behind the last element.
     T* end() { return elements() + this->length(); }
+    /// The first element, for loops over a range.
     const T* begin() const { return elements(); }
+    /// Behind the last element.
     const T* end() const { return elements() + this->length(); }
 
 private:

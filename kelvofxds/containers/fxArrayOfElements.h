@@ -102,13 +102,16 @@ public:
     }
 
 protected:
+    /// Of an element, in bytes.
     static constexpr unsigned short elementSize = static_cast<unsigned short>(sizeof(T));
 
     fxArrayOfElements() : fxArray(elementSize, 0U) { check(); }
+    /// Adopts a block of that many bytes.
     fxArrayOfElements(unsigned int bytes, void* block) : fxArray(elementSize, bytes, block) {
         check();
     }
 
+    /// The first element; null if there is none.
     T* elements() const { return static_cast<T*>(data); }
 
     /// Moves `n` elements into memory that holds none but, perhaps, some of these.

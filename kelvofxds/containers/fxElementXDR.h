@@ -14,8 +14,10 @@ class fxArrayOf;
 /// How the elements of an fxArrayOf<T> are transcribed.
 template <class T>
 struct fxElementXDR {
+    /// How elements are transcribed.
     enum Kind : int { cannotBe, asNumbers, asPart, byOwnXdr, asPointer, asRef };
 
+    /// How those of T are.
     static constexpr Kind kind() {
         if constexpr (isOneOf<T, bool, char, signed char, unsigned char, short, unsigned short, int,
                               unsigned int, long, unsigned long, float, double>())

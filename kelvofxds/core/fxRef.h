@@ -25,6 +25,7 @@
 template <class T>
 class fxRef {
 public:
+    /// What it leads to.
     using element_type = T;
 
     /// Holds nothing.
@@ -40,6 +41,7 @@ public:
     fxRef(const fxRef<U>& other) : pointer(other.pointer) {
         take(pointer);
     }
+    /// The same from one that is given up.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     fxRef(fxRef<U>&& other) noexcept : pointer(other.pointer) {
         other.pointer = nullptr;
@@ -53,15 +55,18 @@ public:
         reset(other.pointer);
         return *this;
     }
+    /// The same for another one, or one that is given up.
     fxRef& operator=(fxRef&& other) noexcept {
         fxRef(static_cast<fxRef&&>(other)).swap(*this);
         return *this;
     }
+    /// The same for another one, or one that is given up.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     fxRef& operator=(const fxRef<U>& other) {
         reset(other.pointer);
         return *this;
     }
+    /// The same for another one, or one that is given up.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     fxRef& operator=(fxRef<U>&& other) noexcept {
         fxRef(static_cast<fxRef<U>&&>(other)).swap(*this);
@@ -89,6 +94,7 @@ public:
         return released;
     }
 
+    /// Lets both change places.
     void swap(fxRef& other) noexcept {
         T* const mine = pointer;
         pointer = other.pointer;
@@ -127,56 +133,69 @@ static_assert(sizeof(fxRef<fxRCObj>) == sizeof(void*), "it can stand where a poi
 // Comparisons are of addresses. Two pointers of different types are compared as the
 // one that both can become.
 
+/// Whether both lead to the same object.
 template <class T, class U>
 bool operator==(const fxRef<T>& a, const fxRef<U>& b) noexcept {
     return a.get() == b.get();
 }
+/// Whether both lead to the same object.
 template <class T, class U>
 bool operator==(const fxRef<T>& a, U* b) noexcept {
     return a.get() == b;
 }
+/// Whether both lead to the same object.
 template <class T, class U>
 bool operator==(T* a, const fxRef<U>& b) noexcept {
     return a == b.get();
 }
+/// Whether both lead to the same object.
 template <class T>
 bool operator==(const fxRef<T>& a, std::nullptr_t) noexcept {
     return !a;
 }
+/// Whether both lead to the same object.
 template <class T>
 bool operator==(std::nullptr_t, const fxRef<T>& b) noexcept {
     return !b;
 }
 
+/// Whether they lead to different objects, or one to none.
 template <class T, class U>
 bool operator!=(const fxRef<T>& a, const fxRef<U>& b) noexcept {
     return a.get() != b.get();
 }
+/// Whether they lead to different objects, or one to none.
 template <class T, class U>
 bool operator!=(const fxRef<T>& a, U* b) noexcept {
     return a.get() != b;
 }
+/// Whether they lead to different objects, or one to none.
 template <class T, class U>
 bool operator!=(T* a, const fxRef<U>& b) noexcept {
     return a != b.get();
 }
+/// Whether they lead to different objects, or one to none.
 template <class T>
 bool operator!=(const fxRef<T>& a, std::nullptr_t) noexcept {
     return static_cast<bool>(a);
 }
+/// Whether they lead to different objects, or one to none.
 template <class T>
 bool operator!=(std::nullptr_t, const fxRef<T>& b) noexcept {
     return static_cast<bool>(b);
 }
 
+/// Orders them by address.
 template <class T, class U>
 bool operator<(const fxRef<T>& a, const fxRef<U>& b) noexcept {
     return std::less<std::common_type_t<T*, U*>>()(a.get(), b.get());
 }
+/// Orders them by address.
 template <class T, class U>
 bool operator<(const fxRef<T>& a, U* b) noexcept {
     return std::less<std::common_type_t<T*, U*>>()(a.get(), b);
 }
+/// Orders them by address.
 template <class T, class U>
 bool operator<(T* a, const fxRef<U>& b) noexcept {
     return std::less<std::common_type_t<T*, U*>>()(a, b.get());
@@ -186,6 +205,7 @@ template <class T>
 bool operator<(const fxRef<T>& a, std::nullptr_t) noexcept {
     return std::less<T*>()(a.get(), nullptr);
 }
+/// Orders them by address.
 template <class T>
 bool operator<(std::nullptr_t, const fxRef<T>& b) noexcept {
     return std::less<T*>()(nullptr, b.get());

@@ -75,6 +75,7 @@ public:                                                           \
     FX_DEFINE_XDR_COMMON(Class, name, version, nullptr, nullptr) \
     void* Class::newInstance(::fxTypeObj&) { return nullptr; }
 
+/// What both macros define.
 #define FX_DEFINE_XDR_COMMON(Class, name, version, create, destroy)                      \
     static_assert(::fxXdrAccess::hasMembers<Class>(),                                    \
                   "FX_DEFINE_XDR: FX_XDR_MEMBERS(" #Class ") is missing in the class");  \
@@ -109,6 +110,7 @@ inline constexpr bool fxXdrChecksClasses = false;
 
 /// What the macros, fxXdrPointer and fxXdrRef are made of.
 struct fxXdrAccess {
+    /// Whether T has the members of FX_XDR_MEMBERS itself.
     template <class T>
     static constexpr bool hasMembers() {
         if constexpr (fxHasXdrClass<T>::value)
@@ -135,6 +137,7 @@ struct fxXdrAccess {
         return const_cast<std::remove_const_t<T>*>(object);
     }
 
+    /// The pointer of a reference, as a field to be set.
     template <class T>
     static T** fieldOf(fxRef<T>& ref) {
         return &ref.pointer;
