@@ -25,18 +25,14 @@ struct fxContents {
     template <class Transcribe>
     static unsigned char withVersion(fxTranscriber& t, unsigned int version,
                                      Transcribe transcribe) {
-        const unsigned char before = t.version;
-        unsigned char isDone;
+        const Restored after(t);
         if (version < great - 1U) {
             t.version = static_cast<unsigned char>(version + 1);
-            isDone = transcribe();
-        } else {
-            const Great held(t, version);
-            t.version = great;
-            isDone = transcribe();
+            return transcribe();
         }
-        t.version = before;
-        return isDone;
+        const Great held(t, version);
+        t.version = great;
+        return transcribe();
     }
 
     static unsigned int versionOf(const fxTranscriber& t) {
@@ -55,6 +51,19 @@ struct fxContents {
 private:
     static const unsigned char great = 255;
     static const unsigned int newest = 0xFFFFFFFF;
+
+    // What the version was before, also when a host's exception passes through.
+    class Restored {
+    public:
+        explicit Restored(fxTranscriber& t) : transcriber(t), version(t.version) {}
+        Restored(const Restored&) = delete;
+        Restored& operator=(const Restored&) = delete;
+        ~Restored() { transcriber.version = version; }
+
+    private:
+        fxTranscriber& transcriber;
+        unsigned char version;
+    };
 
     // A version that its byte cannot hold. The newest stands in front.
     struct __attribute__((visibility("hidden"))) Great : fxInProgress<Great> {

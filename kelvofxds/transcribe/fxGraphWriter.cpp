@@ -58,6 +58,27 @@ struct fxGraphWriter::Root {
     static const Fact waiting = 0;
     static const Fact isWritten = 0x80000000;
 
+    // The end of a root, also when a host's exception passes through.
+    struct Ending {
+        explicit Ending(Root& r) : root(&r), isDone(false) {}
+        Ending(const Ending&) = delete;
+        Ending& operator=(const Ending&) = delete;
+        ~Ending() {
+            if (!root)
+                return;
+            root->fail("an exception ended the root");  // unless it has failed before
+            root->end(false);
+        }
+        bool end() {
+            Root& ended = *root;
+            root = nullptr;
+            return ended.end(isDone);
+        }
+
+        Root* root;  // null when it has ended
+        bool isDone;
+    };
+
     bool isOpen();
     bool begin(fxStream* s);
     bool end(bool isDone);
@@ -78,7 +99,7 @@ struct fxGraphWriter::Root {
         return output.begin(*stream, tag, words...) || failForStream();
     }
     bool add(const void* data, unsigned int n) {
-        return isOpen() &&
+        return isOpen() && (n != tooLong || fail("there are too many elements in place")) &&
                (output.add(*stream, static_cast<const char*>(data), n) || failForStream());
     }
 
@@ -308,8 +329,11 @@ void fxGraphWriter::reset() {
 void* fxGraphWriter::readObject(fxTypeObj&) { return nullptr; }
 
 unsigned char fxGraphWriter::writeObject(void* address, fxXDRObj* object) {
-    return object && address && root->begin(stream) &&
-           root->end(root->putRoot(address, object->getTypeObj(), *this));
+    if (!object || !address || !root->begin(stream))
+        return 0;
+    Root::Ending ending(*root);
+    ending.isDone = root->putRoot(address, object->getTypeObj(), *this);
+    return ending.end();
 }
 
 // Objects.
