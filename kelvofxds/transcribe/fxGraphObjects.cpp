@@ -53,7 +53,7 @@ fxGraphReader::Root::Thing* fxGraphReader::Root::newThing(std::uint32_t number, 
         fail("number %u is not the next one", number);
         return nullptr;
     }
-    if (mostObjects != 0 && things.length() - firstThing >= mostObjects) {
+    if (kind != Kind::type && mostObjects != 0 && objects >= mostObjects) {
         fail("there are more than %u objects", mostObjects);
         return nullptr;
     }
@@ -65,8 +65,10 @@ fxGraphReader::Root::Thing* fxGraphReader::Root::newThing(std::uint32_t number, 
     }
     if (place)
         place->thing = things.length();
-    if (kind != Kind::type)
+    if (kind != Kind::type) {
+        ++objects;
         ++awaited;
+    }
     return &things[things.length() - 1];
 }
 
@@ -352,20 +354,26 @@ void* fxGraphReader::Root::read(fxTypeObj& type) {
     isAtEnd = false;
     isReading = true;
     areAsked = false;
+    nextIsRight = nullptr;
     firstThing = things.length();
-    awaited = 0;
-    bool isDone;
-    {
-        const fxGraphSource::Use use(source, reader->getStream());
-        isDone = readRoot(type);
+    objects = awaited = 0;
+    Ending ending(*this);
+    const fxGraphSource::Use use(source, reader->getStream());
+    ending.isDone = readRoot(type);
+    return ending.isDone ? find(rootNumber)->address : nullptr;
+}
+
+// A root ends whole or as if it had never been, also when a host's exception passes
+// through.
+fxGraphReader::Root::Ending::~Ending() {
+    root.isReading = false;
+    root.body = 0;
+    if (!isDone && !root.isAtEnd) {
+        root.fail("an exception ended the read");  // unless it has failed before
+        root.release();
     }
-    isReading = false;
-    body = 0;
-    if (!isDone && !isAtEnd)
-        release();
-    pointers.clear();
-    leftovers.clear();
-    return isDone ? find(rootNumber)->address : nullptr;
+    root.pointers.clear();
+    root.leftovers.clear();
 }
 
 bool fxGraphReader::Root::readRoot(fxTypeObj& type) {

@@ -76,6 +76,17 @@ struct fxGraphReader::Root {
         std::uint32_t thing;  // index in `things`, + 1
     };
 
+    // The end of a read.
+    struct Ending {
+        explicit Ending(Root& r) : root(r), isDone(false) {}
+        Ending(const Ending&) = delete;
+        Ending& operator=(const Ending&) = delete;
+        ~Ending();
+
+        Root& root;
+        bool isDone;
+    };
+
     Root() = default;
     Root(const Root&) = delete;
     Root& operator=(const Root&) = delete;
@@ -173,6 +184,7 @@ struct fxGraphReader::Root {
     bool areAsked = false;        // some of them have conditions
     unsigned int firstThing = 0;  // index of the root's own
     unsigned int firstType = 0;
+    unsigned int objects = 0;  // and blocks of the root
     unsigned int awaited = 0;  // things that pointers lead to and that are not made
     std::uint32_t body = 0;    // number of the object whose contents are being read
     std::uint32_t rootNumber = 0;

@@ -318,8 +318,8 @@ TEST_F(fxGraphReaderTest, limitsBoundARoot) {
         const char* error;
     } cases[] = {
         {0, 0, ""},
-        {4, 0, ""},  // and their type
-        {3, 0, "there are more than 3 objects"},
+        {3, 0, ""},
+        {2, 0, "there are more than 2 objects"},
         {0, 91, ""},
         {0, 90, "the root has more than 90 bytes"},
         {0, 10, "the root has more than 10 bytes"},
@@ -336,6 +336,65 @@ TEST_F(fxGraphReaderTest, limitsBoundARoot) {
         releaseAll(leaf);
         EXPECT_EQ(3, Leaf::living);
     }
+}
+
+// What is asked outside of a root is not asked of the next one.
+TEST_F(fxGraphReaderTest, aCheckIsOfThePointerThatFollows) {
+    Leaf leaf;
+    leaf.next = &leaf;
+    const std::string bytes = graphStreamOf(leaf);
+    const Held<> stream(static_cast<const void*>(bytes.data()),
+                        static_cast<unsigned int>(bytes.size()));
+    const auto reader = graphReaderOn(stream.get());
+    reader->checkNext([](fxXDRObj*) { return false; });
+    auto* copy = static_cast<Leaf*>(reader->readObject(Leaf_type));
+    EXPECT_NE(nullptr, copy) << reader->lastError();
+    delete copy;
+}
+
+// A host's exception passes through: nothing is left, and the stream cannot be read on.
+TEST_F(fxGraphReaderTest, anExceptionLeavesNothing) {
+    struct Throwing : Leaf {
+        static fxTypeObj& type() {
+            static fxTypeObj record("GraphThrowing", 1, create, Leaf::destroy, transcribe);
+            return record;
+        }
+        fxTypeObj& getTypeObj() const override { return type(); }
+        static void* create(fxTypeObj&) { return new Throwing; }
+        static unsigned char transcribe(void* object, fxTranscriber& t) {
+            auto* self = static_cast<Throwing*>(object);
+            if (!t.xdr(&self->value, 1))
+                return 0;
+            if (self->value == 13)
+                throw 13;
+            return 1;
+        }
+    };
+    Leaf::nextType = &Throwing::type();
+    Throwing bad;
+    bad.value = 13;
+    Leaf leaf;
+    leaf.next = &bad;
+    const Held<> stream;
+    const auto writer = graphWriterOn(stream.get());
+    EXPECT_THROW(writer->writeObject(&leaf, &leaf), int);
+    EXPECT_STREQ("an exception ended the root", writer->lastError());
+    EXPECT_EQ(25u, stream->length());
+    bad.value = 14;
+    ASSERT_EQ(1, writer->writeObject(&leaf, &leaf)) << writer->lastError();
+    std::string bytes(stream->getBase(), stream->length());
+    for (std::size_t i = 25; i < bytes.size(); ++i)
+        bytes[i] = bytes[i] == 14 ? 13 : bytes[i];
+
+    const Held<> damaged(static_cast<const void*>(bytes.data()),
+                         static_cast<unsigned int>(bytes.size()));
+    const auto reader = graphReaderOn(damaged.get());
+    EXPECT_THROW(reader->readObject(Leaf_type), int);
+    EXPECT_EQ(2, Leaf::living);
+    EXPECT_EQ(nullptr, reader->readObject(Leaf_type));
+    EXPECT_NE(std::string::npos,
+              std::string(reader->lastError()).find("an exception ended the read"));
+    EXPECT_EQ(0xFFFFFFFFu, reader->objectVersion());
 }
 
 // A text that claims much takes no memory before its bytes arrive.
