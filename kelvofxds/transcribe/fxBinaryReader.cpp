@@ -10,6 +10,7 @@
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 #include "kelvofxds/transcribe/fxBinaryReaderInternal.h"
+#include "kelvofxds/transcribe/fxMemberInternal.h"
 #include "kelvofxds/transcribe/fxStream.h"
 
 fxBinaryReader::fxBinaryReader(fxStream* s, short shortMark, long longMark, const char* floatFormat)
@@ -229,20 +230,11 @@ unsigned char fxBinaryReader::readBytes(char* data, unsigned int n) {
 // Elements in place.
 
 namespace {
-const unsigned int tooLong = 0xFFFFFFFF;
-
-// Bytes of `n` elements; tooLong when they exceed a word.
-template <class Element>
-unsigned int bytesOf(unsigned int n) {
-    return n <= tooLong / sizeof(Element) ? n * static_cast<unsigned int>(sizeof(Element))
-                                          : tooLong;
-}
-
 template <class Element>
 unsigned char readElements(fxBinaryReader& reader, fxBinaryConverter convert, Element* elements,
                            unsigned int n) {
-    const unsigned int bytes = bytesOf<Element>(n);
-    return bytes != tooLong && convert(reader, reinterpret_cast<char*>(elements), bytes);
+    const unsigned int bytes = fxBytesOf<Element>(n);
+    return bytes != fxTooLong && convert(reader, reinterpret_cast<char*>(elements), bytes);
 }
 }  // namespace
 
@@ -295,27 +287,27 @@ unsigned char fxBinaryReader::xdr(unsigned char** block, unsigned int n) {
 }
 
 unsigned char fxBinaryReader::xdr(short** block, unsigned int n) {
-    return readPrimPointer(block, bytesOf<short>(n));
+    return readPrimPointer(block, fxBytesOf<short>(n));
 }
 
 unsigned char fxBinaryReader::xdr(unsigned short** block, unsigned int n) {
-    return readPrimPointer(block, bytesOf<unsigned short>(n));
+    return readPrimPointer(block, fxBytesOf<unsigned short>(n));
 }
 
 unsigned char fxBinaryReader::xdr(long** block, unsigned int n) {
-    return readPrimPointer(block, bytesOf<long>(n));
+    return readPrimPointer(block, fxBytesOf<long>(n));
 }
 
 unsigned char fxBinaryReader::xdr(unsigned long** block, unsigned int n) {
-    return readPrimPointer(block, bytesOf<unsigned long>(n));
+    return readPrimPointer(block, fxBytesOf<unsigned long>(n));
 }
 
 unsigned char fxBinaryReader::xdr(float** block, unsigned int n) {
-    return readPrimPointer(block, bytesOf<float>(n));
+    return readPrimPointer(block, fxBytesOf<float>(n));
 }
 
 unsigned char fxBinaryReader::xdr(double** block, unsigned int n) {
-    return readPrimPointer(block, bytesOf<double>(n));
+    return readPrimPointer(block, fxBytesOf<double>(n));
 }
 
 unsigned char fxBinaryReader::xdr(char** text) { return readPrimPointer(text, 0); }

@@ -12,6 +12,7 @@
 #include "kelvofxds/transcribe/fxBinaryReader.h"
 #include "kelvofxds/transcribe/fxBinaryReaderInternal.h"
 #include "kelvofxds/transcribe/fxContentsInternal.h"
+#include "kelvofxds/transcribe/fxMemberInternal.h"
 
 namespace {
 
@@ -25,20 +26,6 @@ const unsigned int smallPadding = 32;
 // What is allocated on the mere word of a stream.
 const unsigned int firstStep = 64 * 1024;
 
-// The two families of memory: an fxStr frees its buffer with free, any other
-// owner of a block with delete[].
-char* allocateBlock(bool forString, std::size_t size) {
-    void* memory = forString ? std::malloc(size) : ::operator new[](size, std::nothrow);
-    return static_cast<char*>(memory);
-}
-
-void freeBlock(bool forString, char* block) {
-    if (forString)
-        std::free(block);
-    else
-        ::operator delete[](block);
-}
-
 // Memory for a block while its body arrives. It has one zero byte more than
 // its size says, so that a text ends in it.
 class BlockMemory {
@@ -46,7 +33,7 @@ public:
     explicit BlockMemory(bool isForString) : forString(isForString), bytes(nullptr) {}
     BlockMemory(const BlockMemory&) = delete;
     BlockMemory& operator=(const BlockMemory&) = delete;
-    ~BlockMemory() { freeBlock(forString, bytes); }
+    ~BlockMemory() { fxFreeBlock(forString, bytes); }
 
     char* address() const { return bytes; }
 
@@ -55,13 +42,13 @@ public:
     bool resize(unsigned int size, unsigned int kept, unsigned int filled) {
         if (size + 1 == 0)
             return false;
-        char* memory = allocateBlock(forString, size + 1);
+        char* memory = fxAllocateBlock(forString, size + 1);
         if (!memory)
             return false;
         if (kept != 0)
             std::memcpy(memory, bytes, kept);
         std::memset(memory + filled, 0, size + 1 - filled);
-        freeBlock(forString, bytes);
+        fxFreeBlock(forString, bytes);
         bytes = memory;
         return true;
     }
@@ -76,9 +63,6 @@ private:
     bool forString;
     char* bytes;
 };
-
-// Bytes, since the member may be a pointer of any type.
-void setPointer(void* field, void* address) { std::memcpy(field, &address, sizeof address); }
 
 }  // namespace
 
@@ -316,7 +300,7 @@ unsigned char fxBinaryReader::xdr(void* field, fxXDRObj*, fxTypeObj&, fxXDRObj*,
         return store(item);
     if (tag != fxOT_Null)
         fxFatal("XXX bad news!");
-    setPointer(item.field, nullptr);
+    fxSetPointer(item.field, nullptr);
     return 1;
 }
 
@@ -398,7 +382,7 @@ unsigned char fxBinaryReader::store(const fxBinaryReaderItem& item) {
     if (item.target == fxBinaryReaderItem::stringTarget)
         static_cast<char*>(record->address())[item.wantedSize - 1] = '\0';
     record->taken = true;
-    setPointer(item.field, record->address());
+    fxSetPointer(item.field, record->address());
     return 1;
 }
 

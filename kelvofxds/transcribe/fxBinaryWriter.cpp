@@ -12,6 +12,7 @@
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxBinaryFormatInternal.h"
 #include "kelvofxds/transcribe/fxContentsInternal.h"
+#include "kelvofxds/transcribe/fxMemberInternal.h"
 #include "kelvofxds/transcribe/fxObjectTableInternal.h"
 #include "kelvofxds/transcribe/fxPieceInternal.h"
 #include "kelvofxds/transcribe/fxStream.h"
@@ -22,20 +23,6 @@ namespace {
 const unsigned int objectItem = 0;
 const unsigned int blockItem = 1;
 const unsigned int listed = 2;  // it waits in `workQueue`
-
-std::uint32_t wordOf(const void* address) { return reinterpret_cast<std::uint32_t>(address); }
-
-// The pointer in `field`, whose type may be another than the one it came as: an
-// int* comes as a long*.
-void* pointerAt(const void* field) {
-    void* address = nullptr;
-    std::memcpy(&address, field, sizeof address);
-    return address;
-}
-
-unsigned int sizeWithNul(const char* text) {
-    return static_cast<unsigned int>(std::strlen(text)) + 1;
-}
 
 void* addressOf(const fxObjectTable::Entry& entry) {
     // NOLINTNEXTLINE(performance-no-int-to-ptr): the table holds words.
@@ -59,7 +46,7 @@ struct fxBinaryWriter::Index : fxObjectTable, fxWordIndex<fxObjectTable::Entry, 
 
     // Its value is 0 as long as it has no number. Looked up once a pointer.
     Entry& entryOf(const void* address) {
-        Entry* entry = findOrAdd(wordOf(address));
+        Entry* entry = findOrAdd(fxWordOf(address));
         if (!entry)
             fxOutOfMemory();
         return *entry;
@@ -105,7 +92,7 @@ unsigned long fxBinaryWriter::recordIdForAddress(void* address) {
 }
 
 unsigned long fxBinaryWriter::alreadyWritten(void* address) {
-    const fxObjectTable::Entry* entry = index->find(wordOf(address));
+    const fxObjectTable::Entry* entry = index->find(fxWordOf(address));
     return entry ? entry->value : 0;
 }
 
@@ -192,14 +179,14 @@ inline unsigned char fxBinaryWriter::putRecord(const fxBinaryFormat::Record& rec
     char bytes[fxBinaryFormat::mostHeadBytes];
     const char* const end = putFields(bytes, record);
     return stream->putBytes(bytes, static_cast<unsigned int>(end - bytes)) &&
-           (!text || stream->putBytes(text, sizeWithNul(text))) &&
+           (!text || stream->putBytes(text, fxSizeWithNul(text))) &&
            (payloadCount == 0 || stream->putBytes(payload, payloadCount));
 }
 
 unsigned char fxBinaryWriter::collectRecord(const fxBinaryFormat::Record& record, const char* text,
                                             const char* payload) {
     fxPiece& piece = index->piece;
-    const unsigned int textSize = text ? sizeWithNul(text) : 0;
+    const unsigned int textSize = text ? fxSizeWithNul(text) : 0;
     char* const at = piece.room(fxBinaryFormat::mostHeadBytes + textSize + payloadCount);
     if (!at)
         return 0;
@@ -301,7 +288,7 @@ unsigned char fxBinaryWriter::writePrimPointer(void* address, unsigned int lengt
 // Objects.
 
 unsigned char fxBinaryWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxXDRObj*, void*) {
-    void* address = pointerAt(field);
+    void* address = fxPointerIn(field);
     if (!address)
         return writeNullPointer();
     if (!object || !writePending())
@@ -313,7 +300,7 @@ unsigned char fxBinaryWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxX
     fxObjectTable::Entry& entry = index->entryOf(address);
     const bool isKnown = entry.value != 0;
     if (!isKnown)
-        addWork({objectItem, &entry, wordOf(&type), 0});
+        addWork({objectItem, &entry, fxWordOf(&type), 0});
     setPending(isKnown ? fxOT_OldObject : fxOT_ObjectPointer, entry.value);
     return 1;
 }
@@ -340,7 +327,7 @@ void* fxBinaryWriter::readObject(fxTypeObj&) {
 unsigned char fxBinaryWriter::writeObject(void* address, fxXDRObj* object) {
     if (!object)
         return 0;
-    const unsigned int type = wordOf(&object->getTypeObj());
+    const unsigned int type = fxWordOf(&object->getTypeObj());
     const fxPiece::Collecting collecting(index->piece, stream);
     if (!index->piece.handOver())
         return 0;
@@ -396,13 +383,13 @@ unsigned char writeElements(fxBinaryWriter& writer, Element* elements, unsigned 
 template <class Element>
 unsigned char writePointer(fxBinaryWriter& writer, Element* const* block, unsigned int n,
                            fxBinaryOTTag blockTag) {
-    return writer.writePrimPointer(pointerAt(block), n * static_cast<unsigned int>(sizeof(Element)),
-                                   blockTag);
+    return writer.writePrimPointer(fxPointerIn(block),
+                                   n * static_cast<unsigned int>(sizeof(Element)), blockTag);
 }
 
 unsigned char writeText(fxBinaryWriter& writer, const void* field) {
-    void* text = pointerAt(field);
-    const unsigned int size = text ? sizeWithNul(static_cast<const char*>(text)) : 0;
+    void* text = fxPointerIn(field);
+    const unsigned int size = text ? fxSizeWithNul(static_cast<const char*>(text)) : 0;
     return writer.writePrimPointer(text, size, fxOT_Bytes);
 }
 }  // namespace

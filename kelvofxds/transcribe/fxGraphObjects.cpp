@@ -9,14 +9,12 @@
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxContentsInternal.h"
 #include "kelvofxds/transcribe/fxGraphRootInternal.h"
+#include "kelvofxds/transcribe/fxMemberInternal.h"
 
 namespace {
 const char* nameOf(unsigned int tag) {
     return tag < fxBinaryFormat::recordCount ? fxBinaryFormat::records[tag].name : "end of a root";
 }
-
-// Bytes, since the member may be a pointer of any type.
-void setPointer(void* field, void* address) { std::memcpy(field, &address, sizeof address); }
 
 void destroy(const fxTypeObj* record, void* object) {
     if (record->destroy)
@@ -153,7 +151,7 @@ bool fxGraphReader::Root::point(void* field, unsigned char blockTag, unsigned in
     if (!nextRecord())
         return false;
     if (!isForString)
-        setPointer(field, nullptr);
+        fxSetPointer(field, nullptr);
     if (tag == fxOT_Null && !isForString)
         return true;
     const std::uint32_t number = words[0];
@@ -187,7 +185,7 @@ bool fxGraphReader::Root::pointToObject(void* field, fxTypeObj& type) {
     nextIsRight = nullptr;
     if (!nextRecord())
         return false;
-    setPointer(field, nullptr);
+    fxSetPointer(field, nullptr);
     if (tag == fxOT_Null)
         return true;
     const std::uint32_t number = words[0];
@@ -519,7 +517,7 @@ bool fxGraphReader::Root::canBeSet(const Pointer& pointer) {
 
 void fxGraphReader::Root::set(const Pointer& pointer) {
     void* const address = find(pointer.number)->address;
-    setPointer(pointer.field, address);
+    fxSetPointer(pointer.field, address);
     if (pointer.isCounted)
         ++static_cast<fxXDRObj*>(address)->count;
 }
@@ -544,7 +542,7 @@ void fxGraphReader::Root::release() {
         if (!thing.isMade)
             continue;
         if (thing.kind == Kind::block)
-            fxGraphBlock::release(thing.isForString, static_cast<char*>(thing.address));
+            fxFreeBlock(thing.isForString, static_cast<char*>(thing.address));
         else if (thing.kind == Kind::object && thing.isOfItsOwn)
             destroy(thing.record, thing.address);
     }

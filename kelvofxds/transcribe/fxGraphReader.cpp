@@ -14,25 +14,18 @@
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxContentsInternal.h"
 #include "kelvofxds/transcribe/fxGraphRootInternal.h"
+#include "kelvofxds/transcribe/fxMemberInternal.h"
 
 using fxBinaryFormat::Order;
 
 namespace {
 const char readerName[] = "fxGraphReader";
-const unsigned int tooLong = 0xFFFFFFFF;
 
 // What is allocated on the mere word of a stream.
 const unsigned int firstStep = 64 * 1024;
 
 const unsigned int longestName = 64 * 1024;  // of a type, in bytes
 const unsigned int roomForCopy = 64;         // beside a name's bytes
-
-// Bytes of `n` elements; tooLong when they exceed a word.
-template <class Element>
-unsigned int bytesOf(unsigned int n) {
-    return n <= tooLong / sizeof(Element) ? n * static_cast<unsigned int>(sizeof(Element))
-                                          : tooLong;
-}
 
 template <class Rearrange>
 void forUnits(char* at, unsigned int n, unsigned int unit, Rearrange rearrange) {
@@ -269,18 +262,6 @@ bool fxGraphReader::Root::readData(char* to, unsigned int n) {
     return true;
 }
 
-char* fxGraphBlock::allocate(bool isForString, unsigned int size) {
-    void* memory = isForString ? std::malloc(size) : ::operator new[](size, std::nothrow);
-    return static_cast<char*>(memory);
-}
-
-void fxGraphBlock::release(bool isForString, char* block) {
-    if (isForString)
-        std::free(block);
-    else
-        ::operator delete[](block);
-}
-
 void fxGraphReader::Root::convertBlock(unsigned char blockTag, char* block,
                                        unsigned int size) const {
     if (blockTag == fxOT_Shorts)
@@ -298,22 +279,22 @@ char* fxGraphReader::Root::readBuffer(unsigned int n, bool isForString) {
         return nullptr;
     }
     unsigned int size = std::max(1U, std::min(n, firstStep));
-    char* block = fxGraphBlock::allocate(isForString, size);
+    char* block = fxAllocateBlock(isForString, size);
     unsigned int have = 0;
     while (block) {
         const unsigned int step = std::min(n, size) - have;
         if (!readPayload(block + have, step)) {
-            fxGraphBlock::release(isForString, block);
+            fxFreeBlock(isForString, block);
             return nullptr;
         }
         have += step;
         if (have == n)
             return block;
         size = n / 2 < size ? n : size * 2;
-        char* const grown = fxGraphBlock::allocate(isForString, size);
+        char* const grown = fxAllocateBlock(isForString, size);
         if (grown)
             std::memcpy(grown, block, have);
-        fxGraphBlock::release(isForString, block);
+        fxFreeBlock(isForString, block);
         block = grown;
     }
     failForMemory();
@@ -423,7 +404,7 @@ unsigned char fxGraphReader::takeCharge(void* block) {
 namespace {
 template <class Root>
 bool readElements(Root& root, void* elements, unsigned int bytes) {
-    return root.isOpen() && bytes != tooLong &&
+    return root.isOpen() && bytes != fxTooLong &&
            root.readPayload(static_cast<char*>(elements), bytes);
 }
 }  // namespace
@@ -437,9 +418,9 @@ unsigned char fxGraphReader::xdr(unsigned char* elements, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(short* elements, unsigned int n) {
-    if (!readElements(*root, elements, bytesOf<short>(n)))
+    if (!readElements(*root, elements, fxBytesOf<short>(n)))
         return 0;
-    convertShorts(root->shorts, reinterpret_cast<char*>(elements), bytesOf<short>(n));
+    convertShorts(root->shorts, reinterpret_cast<char*>(elements), fxBytesOf<short>(n));
     return 1;
 }
 
@@ -448,10 +429,10 @@ unsigned char fxGraphReader::xdr(unsigned short* elements, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(long* elements, unsigned int n) {
-    if (!readElements(*root, elements, bytesOf<long>(n)))
+    if (!readElements(*root, elements, fxBytesOf<long>(n)))
         return 0;
     if (root->longs != Order::same)
-        convertLongs(root->longs, reinterpret_cast<char*>(elements), bytesOf<long>(n));
+        convertLongs(root->longs, reinterpret_cast<char*>(elements), fxBytesOf<long>(n));
     return 1;
 }
 
@@ -464,9 +445,9 @@ unsigned char fxGraphReader::xdr(float* elements, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(double* elements, unsigned int n) {
-    if (!readElements(*root, elements, bytesOf<double>(n)))
+    if (!readElements(*root, elements, fxBytesOf<double>(n)))
         return 0;
-    convertDoubles(root->longs, reinterpret_cast<char*>(elements), bytesOf<double>(n));
+    convertDoubles(root->longs, reinterpret_cast<char*>(elements), fxBytesOf<double>(n));
     return 1;
 }
 
@@ -505,27 +486,27 @@ unsigned char fxGraphReader::xdr(unsigned char** block, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(short** block, unsigned int n) {
-    return root->isOpen() && root->point(block, fxOT_Shorts, bytesOf<short>(n), false, false);
+    return root->isOpen() && root->point(block, fxOT_Shorts, fxBytesOf<short>(n), false, false);
 }
 
 unsigned char fxGraphReader::xdr(unsigned short** block, unsigned int n) {
-    return root->isOpen() && root->point(block, fxOT_Shorts, bytesOf<short>(n), false, false);
+    return root->isOpen() && root->point(block, fxOT_Shorts, fxBytesOf<short>(n), false, false);
 }
 
 unsigned char fxGraphReader::xdr(long** block, unsigned int n) {
-    return root->isOpen() && root->point(block, fxOT_Longs, bytesOf<long>(n), false, false);
+    return root->isOpen() && root->point(block, fxOT_Longs, fxBytesOf<long>(n), false, false);
 }
 
 unsigned char fxGraphReader::xdr(unsigned long** block, unsigned int n) {
-    return root->isOpen() && root->point(block, fxOT_Longs, bytesOf<long>(n), false, false);
+    return root->isOpen() && root->point(block, fxOT_Longs, fxBytesOf<long>(n), false, false);
 }
 
 unsigned char fxGraphReader::xdr(float** block, unsigned int n) {
-    return root->isOpen() && root->point(block, fxOT_Floats, bytesOf<float>(n), false, false);
+    return root->isOpen() && root->point(block, fxOT_Floats, fxBytesOf<float>(n), false, false);
 }
 
 unsigned char fxGraphReader::xdr(double** block, unsigned int n) {
-    return root->isOpen() && root->point(block, fxOT_Doubles, bytesOf<double>(n), false, false);
+    return root->isOpen() && root->point(block, fxOT_Doubles, fxBytesOf<double>(n), false, false);
 }
 
 unsigned char fxGraphReader::xdr(char** text) {

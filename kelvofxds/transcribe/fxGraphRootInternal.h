@@ -10,13 +10,6 @@
 #include "kelvofxds/transcribe/fxWordIndexInternal.h"
 #include "kelvofxds/transcribe/fxWorkListInternal.h"
 
-/// The two families of memory: an fxStr frees its buffer with free, any other
-/// owner of a block with delete[].
-struct fxGraphBlock {
-    static char* allocate(bool isForString, unsigned int size);
-    static void release(bool isForString, char* block);
-};
-
 /// Records, the things they make, and the pointers that wait for them.
 ///
 /// Nothing that is made can be seen by its class's other objects before the root

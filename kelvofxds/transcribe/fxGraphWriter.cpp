@@ -13,34 +13,13 @@
 #include "kelvofxds/transcribe/fxContentsInternal.h"
 #include "kelvofxds/transcribe/fxGraphOutputInternal.h"
 #include "kelvofxds/transcribe/fxIdentityTableInternal.h"
+#include "kelvofxds/transcribe/fxMemberInternal.h"
 #include "kelvofxds/transcribe/fxStdioStreamInternal.h"
 #include "kelvofxds/transcribe/fxWorkListInternal.h"
 
 namespace {
-std::uint32_t wordOf(const void* address) { return reinterpret_cast<std::uint32_t>(address); }
-
-// The pointer in `field`, whose type may be another than the one it came as.
-void* pointerAt(const void* field) {
-    void* address = nullptr;
-    std::memcpy(&address, field, sizeof address);
-    return address;
-}
-
-unsigned int sizeWithNul(const char* text) {
-    return static_cast<unsigned int>(std::strlen(text)) + 1;
-}
-
 // Beside the addresses of records and the tags of blocks, of types themselves.
 const std::uint32_t kindOfTypes = fxOT_Type;
-
-const unsigned int tooLong = 0xFFFFFFFF;
-
-// Bytes of `n` elements; tooLong when they exceed a word.
-template <class Element>
-unsigned int bytesOf(unsigned int n) {
-    return n <= tooLong / sizeof(Element) ? n * static_cast<unsigned int>(sizeof(Element))
-                                          : tooLong;
-}
 }  // namespace
 
 // What it has of the root that is being written, and of those before.
@@ -99,7 +78,7 @@ struct fxGraphWriter::Root {
         return output.begin(*stream, tag, words...) || failForStream();
     }
     bool add(const void* data, unsigned int n) {
-        return isOpen() && (n != tooLong || fail("there are too many elements in place")) &&
+        return isOpen() && (n != fxTooLong || fail("there are too many elements in place")) &&
                (output.add(*stream, static_cast<const char*>(data), n) || failForStream());
     }
 
@@ -138,7 +117,7 @@ bool fxGraphWriter::Root::isOpen() {
 
 // Null when there is no memory.
 inline fxIdentityTable::Entry* fxGraphWriter::Root::meet(const void* address, std::uint32_t kind) {
-    fxIdentityTable::Entry* entry = table.findOrAdd(wordOf(address), kind);
+    fxIdentityTable::Entry* entry = table.findOrAdd(fxWordOf(address), kind);
     if (!entry)
         failForMemory();
     return entry;
@@ -169,7 +148,7 @@ bool fxGraphWriter::Root::defineType(const fxTypeObj& type, std::uint32_t& typeN
         if (!entry)
             return false;
         if (entry->number == 0) {
-            const unsigned int n = sizeWithNul(type.name);
+            const unsigned int n = fxSizeWithNul(type.name);
             if (n > fxGraphOutput::longestName)
                 return fail("the name of the type \"%.80s...\" is too long", type.name);
             if (!agrees(type) || !number(*entry, 0))
@@ -240,12 +219,12 @@ bool fxGraphWriter::Root::putBody(const Work& work, fxGraphWriter& writer) {
 bool fxGraphWriter::Root::putRoot(void* address, fxTypeObj& type, fxGraphWriter& writer) {
     if (!type.create)
         return fail("a reader cannot make the abstract type \"%.80s\"", type.name);
-    fxIdentityTable::Entry* entry = meet(address, wordOf(&type));
+    fxIdentityTable::Entry* entry = meet(address, fxWordOf(&type));
     if (!entry)
         return false;
     if (entry->number != 0)
         return put(fxOT_OldObject, entry->number);
-    if (!number(*entry, waiting) || !works.push({address, wordOf(&type), entry->number}))
+    if (!number(*entry, waiting) || !works.push({address, fxWordOf(&type), entry->number}))
         return failForMemory();
     Work work;
     while (works.pop(work)) {
@@ -340,7 +319,7 @@ unsigned char fxGraphWriter::writeObject(void* address, fxXDRObj* object) {
 
 unsigned char fxGraphWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxXDRObj*, void*) {
     Root& r = *root;
-    void* const address = pointerAt(field);
+    void* const address = fxPointerIn(field);
     if (!r.isOpen())
         return 0;
     if (!address)
@@ -350,12 +329,13 @@ unsigned char fxGraphWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxXD
     fxTypeObj& type = object->getTypeObj();
     if (!type.create)
         return r.fail("a reader cannot make the abstract type \"%.80s\"", type.name);
-    fxIdentityTable::Entry* entry = r.meet(address, wordOf(&type));
+    fxIdentityTable::Entry* entry = r.meet(address, fxWordOf(&type));
     if (!entry)
         return 0;
     if (entry->number != 0)
         return r.put(fxOT_OldObject, entry->number);
-    if (!r.number(*entry, Root::waiting) || !r.works.push({address, wordOf(&type), entry->number}))
+    if (!r.number(*entry, Root::waiting) ||
+        !r.works.push({address, fxWordOf(&type), entry->number}))
         return r.failForMemory();
     return r.put(fxOT_ObjectPointer, entry->number);
 }
@@ -369,7 +349,7 @@ unsigned char fxGraphWriter::xdr(fxTypeObj& type, void* previous, void* address)
     std::uint32_t typeNumber = 0;
     if (!r.isOpen() || !r.defineType(type, typeNumber))
         return 0;
-    fxIdentityTable::Entry* entry = r.meet(address, wordOf(&type));
+    fxIdentityTable::Entry* entry = r.meet(address, fxWordOf(&type));
     if (!entry)
         return 0;
     if (entry->number == 0) {
@@ -397,27 +377,27 @@ unsigned char fxGraphWriter::xdr(unsigned char* elements, unsigned int n) {
 }
 
 unsigned char fxGraphWriter::xdr(short* elements, unsigned int n) {
-    return root->add(elements, bytesOf<short>(n));
+    return root->add(elements, fxBytesOf<short>(n));
 }
 
 unsigned char fxGraphWriter::xdr(unsigned short* elements, unsigned int n) {
-    return root->add(elements, bytesOf<short>(n));
+    return root->add(elements, fxBytesOf<short>(n));
 }
 
 unsigned char fxGraphWriter::xdr(long* elements, unsigned int n) {
-    return root->add(elements, bytesOf<long>(n));
+    return root->add(elements, fxBytesOf<long>(n));
 }
 
 unsigned char fxGraphWriter::xdr(unsigned long* elements, unsigned int n) {
-    return root->add(elements, bytesOf<long>(n));
+    return root->add(elements, fxBytesOf<long>(n));
 }
 
 unsigned char fxGraphWriter::xdr(float* elements, unsigned int n) {
-    return root->add(elements, bytesOf<float>(n));
+    return root->add(elements, fxBytesOf<float>(n));
 }
 
 unsigned char fxGraphWriter::xdr(double* elements, unsigned int n) {
-    return root->add(elements, bytesOf<double>(n));
+    return root->add(elements, fxBytesOf<double>(n));
 }
 
 unsigned char fxGraphWriter::xdr(fxStr* strings, unsigned int n) {
@@ -441,36 +421,36 @@ unsigned char fxGraphWriter::xdr(unsigned char** block, unsigned int n) {
 }
 
 unsigned char fxGraphWriter::xdr(short** block, unsigned int n) {
-    return root->putBlock(*block, bytesOf<short>(n), fxOT_Shorts);
+    return root->putBlock(*block, fxBytesOf<short>(n), fxOT_Shorts);
 }
 
 unsigned char fxGraphWriter::xdr(unsigned short** block, unsigned int n) {
-    return root->putBlock(*block, bytesOf<short>(n), fxOT_Shorts);
+    return root->putBlock(*block, fxBytesOf<short>(n), fxOT_Shorts);
 }
 
 unsigned char fxGraphWriter::xdr(long** block, unsigned int n) {
-    return root->putBlock(pointerAt(block), bytesOf<long>(n), fxOT_Longs);
+    return root->putBlock(fxPointerIn(block), fxBytesOf<long>(n), fxOT_Longs);
 }
 
 unsigned char fxGraphWriter::xdr(unsigned long** block, unsigned int n) {
-    return root->putBlock(pointerAt(block), bytesOf<long>(n), fxOT_Longs);
+    return root->putBlock(fxPointerIn(block), fxBytesOf<long>(n), fxOT_Longs);
 }
 
 unsigned char fxGraphWriter::xdr(float** block, unsigned int n) {
-    return root->putBlock(*block, bytesOf<float>(n), fxOT_Floats);
+    return root->putBlock(*block, fxBytesOf<float>(n), fxOT_Floats);
 }
 
 unsigned char fxGraphWriter::xdr(double** block, unsigned int n) {
-    return root->putBlock(*block, bytesOf<double>(n), fxOT_Doubles);
+    return root->putBlock(*block, fxBytesOf<double>(n), fxOT_Doubles);
 }
 
 unsigned char fxGraphWriter::xdr(char** text) {
-    return root->putBlock(*text, *text ? sizeWithNul(*text) : 0, fxOT_Bytes);
+    return root->putBlock(*text, *text ? fxSizeWithNul(*text) : 0, fxOT_Bytes);
 }
 
 unsigned char fxGraphWriter::xdr(unsigned char** text) {
-    void* const address = pointerAt(text);
-    const unsigned int size = address ? sizeWithNul(static_cast<const char*>(address)) : 0;
+    void* const address = fxPointerIn(text);
+    const unsigned int size = address ? fxSizeWithNul(static_cast<const char*>(address)) : 0;
     return root->putBlock(address, size, fxOT_Bytes);
 }
 
