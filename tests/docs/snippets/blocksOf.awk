@@ -78,7 +78,12 @@ function endOfBlock(    kind, file) {
         pendingAt = start
         named = file != ""
         if (named)
-            print "named", number, start, file >plan
+            print "named", number, start, option("as") == "" ? substr(file, 1, length(file) - 4) : \
+                option("as") >plan
+        if (named) {
+            write(number ".file", text)
+            print "source", number, start, file >plan
+        }
     } else if (kind == "console") {
         write(number ".console", text)
         print "console", number, start >plan

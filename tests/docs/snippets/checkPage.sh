@@ -1,16 +1,30 @@
 #!/bin/sh
 # checkPage.sh PAGE FOLDER EMULATOR [TOOL...] - do the programs of a page do what it says
+# checkPage.sh --typed BUILD PAGE FOLDER - does all that a page has one type do what it says
 #
 # FOLDER has what blocksOf.awk made of PAGE and, as NN, the programs. They run in the order of the
 # page and in one fresh folder, by EMULATOR unless it is empty; TOOLs are found by their names.
+#
+# Typed, nothing is compiled before: the page's own commands do that, with what `./dev install` puts
+# where they say. Here that installs what is in BUILD, and nothing is downloaded.
 set -u
 export LC_ALL=C
+# shellcheck disable=SC3045 # every shell that is a sh here has it
 ulimit -c 0
 
-page=$1
-folder=$2
-emulator=$3
-shift 3
+build=
+if [ "$1" = --typed ]; then
+    build=$2
+    page=$3
+    folder=$4
+    emulator=
+    shift 4
+else
+    page=$1
+    folder=$2
+    emulator=$3
+    shift 3
+fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/bin" "$work/home"
@@ -27,6 +41,9 @@ fault() { # LINE MESSAGE
 
 # A program under a name of its own.
 name_program() { # FILE PROGRAM
+    case $1 in
+    */*) mkdir -p "${1%/*}" ;;
+    esac
     printf '#!/bin/sh\nexec %s "%s" "$@"\n' "$emulator" "$2" >"$1"
     chmod +x "$1"
 }
@@ -72,6 +89,17 @@ run() { # NUMBER LINE ENDS
     ran=$((ran + 1))
 }
 
+# The command that begins with TEXT and goes on in the lines of descriptor 3 while they end in a
+# backslash. What has been read is in `read`.
+read_command() { # TEXT
+    command=$1
+    while [ "${command%\\}" != "$command" ] && IFS= read -r line <&3; do
+        read="$read
+$line"
+        command=${command%\\}${line#'> '}
+    done
+}
+
 # Each line that begins with "$ " is a command, to which lines that begin with "> " belong when it
 # ends in a backslash; the block is what a terminal shows of them all.
 console() { # NUMBER LINE
@@ -81,12 +109,9 @@ console() { # NUMBER LINE
             '$ '*) ;;
             *) continue ;;
             esac
-            printf '%s\n' "$line"
-            command=${line#'$ '}
-            while [ "${command%\\}" != "$command" ] && IFS= read -r line <&3; do
-                printf '%s\n' "$line"
-                command=${command%\\}${line#'> '}
-            done
+            read=$line
+            read_command "${line#'$ '}"
+            printf '%s\n' "$read"
             eval "$command" 2>&1 </dev/null
         done
     ) 3<"$folder/$1.console" >"$work/out"
@@ -94,15 +119,39 @@ console() { # NUMBER LINE
     ran=$((ran + 1))
 }
 
+# Commands each of which has to succeed. What they export stays.
+type_all() { # NUMBER LINE
+    while IFS= read -r line <&3; do
+        read=
+        read_command "$line"
+        if ! eval "$command" >"$work/out" 2>&1 </dev/null; then
+            fault "$2" "this fails: $command"
+            cat "$work/out"
+        fi
+        ran=$((ran + 1))
+    done 3<"$folder/$1.sh"
+}
+
+# What stands for things that a test does not do.
+prepare_typing() {
+    printf '#!/bin/sh\n' >"$work/bin/sudo"
+    printf '#!/bin/sh\n[ "$1" = install ] && exec cmake --install "%s" --prefix "$2"\n' "$build" >dev
+    chmod +x "$work/bin/sudo" dev
+    unset PKG_CONFIG_PATH CMAKE_PREFIX_PATH LD_LIBRARY_PATH
+}
+
+[ -z "$build" ] || prepare_typing
 for tool in "$@"; do
     name_program "$work/bin/${tool##*/}" "$tool"
 done
 while read -r step number line rest <&4; do
-    case $step in
+    case ${build:+typed_}$step in
+    typed_source | typed_file | file) cp "$folder/$number.file" "$rest" ;;
+    typed_shell) type_all "$number" "$line" ;;
+    typed_console) console "$number" "$line" ;;
     fault) fault "$number" "$line $rest" ;;
-    named) name_program "${rest%.cpp}" "$folder/$number" ;;
-    file) cp "$folder/$number.file" "$rest" ;;
-    console) console "$number" "$line" ;;
+    named) name_program "$rest" "$folder/$number" ;;
+    console) [ -n "$emulator" ] || console "$number" "$line" ;;
     run) run "$number" "$line" "$rest" ;;
     esac
 done 4<"$folder/plan"
