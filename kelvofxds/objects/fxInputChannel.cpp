@@ -3,6 +3,7 @@
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
+#include "kelvofxds/objects/fxInputFunction.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
 #include "kelvofxds/values/fxConverter.h"
 
@@ -63,6 +64,8 @@ void fxInputChannel::dec() {
         return;
     if (isLink())
         delete static_cast<fxConverter*>(this);
+    else if (flags & ownFlag)
+        static_cast<fxOwnInput*>(this)->end();
     else
         delete this;
 }

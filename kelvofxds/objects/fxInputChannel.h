@@ -48,11 +48,13 @@ public:
     static const unsigned int latestOnlyFlag = 1;  ///< Bit of `flags`.
     static const unsigned int linkFlag = 2;        ///< Bit of `flags`.
     static const unsigned int typeShift = 2;       ///< Where the type is in `flags`.
+    /// Bit of `flags`: the input is an fxOwnInput (fxInputFunction.h).
+    static const unsigned int ownFlag = 0x80000000;
 
     void* target;             ///< First argument; of a link, the next fxInputChannel.
                               ///< Looked up at the time of each delivery.
     void (*function)();       ///< Called with the value.
-    unsigned int flags;       ///< The two flags, and the type from bit 2 on.
+    unsigned int flags;       ///< The three flags, and the type in 16 bits from bit 2 on.
     fxMessageEvent* pending;  ///< The undelivered message of a latest-only channel, or null.
     unsigned int count;       ///< References held.
     fxVoidPtrArray* sources;  ///< Owned: the fxOutputChannels connected; null at first.

@@ -6,28 +6,26 @@
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxShortCopyInternal.h"
+#include "kelvofxds/objects/fxChannelsInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
+#include "kelvofxds/objects/fxInputFunction.h"
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
 #include "kelvofxds/objects/fxSendingInternal.h"
 #include "kelvofxds/values/fxDataInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
-namespace {
-const char inputs[] = "inputs";
-const char outputs[] = "outputs";
+using fxChannels::inNamed;
+using fxChannels::outNamed;
 
-// The channels in `property`; null if there is none, or if a host has put a
-// value of another type under the channels' name.
-fxVoidPtrDict* dictOf(const fxProperty* property) {
+namespace {
+// The channels that the property called `name` holds; null if there is none. A
+// host may have put a value of another type under the channels' name.
+fxVoidPtrDict* channelsOf(const fxObj& object, const char* name) {
+    const fxProperty* property = object.findProperty(name);
     const bool holdsDict = property && property->getType() == fxDT_VoidPtr;
     return holdsDict ? static_cast<fxVoidPtrDict*>(property->getAsVoidPtr()) : nullptr;
-}
-
-// The channels that the property called `name` holds; null if there is none.
-fxVoidPtrDict* channelsOf(const fxObj& object, const char* name) {
-    return dictOf(object.findProperty(name));
 }
 
 // The same, but the property is made if it is missing; null if the object takes
@@ -43,31 +41,61 @@ fxVoidPtrDict* ownChannelsOf(fxObj& object, const char* name, void (*destroy)(vo
     return channelsOf(object, name);
 }
 
+fxVoidPtrDict* ownInputsOf(fxObj& object) {
+    return ownChannelsOf(object, fxChannels::inputs, dt_input_dict);
+}
+
 // The channel called `name`, or null.
 template <class Channel>
 Channel* channelIn(const fxVoidPtrDict* dict, const char* name) {
     void** found = dict ? dict->find(name) : nullptr;
     return found ? static_cast<Channel*>(*found) : nullptr;
 }
-}  // namespace
 
-fxInputChannel* fxObj::addInput(const char* name, unsigned short type, void* target,
-                                void (*function)(), unsigned char latestOnly) {
-    fxVoidPtrDict* channels = ownChannelsOf(*this, inputs, dt_input_dict);
-    if (!channels)
-        return nullptr;
-    auto* channel = fxNew<fxInputChannel>(type, target, function, latestOnly);
+// Gives `channels` a new input, which lets one of the same name go.
+void put(fxVoidPtrDict* channels, const char* name, fxInputChannel* channel) {
     channel->count = 1;
     void*& entry = channels->findCreate(name);
     auto* old = static_cast<fxInputChannel*>(entry);
     entry = channel;
     if (old)
         old->dec();
+}
+}  // namespace
+
+fxVoidPtrDict* fxChannels::inputsOf(const fxObj& object) { return channelsOf(object, inputs); }
+
+fxVoidPtrDict* fxChannels::outputsOf(const fxObj& object) { return channelsOf(object, outputs); }
+
+fxInputChannel* fxChannels::inNamed(const fxObj& object, const char* name) {
+    return channelIn<fxInputChannel>(inputsOf(object), name);
+}
+
+fxOutputChannel* fxChannels::outNamed(const fxObj& object, const char* name) {
+    return channelIn<fxOutputChannel>(outputsOf(object), name);
+}
+
+fxInputChannel* fxObj::addInput(const char* name, unsigned short type, void* target,
+                                void (*function)(), unsigned char latestOnly) {
+    fxVoidPtrDict* channels = ownInputsOf(*this);
+    if (!channels)
+        return nullptr;
+    auto* channel = fxNew<fxInputChannel>(type, target, function, latestOnly);
+    put(channels, name, channel);
     return channel;
 }
 
+fxInputChannel* fxAddOwnInput(fxObj* object, const char* name, fxOwnInput* input) {
+    fxVoidPtrDict* channels = ownInputsOf(*object);
+    if (channels)
+        put(channels, name, input);
+    else
+        input->end();
+    return channels ? input : nullptr;
+}
+
 fxOutputChannel* fxObj::addOutput(const char* name, unsigned short type) {
-    fxVoidPtrDict* channels = ownChannelsOf(*this, outputs, dt_output_dict);
+    fxVoidPtrDict* channels = ownChannelsOf(*this, fxChannels::outputs, dt_output_dict);
     if (!channels)
         return nullptr;
     auto* channel = fxNew<fxOutputChannel>(type);
@@ -81,8 +109,8 @@ fxOutputChannel* fxObj::addOutput(const char* name, unsigned short type) {
 void fxObj::connect(const char* outputName, fxObj* dst, const char* inputName) {
     if (!dst)
         return;
-    auto* out = channelIn<fxOutputChannel>(channelsOf(*this, outputs), outputName);
-    auto* in = channelIn<fxInputChannel>(channelsOf(*dst, inputs), inputName);
+    fxOutputChannel* out = outNamed(*this, outputName);
+    fxInputChannel* in = inNamed(*dst, inputName);
     if (out && in && !out->isConnectedTo(in))
         out->add(in);
 }
@@ -90,14 +118,14 @@ void fxObj::connect(const char* outputName, fxObj* dst, const char* inputName) {
 void fxObj::disconnect(const char* outputName, fxObj* dst, const char* inputName) {
     if (!dst)
         return;
-    auto* out = channelIn<fxOutputChannel>(channelsOf(*this, outputs), outputName);
-    auto* in = channelIn<fxInputChannel>(channelsOf(*dst, inputs), inputName);
+    fxOutputChannel* out = outNamed(*this, outputName);
+    fxInputChannel* in = inNamed(*dst, inputName);
     if (out && in)
         out->remove(in);
 }
 
 void fxObj::removeInput(const char* name) {
-    fxVoidPtrDict* dict = channelsOf(*this, inputs);
+    fxVoidPtrDict* dict = fxChannels::inputsOf(*this);
     auto* channel = channelIn<fxInputChannel>(dict, name);
     if (!channel)
         return;
@@ -108,7 +136,7 @@ void fxObj::removeInput(const char* name) {
 }
 
 void fxObj::removeOutput(const char* name) {
-    fxVoidPtrDict* dict = channelsOf(*this, outputs);
+    fxVoidPtrDict* dict = fxChannels::outputsOf(*this);
     auto* channel = channelIn<fxOutputChannel>(dict, name);
     if (!channel)
         return;

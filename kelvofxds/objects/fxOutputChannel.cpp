@@ -41,12 +41,13 @@ fxOutputChannel::~fxOutputChannel() {
     Walk::destroyed(this);
     if (type == fxDT_void)
         fxTickOutput::isGoing(this);
+    // No input leads here any more before the first one goes: what inputs own
+    // may call back when it ends.
     const unsigned int n = getNumberOfConnections();
-    for (unsigned int i = 0; i < n; ++i) {
-        fxInputChannel* element = (*this)[i];
-        element->finalChannel()->remove(this);
-        element->dec();
-    }
+    for (unsigned int i = 0; i < n; ++i)
+        (*this)[i]->finalChannel()->remove(this);
+    for (unsigned int i = 0; i < n; ++i)
+        (*this)[i]->dec();
     delete connections;
 }
 
@@ -86,9 +87,9 @@ void fxOutputChannel::remove(fxInputChannel* in) {
     const unsigned int i = static_cast<unsigned int>(found);
     fxInputChannel* element = (*this)[i];
     in->remove(this);
-    element->dec();
     connections->remove(i, 1);
     Walk::removed(this, i);
+    element->dec();  // last: what an input owns may call back when it ends
 }
 
 fxInputChannel* fxOutputChannel::operator[](unsigned int index) {

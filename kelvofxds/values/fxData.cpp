@@ -9,12 +9,12 @@
 
 // The codes. Constant-initialised with the numbers that start-up draws for
 // them: objects of static initialisers ask for them before.
-#define FX_CODE(number, code, Holder, Type, name) unsigned short fxDT_##code = number;
+#define FX_CODE(number, code, Holder, Type, name, shown) unsigned short fxDT_##code = number;
 FX_VALUE_TYPES(FX_CODE, FX_CODE, FX_CODE)
 #undef FX_CODE
 
 namespace {
-#define FX_NUMBER(number, code, Holder, Type, name) number,
+#define FX_NUMBER(number, code, Holder, Type, name, shown) number,
 constexpr unsigned short numbers[] = {FX_VALUE_TYPES(FX_NUMBER, FX_NUMBER, FX_NUMBER)};
 #undef FX_NUMBER
 
@@ -71,7 +71,7 @@ fxData::~fxData() {}
     }                                                                                  \
     const char* Class::dataName() const { return name; }
 
-#define FX_VALUE(number, code, Holder, Type, name)                                    \
+#define FX_VALUE(number, code, Holder, Type, name, shown)                             \
     FX_HOLDER(fx##Holder##Data, name)                                                 \
     fx##Holder##Data::fx##Holder##Data(Type v) : fxData(fxDT_##code), value(v) {}     \
     fx##Holder##Data::~fx##Holder##Data() { end(value); }                             \
@@ -81,7 +81,7 @@ fxData::~fxData() {}
     void fx##Holder##Data::getValue(unsigned short, void* out) { store(value, out); } \
     unsigned int fx##Holder##Data::getSize() { return sizeof(Type); }
 
-#define FX_NOTHING(number, code, Holder, Type, name)                     \
+#define FX_NOTHING(number, code, Holder, Type, name, shown)              \
     FX_HOLDER(fx##Holder##Data, name)                                    \
     fx##Holder##Data::fx##Holder##Data() : fxData(fxDT_##code) {}        \
     fx##Holder##Data::~fx##Holder##Data() {}                             \
@@ -91,7 +91,7 @@ fxData::~fxData() {}
     void fx##Holder##Data::getValue(unsigned short, void*) {}            \
     unsigned int fx##Holder##Data::getSize() { return 0; }
 
-#define FX_POINTER(number, code, Holder, Type, name)
+#define FX_POINTER(number, code, Holder, Type, name, shown)
 
 // Strings have no cheaper way in than by copy.
 // NOLINTBEGIN(performance-unnecessary-value-param)

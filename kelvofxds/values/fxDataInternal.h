@@ -5,7 +5,7 @@
 #include "kelvofxds/values/fxValueTypesInternal.h"
 
 /// The codes, in the order in which start-up draws them.
-#define FX_CODE(number, code, Holder, Type, name) &fxDT_##code,
+#define FX_CODE(number, code, Holder, Type, name, shown) &fxDT_##code,
 static unsigned short* const fxValueTypeCodes[] = {FX_VALUE_TYPES(FX_CODE, FX_CODE, FX_CODE)};
 #undef FX_CODE
 
@@ -13,10 +13,10 @@ static unsigned short* const fxValueTypeCodes[] = {FX_VALUE_TYPES(FX_CODE, FX_CO
 template <class Holder>
 inline constexpr int fxNumberOf = -1;
 
-#define FX_VALUE(number, code, Holder, Type, name) \
-    template <>                                    \
+#define FX_VALUE(number, code, Holder, Type, name, shown) \
+    template <>                                           \
     inline constexpr int fxNumberOf<fx##Holder##Data> = number;
-#define FX_POINTER(number, code, Holder, Type, name)
+#define FX_POINTER(number, code, Holder, Type, name, shown)
 FX_VALUE_TYPES(FX_VALUE, FX_VALUE, FX_POINTER)
 #undef FX_VALUE
 #undef FX_POINTER

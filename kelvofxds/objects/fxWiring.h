@@ -1,0 +1,78 @@
+// fxWiring.h - inputs that know their types, and connections that say what is wrong.
+#pragma once
+
+#include <type_traits>
+#include <utility>
+
+#include "kelvofxds/objects/fxInputFunction.h"
+#include "kelvofxds/objects/fxObj.h"
+
+class fxStr;
+
+// Inputs whose function says what they take: no value; or, by copy or as a constant
+// reference, one of bool, unsigned char, int, long, float, double, const char*,
+// char*, fxStr and fxStrArray. Other functions do not compile. What a function
+// returns is ignored.
+//
+// An input may be removed, and its object deleted, from within its own function:
+// what the input owns stays until that returns. An exception of the function passes
+// through, as it does for fxObj::addInput.
+
+/// Adds an input to `object`, whose values go to a member function of it:
+///
+///     fxAddInput(this, "number", &NumberSum::take);
+///
+/// or to a plain function that has the object as its first argument, such as
+/// void f(NumberSum*, int). `latestOnly` and the result are those of
+/// fxObj::addInput. The name of one of several functions of the same name has to be
+/// cast to the type of the one that is meant.
+template <class Object, class Function>
+fxInputChannel* fxAddInput(Object* object, const char* name, Function function,
+                           bool latestOnly = false) {
+    static_assert(fxInputs::isReceiver<Function>,
+                  "fxAddInput takes a member function or a function void f(Class*, value); "
+                  "fxOnInput takes a lambda");
+    if constexpr (std::is_member_function_pointer_v<Function>) {
+        using Signature = fxInputs::Signature<Function>;
+        typename Signature::Class* self = object;
+        return fxInputs::addMember(object, name, self, function, latestOnly,
+                                   typename Signature::Takes());
+    } else if constexpr (fxInputs::isReceiver<Function>) {
+        return fxInputs::addPlain(object, name, function, latestOnly);
+    } else {
+        return nullptr;
+    }
+}
+
+/// Adds an input to `object`, whose values go to `function`, a lambda or anything
+/// else that can be called; the input owns it, and ends it when it ends itself:
+///
+///     fxOnInput(this, "tick", [this] { redraw(); });
+///
+/// Requires: what the function refers to lives as long as the input. An input goes
+/// with its object, or with what still delivers to it (see fxObj::addInput).
+template <class Function>
+fxInputChannel* fxOnInput(fxObj* object, const char* name, Function&& function,
+                          bool latestOnly = false) {
+    using Signature = fxInputs::CallSignature<std::decay_t<Function>>;
+    static_assert(Signature::isKnown,
+                  "fxOnInput takes a function with one call operator whose parameter has a type, "
+                  "such as [](int value) {}");
+    if constexpr (Signature::isKnown)
+        return fxInputs::add(object, name, std::forward<Function>(function), latestOnly,
+                             typename Signature::Takes());
+    else
+        return nullptr;
+}
+
+/// Does what from->connect(outputName, to, inputName) does, and returns true when
+/// the two are connected, also if they were before. Otherwise it returns false, and
+/// `*why`, unless null, says why in one line: an object is null; it has no channel
+/// of the name, and which it has; the types do not convert, for which connect ends
+/// the process; or connect, which a class may override, did not connect them.
+///
+/// A class that overrides connect is asked also for names that it has no channel of:
+/// it may pass them on to another object. It is not asked where the types of two
+/// channels that are there do not convert.
+FX_EXPORT bool fxTryConnect(fxObj* from, const char* outputName, fxObj* to, const char* inputName,
+                            fxStr* why);
