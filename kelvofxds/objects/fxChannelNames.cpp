@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <typeinfo>
@@ -99,4 +100,8 @@ fxStr fxChannels::hasNo(const fxObj* owner, const char* kind, const char* name) 
     const fxStrArray names = namesIn(isInput ? inputsOf(*owner) : outputsOf(*owner));
     const fxStr missing = className(owner) | " has no " | kind | " " | quoted(name) | "; it has";
     return names.length() == 0 ? missing | " none" : missing | ": " | joined(names);
+}
+
+fxStr fxChannels::keyOf(const void* address) {
+    return fxStr(static_cast<int>(reinterpret_cast<std::uintptr_t>(address)), "%x");
 }

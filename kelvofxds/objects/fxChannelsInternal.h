@@ -41,4 +41,7 @@ fxStr named(const fxObj* owner, const char* kind, const char* name, unsigned sho
 /// "x"; it has: lines, longest".
 fxStr hasNo(const fxObj* owner, const char* kind, const char* name);
 
+/// The key of an address in a dictionary, whose keys end at their first NUL.
+fxStr keyOf(const void* address);
+
 }  // namespace fxChannels

@@ -5,6 +5,7 @@
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputFunction.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
+#include "kelvofxds/objects/fxWiringLogInternal.h"
 #include "kelvofxds/values/fxConverter.h"
 
 namespace {
@@ -21,6 +22,8 @@ fxInputChannel::fxInputChannel(unsigned short type, void* receiver, void (*recei
       sources(nullptr) {}
 
 fxInputChannel::~fxInputChannel() {
+    if (fxWiringLog::isOn())
+        fxWiringLog::ends(this);
     delete sources;
     if (isLink() && target)
         static_cast<fxInputChannel*>(target)->dec();

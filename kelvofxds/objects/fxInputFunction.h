@@ -217,8 +217,8 @@ fxInputChannel* add(fxObj* object, const char* name, F&& function, bool latestOn
 template <class Class, class F, class... T>
 fxInputChannel* addMember(fxObj* object, const char* name, Class* self, F member, bool latestOnly,
                           Parameters<T...> takes) {
-    const auto call = [=](T... value) {
-        static_cast<void>((self->*member)(std::forward<T>(value)...));
+    const auto call = [=](auto&&... value) {
+        static_cast<void>((self->*member)(std::forward<decltype(value)>(value)...));
     };
     return add(object, name, call, latestOnly, takes);
 }
@@ -235,8 +235,8 @@ fxInputChannel* addPlain(Object* object, const char* name, R (*function)(Class*,
         return object->addInput(name, codeOf(Parameters<T...>()), first,
                                 reinterpret_cast<void (*)()>(function), latestOnly);
     } else {
-        const auto call = [=](T... value) {
-            static_cast<void>(function(target, std::forward<T>(value)...));
+        const auto call = [=](auto&&... value) {
+            static_cast<void>(function(target, std::forward<decltype(value)>(value)...));
         };
         return add(object, name, call, latestOnly, Parameters<T...>());
     }

@@ -13,6 +13,7 @@
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
 #include "kelvofxds/objects/fxSendingInternal.h"
+#include "kelvofxds/objects/fxWiringLogInternal.h"
 #include "kelvofxds/values/fxDataInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
@@ -52,9 +53,11 @@ Channel* channelIn(const fxVoidPtrDict* dict, const char* name) {
     return found ? static_cast<Channel*>(*found) : nullptr;
 }
 
-// Gives `channels` a new input, which lets one of the same name go.
-void put(fxVoidPtrDict* channels, const char* name, fxInputChannel* channel) {
+// Gives the inputs of an object a new one, which lets one of the same name go.
+void put(const fxObj& owner, fxVoidPtrDict* channels, const char* name, fxInputChannel* channel) {
     channel->count = 1;
+    if (fxWiringLog::isOn())
+        fxWiringLog::added(owner, name, channel);
     void*& entry = channels->findCreate(name);
     auto* old = static_cast<fxInputChannel*>(entry);
     entry = channel;
@@ -81,14 +84,14 @@ fxInputChannel* fxObj::addInput(const char* name, unsigned short type, void* tar
     if (!channels)
         return nullptr;
     auto* channel = fxNew<fxInputChannel>(type, target, function, latestOnly);
-    put(channels, name, channel);
+    put(*this, channels, name, channel);
     return channel;
 }
 
 fxInputChannel* fxAddOwnInput(fxObj* object, const char* name, fxOwnInput* input) {
     fxVoidPtrDict* channels = ownInputsOf(*object);
     if (channels)
-        put(channels, name, input);
+        put(*object, channels, name, input);
     else
         input->end();
     return channels ? input : nullptr;
@@ -99,6 +102,8 @@ fxOutputChannel* fxObj::addOutput(const char* name, unsigned short type) {
     if (!channels)
         return nullptr;
     auto* channel = fxNew<fxOutputChannel>(type);
+    if (fxWiringLog::isOn())
+        fxWiringLog::added(*this, name, channel);
     void*& entry = channels->findCreate(name);
     auto* old = static_cast<fxOutputChannel*>(entry);
     entry = channel;
@@ -106,29 +111,42 @@ fxOutputChannel* fxObj::addOutput(const char* name, unsigned short type) {
     return channel;
 }
 
+namespace {
+// The channels that an operation on both is asked for; null is what is not there.
+struct Ends {
+    Ends(const char* operation, const fxObj& from, const char* outputName, const fxObj* to,
+         const char* inputName)
+        : out(to ? fxChannels::outNamed(from, outputName) : nullptr),
+          in(to ? fxChannels::inNamed(*to, inputName) : nullptr) {
+        if (fxWiringLog::isOn())
+            fxWiringLog::lookedUp(operation, from, outputName, out, to, inputName, in);
+    }
+
+    fxOutputChannel* out;
+    fxInputChannel* in;
+};
+}  // namespace
+
 void fxObj::connect(const char* outputName, fxObj* dst, const char* inputName) {
-    if (!dst)
-        return;
-    fxOutputChannel* out = outNamed(*this, outputName);
-    fxInputChannel* in = inNamed(*dst, inputName);
-    if (out && in && !out->isConnectedTo(in))
-        out->add(in);
+    const Ends ends("connect", *this, outputName, dst, inputName);
+    if (ends.out && ends.in && !ends.out->isConnectedTo(ends.in))
+        ends.out->add(ends.in);
 }
 
 void fxObj::disconnect(const char* outputName, fxObj* dst, const char* inputName) {
-    if (!dst)
-        return;
-    fxOutputChannel* out = outNamed(*this, outputName);
-    fxInputChannel* in = inNamed(*dst, inputName);
-    if (out && in)
-        out->remove(in);
+    const Ends ends("disconnect", *this, outputName, dst, inputName);
+    if (ends.out && ends.in)
+        ends.out->remove(ends.in);
 }
 
 void fxObj::removeInput(const char* name) {
     fxVoidPtrDict* dict = fxChannels::inputsOf(*this);
     auto* channel = channelIn<fxInputChannel>(dict, name);
-    if (!channel)
+    if (!channel) {
+        if (fxWiringLog::isOn())
+            fxWiringLog::missedInput(*this, name);
         return;
+    }
     dict->remove(name);
     channel->flush();
     channel->disconnect();
@@ -138,8 +156,11 @@ void fxObj::removeInput(const char* name) {
 void fxObj::removeOutput(const char* name) {
     fxVoidPtrDict* dict = fxChannels::outputsOf(*this);
     auto* channel = channelIn<fxOutputChannel>(dict, name);
-    if (!channel)
+    if (!channel) {
+        if (fxWiringLog::isOn())
+            fxWiringLog::missedOutput(*this, name);
         return;
+    }
     dict->remove(name);
     delete channel;
 }

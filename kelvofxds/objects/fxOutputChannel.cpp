@@ -6,6 +6,7 @@
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxSendWalkInternal.h"
 #include "kelvofxds/objects/fxTickOutputInternal.h"
+#include "kelvofxds/objects/fxWiringLogInternal.h"
 #include "kelvofxds/values/fxConverter.h"
 #include "kelvofxds/values/fxData.h"
 
@@ -44,11 +45,17 @@ fxOutputChannel::~fxOutputChannel() {
     // No input leads here any more before the first one goes: what inputs own
     // may call back when it ends.
     const unsigned int n = getNumberOfConnections();
-    for (unsigned int i = 0; i < n; ++i)
-        (*this)[i]->finalChannel()->remove(this);
+    for (unsigned int i = 0; i < n; ++i) {
+        fxInputChannel* in = (*this)[i]->finalChannel();
+        in->remove(this);
+        if (fxWiringLog::isOn())
+            fxWiringLog::disconnected(this, in);
+    }
     for (unsigned int i = 0; i < n; ++i)
         (*this)[i]->dec();
     delete connections;
+    if (fxWiringLog::isOn())
+        fxWiringLog::ends(this);
 }
 
 void fxOutputChannel::add(fxInputChannel* in) {
@@ -58,6 +65,8 @@ void fxOutputChannel::add(fxInputChannel* in) {
         fxConverter* link = fxConverter::findConverter(type, in->getType());
         if (!link && !fx_theEventHandler)
             fxFatal("fxConverter: call fxInitializeToolkit first");
+        if (!link && fxWiringLog::isOn())
+            fxWiringLog::notConverted(this, in);
         if (!link)
             fxFatal("Can't convert from %d to %d", type, in->getType());
         fxConverter::splice(link, in);
@@ -67,6 +76,8 @@ void fxOutputChannel::add(fxInputChannel* in) {
     if (!connections)
         connections = fxNew<fxVoidPtrArray>();
     connections->append(&element);
+    if (fxWiringLog::isOn())
+        fxWiringLog::connected(this, in, element);
 }
 
 int fxOutputChannel::find(fxInputChannel* in) {
@@ -87,6 +98,8 @@ void fxOutputChannel::remove(fxInputChannel* in) {
     const unsigned int i = static_cast<unsigned int>(found);
     fxInputChannel* element = (*this)[i];
     in->remove(this);
+    if (fxWiringLog::isOn())
+        fxWiringLog::disconnected(this, in);
     connections->remove(i, 1);
     Walk::removed(this, i);
     element->dec();  // last: what an input owns may call back when it ends

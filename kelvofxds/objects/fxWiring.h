@@ -1,6 +1,7 @@
 // fxWiring.h - inputs that know their types, and connections that say what is wrong.
 #pragma once
 
+#include <cstdio>
 #include <type_traits>
 #include <utility>
 
@@ -72,7 +73,24 @@ fxInputChannel* fxOnInput(fxObj* object, const char* name, Function&& function,
 /// the process; or connect, which a class may override, did not connect them.
 ///
 /// A class that overrides connect is asked also for names that it has no channel of:
-/// it may pass them on to another object. It is not asked where the types of two
-/// channels that are there do not convert.
+/// it may pass them on to another object, and a connection that is new at the input
+/// counts. It is not asked where the types of two channels that are there do not
+/// convert.
 FX_EXPORT bool fxTryConnect(fxObj* from, const char* outputName, fxObj* to, const char* inputName,
                             fxStr* why);
+
+/// From now on writes to `out`, one line each: every name that connect, disconnect,
+/// removeInput and removeOutput ignore because there is no such channel; every
+/// connection and the conversion it needs; and every disconnection, also those that
+/// come about because an end goes. Null turns the log off, as it is at first.
+///
+/// Lines name classes, channels and types: `connected LineReader output "line"
+/// (char*) to NumberSum input "number" (int)`. The names of a channel are known if it
+/// was added, connected or disconnected by name since the log was turned on; another
+/// is "an output" or "an input". Each line is flushed. Nothing is called back but
+/// className() of the objects.
+///
+/// Requires: the file stays open until the log is turned off, which frees what it
+/// remembers. While it is off, each of these operations asks for it once; sending
+/// never does.
+FX_EXPORT void fxSetWiringLog(std::FILE* out);
