@@ -94,3 +94,13 @@ FX_EXPORT bool fxTryConnect(fxObj* from, const char* outputName, fxObj* to, cons
 /// remembers. While it is off, each of these operations asks for it once; sending
 /// never does.
 FX_EXPORT void fxSetWiringLog(std::FILE* out);
+
+/// Writes `n` objects and their wiring as a graph for Graphviz, and flushes: classes,
+/// inputs and outputs with their types, the connections between them, and what they
+/// convert. Node names depend on the order of the objects and the names of their
+/// channels alone. True when everything was written; false for a null `out` too.
+///
+/// Null pointers, and objects after their first place in the list, are passed over.
+/// A connection to or from a channel that none of the objects has is dashed, and
+/// ends at a node that says only the type.
+FX_EXPORT bool fxWriteDot(std::FILE* out, fxObj* const* objects, unsigned int n);
