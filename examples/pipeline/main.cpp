@@ -7,6 +7,8 @@
 //   LineCounter "length" --int to text--> "longest" Meter
 //   fxTimer "tick" ------------void-----> "tick"    Meter
 //   LineReader "done" ---------void-----> "done"    Pipeline
+//
+// `pipeline --dot | dot -Tsvg` draws this.
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -15,15 +17,19 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <vector>
 
 #include "examples/pipeline/lineReader.h"
 #include "examples/pipeline/stages.h"
+#include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/objects/fxApplication.h"
 #include "kelvofxds/objects/fxExec.h"
 #include "kelvofxds/objects/fxTimer.h"
+#include "kelvofxds/objects/fxWiring.h"
+#include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/values/fxData.h"
 
 namespace {
@@ -87,6 +93,13 @@ int standardInput() {
     return fd;
 }
 
+// connect() ignores a name that is not there, and then nothing arrives.
+void wire(fxObj& from, const char* output, fxObj& to, const char* input) {
+    fxStr why;
+    if (!fxTryConnect(&from, output, &to, input, &why))
+        fxFatal("pipeline: %s", why.c_str());
+}
+
 /// Reads its sources one after another and closes when the last is done.
 class Pipeline : public fxApplication {
 public:
@@ -95,12 +108,16 @@ public:
     void initialize(int argc, char** argv) override;
     void open() override;
 
-    /// Prints the result and returns the exit status.
-    int report() const;
+    /// Prints the objects and their wiring as a graph and returns the exit status.
+    int draw();
+    /// Reads what the arguments name, prints the result and returns the exit status.
+    int run(int argc, char** argv);
 
 private:
-    static void sourceIsDone(Pipeline* self);
+    int report() const;
+    void sourceIsDone();
     void readNext();
+    void readFrom(int descriptor);
 
     std::vector<const char*> paths;  // sources to come, the last one first; null is standard input
     unsigned int sources;
@@ -114,10 +131,10 @@ private:
 };
 
 Pipeline::Pipeline() : sources(0), failures(0), timer(1), startTime(secondsNow()) {
-    addInput("done", fxDT_void, this, reinterpret_cast<void (*)()>(sourceIsDone), 0);
-    counter.connect("total", &meter, "lines");
-    counter.connect("length", &meter, "longest");
-    timer.connect("tick", &meter, "tick");
+    fxAddInput(this, "done", &Pipeline::sourceIsDone);
+    wire(counter, "total", meter, "lines");
+    wire(counter, "length", meter, "longest");
+    wire(timer, "tick", meter, "tick");
 }
 
 void Pipeline::initialize(int argc, char** argv) {
@@ -145,22 +162,32 @@ void Pipeline::readNext() {
             continue;
         }
         ++sources;
-        reader = std::make_unique<LineReader>(fd);
-        reader->connect("bytes", &counter, "bytes");
-        reader->connect("line", &counter, "line");
-        reader->connect("line", &sum, "number");
-        reader->connect("done", this, "done");
+        readFrom(fd);
     }
     if (!reader)
         close();
 }
 
-void Pipeline::sourceIsDone(Pipeline* self) {
-    self->reader.reset();  // before its child is waited for, which may still be writing
+void Pipeline::readFrom(int descriptor) {
+    reader = std::make_unique<LineReader>(descriptor);
+    wire(*reader, "bytes", counter, "bytes");
+    wire(*reader, "line", counter, "line");
+    wire(*reader, "line", sum, "number");
+    wire(*reader, "done", *this, "done");
+}
+
+void Pipeline::sourceIsDone() {
+    reader.reset();  // before its child is waited for, which may still be writing
     int status = 0;
     if (::wait(&status) > 0 && status != 0)
-        ++self->failures;
-    self->readNext();
+        ++failures;
+    readNext();
+}
+
+int Pipeline::draw() {
+    readFrom(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    fxObj* const objects[] = {reader.get(), &counter, &sum, &timer, &meter, this};
+    return fxWriteDot(stdout, objects, std::size(objects)) ? 0 : 1;
 }
 
 int Pipeline::report() const {
@@ -192,6 +219,17 @@ void chargeTimers() {
     busySeconds = 0;
 }
 
+int Pipeline::run(int argc, char** argv) {
+    lastPass = secondsNow();
+    fx_theExecutive->addPostSelectFunc(chargeTimers);
+    fx_theExecutive->initialize(argc, argv);
+    fx_theExecutive->open();
+    if (isOpen())
+        fx_theExecutive->loop();
+    fflush(stderr);
+    return report();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -199,14 +237,8 @@ int main(int argc, char** argv) {
     int status;
     {
         Pipeline pipeline;
-        lastPass = secondsNow();
-        fx_theExecutive->addPostSelectFunc(chargeTimers);
-        fx_theExecutive->initialize(argc, argv);
-        fx_theExecutive->open();
-        if (pipeline.isOpen())
-            fx_theExecutive->loop();
-        fflush(stderr);
-        status = pipeline.report();
+        const bool isDrawn = argc == 2 && std::strcmp(argv[1], "--dot") == 0;
+        status = isDrawn ? pipeline.draw() : pipeline.run(argc, argv);
     }
     fxCleanupGlobalOrderings();
     return status;

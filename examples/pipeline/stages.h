@@ -19,8 +19,8 @@ public:
     std::uint64_t bytes;
 
 private:
-    static void takeBytes(LineCounter* self, int n);
-    static void take(LineCounter* self, char* text);
+    void takeBytes(int n);
+    void take(const char* text);
 
     fxOutputChannel* total;
     fxOutputChannel* length;
@@ -36,7 +36,7 @@ public:
     std::int64_t sum;
 
 private:
-    static void take(NumberSum* self, int number);
+    void take(int number);
 };
 
 /// Shows how things stand on one line of standard error, if that is a
@@ -52,9 +52,7 @@ public:
     ~Meter() override;  ///< Removes the line.
 
 private:
-    static void takeLines(Meter* self, char* text);
-    static void takeLongest(Meter* self, char* text);
-    static void takeTick(Meter* self);
+    void show();
 
     bool onTerminal;
     fxStr lines;

@@ -311,6 +311,22 @@ TEST(pipeline, showsItsProgressOnATerminalUntilTheEnd) {
     EXPECT_EQ(erase, end.substr(end.size() - erase.size()));
 }
 
+TEST(pipeline, drawsItsWiring) {
+    const ProgramResult result = pipeline.run({"--dot"});
+
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ("", result.err);
+    EXPECT_EQ(0U, result.out.find("digraph wiring {\n"));
+    EXPECT_EQ("}", result.lastLine());
+    for (const char* text :
+         {"<b>LineReader</b>", "<b>LineCounter</b>", "<b>NumberSum</b>", "<b>fxTimer</b>",
+          "<b>Meter</b>", "<b>Pipeline</b>", "n0:o2:e -> n2:i0:w [label=< char* &#8594; int >",
+          "n0:o1:e -> n5:i0:w\n"})
+        EXPECT_NE(std::string::npos, result.out.find(text)) << text;
+    EXPECT_EQ(std::string::npos, result.out.find("elsewhere")) << "nothing is left out";
+    EXPECT_EQ(result.out, pipeline.run({"--dot"}).out);
+}
+
 // What cannot be read.
 
 TEST(pipeline, aMissingFileGetsOneLineAndTheRestIsRead) {
