@@ -1,11 +1,10 @@
 // fxChannelsInternal.h - the channels of an object, and what types are called.
 #pragma once
 
+#include "kelvofxds/objects/fxInputFunction.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/str/fxStrArray.h"
 
-class fxInputChannel;
-class fxObj;
 class fxOutputChannel;
 class fxVoidPtrDict;
 
@@ -21,6 +20,14 @@ fxVoidPtrDict* outputsOf(const fxObj& object);
 /// The channel called `name`, or null.
 fxInputChannel* inNamed(const fxObj& object, const char* name);
 fxOutputChannel* outNamed(const fxObj& object, const char* name);
+
+/// The object that the channel at the end of the conversion links receives for.
+inline const void* receiverOf(const fxInputChannel* channel) {
+    while (channel->isLink())
+        channel = static_cast<const fxInputChannel*>(channel->target);
+    const bool isOwn = channel->flags & fxInputChannel::ownFlag;
+    return isOwn ? static_cast<const fxOwnInput*>(channel)->getOwner() : channel->target;
+}
 
 /// What a data type code is called, such as "char*"; "type 37" if it is a
 /// host's own.

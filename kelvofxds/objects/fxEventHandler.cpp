@@ -1,5 +1,6 @@
 #include "kelvofxds/objects/fxEventHandler.h"
 
+#include "kelvofxds/objects/fxChannelsInternal.h"
 #include "kelvofxds/objects/fxMessageIndexInternal.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
 #include "kelvofxds/objects/fxSendingInternal.h"
@@ -130,7 +131,7 @@ void fxEventHandler::removeMessageEvents(fxInputChannel* ch) {
 namespace {
 unsigned char isMessageFor(fxEvent* e, void* target) {
     fxInputChannel* channel = e->getType() == fxET_MessageEvent ? e->getChannel() : nullptr;
-    if (!channel || channel->finalChannel()->target != target)
+    if (!channel || fxChannels::receiverOf(channel) != target)
         return 0;
     return zapMessageEvents(e, channel);
 }

@@ -36,27 +36,39 @@ FX_INPUT_TYPE(fxStr, fxStr, fxStr)
 FX_INPUT_TYPE(fxStrArray, fxStrArray, fxStrArray)
 #undef FX_INPUT_TYPE
 
-/// An input that is more than its channel, and knows how to end itself.
+/// An input that is more than its channel, and knows how to end itself. It receives
+/// for the object that it was added to, whatever its target is: with that object goes
+/// what is queued for the input, also by way of a conversion.
 class fxOwnInput : public fxInputChannel {
 public:
+    /// The object that it receives for; null before it is added and once it is removed,
+    /// although a message that is converted may still reach it then.
+    fxObj* getOwner() const { return owner; }
+    /// For what adds and removes inputs.
+    void setOwner(fxObj* object) { owner = object; }
     /// Ends the input: fxInputChannel::dec calls it with the last reference.
     void end() { destroy(this); }
 
 protected:
     /// `ending` deletes an input as the class that it is.
     fxOwnInput(unsigned short type, void (*receive)(), bool latestOnly, void (*ending)(fxOwnInput*))
-        : fxInputChannel(type, nullptr, receive, latestOnly), destroy(ending) {
+        : fxInputChannel(type, nullptr, receive, latestOnly), owner(nullptr), destroy(ending) {
         flags |= ownFlag;
     }
 
 private:
+    fxObj* owner;
     void (*destroy)(fxOwnInput*);
 };
 
-/// Adds an input that the object owns from then on, in place of one of the same
-/// name as fxObj::addInput does. Null, and the input is ended, if the object takes
-/// none any more.
+/// Adds an input that the object owns from then on. One of the same name is removed,
+/// as by removeInput. Null, and the input is ended, if the object takes none
+/// any more.
 FX_EXPORT fxInputChannel* fxAddOwnInput(fxObj* object, const char* name, fxOwnInput* input);
+
+/// object->addInput(...), but one of the same name is removed, as by removeInput.
+FX_EXPORT fxInputChannel* fxAddPlainInput(fxObj* object, const char* name, unsigned short type,
+                                          void* target, void (*function)(), bool latestOnly);
 
 /// How the types of functions are taken apart.
 namespace fxInputs {
@@ -182,6 +194,8 @@ public:
 private:
     static void deliver(void* input, typename fxInputType<Bare<T>>::Delivered... value) {
         auto* self = static_cast<Owning*>(input);
+        if (!self->getOwner())
+            return;
         const Calling call(self);
         static_cast<void>(self->callee(passed<T>(value)...));
     }
@@ -228,17 +242,19 @@ template <class Object, class R, class Class, class... T>
 fxInputChannel* addPlain(Object* object, const char* name, R (*function)(Class*, T...),
                          bool latestOnly) {
     Class* target = object;
-    if constexpr (!mayTake(Parameters<T...>())) {
-        return nullptr;
-    } else if constexpr (isRaw<R, T...>) {
+    if constexpr (mayTake(Parameters<T...>())) {
         void* first = const_cast<void*>(static_cast<const volatile void*>(target));
-        return object->addInput(name, codeOf(Parameters<T...>()), first,
-                                reinterpret_cast<void (*)()>(function), latestOnly);
-    } else {
+        // What is queued for an object is found by its own address.
+        const bool isObject = first == static_cast<void*>(static_cast<fxObj*>(object));
+        if (isRaw<R, T...> && isObject)
+            return fxAddPlainInput(object, name, codeOf(Parameters<T...>()), first,
+                                   reinterpret_cast<void (*)()>(function), latestOnly);
         const auto call = [=](auto&&... value) {
             static_cast<void>(function(target, std::forward<decltype(value)>(value)...));
         };
         return add(object, name, call, latestOnly, Parameters<T...>());
+    } else {
+        return nullptr;
     }
 }
 

@@ -9,6 +9,7 @@
 #include "kelvofxds/core/fxFreeListInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTableOfInternal.h"
+#include "kelvofxds/objects/fxChannelsInternal.h"
 #include "kelvofxds/objects/fxEvent.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
@@ -35,12 +36,6 @@ fxFreeList<sizeof(Block)> freeBlocks;
 // The channel of a message; null for any other event.
 fxInputChannel* channelOf(fxEvent* e) {
     return e->getType() == fxET_MessageEvent ? e->getChannel() : nullptr;
-}
-
-const void* targetOf(const fxInputChannel* channel) {
-    while (channel->isLink())
-        channel = static_cast<const fxInputChannel*>(channel->target);
-    return channel->target;
 }
 }  // namespace
 
@@ -195,7 +190,7 @@ bool fxEventQueue::Index::removeForTarget(fxEventQueue& queue, void* target, Pre
         return false;
     unsigned long long messages = 0;
     for (const Chain* chain = index->chains; chain; chain = chain->next) {
-        if (targetOf(chain->key) == target)
+        if (fxChannels::receiverOf(chain->key) == target)
             messages += chain->count;
     }
     // What goes may retarget others, so all are asked again for each message.
@@ -212,7 +207,7 @@ fxEventQueue::Index::Entry* fxEventQueue::Index::firstBehind(long long place,
                                                              const void* target) const {
     Entry* found = nullptr;
     for (const Chain* chain = chains; chain; chain = chain->next) {
-        if (targetOf(chain->key) != target)
+        if (fxChannels::receiverOf(chain->key) != target)
             continue;
         Entry* entry = chain->messages.first;
         while (entry && entry->place <= place)

@@ -53,16 +53,47 @@ Channel* channelIn(const fxVoidPtrDict* dict, const char* name) {
     return found ? static_cast<Channel*>(*found) : nullptr;
 }
 
-// Gives the inputs of an object a new one, which lets one of the same name go.
-void put(const fxObj& owner, fxVoidPtrDict* channels, const char* name, fxInputChannel* channel) {
+// Cuts an input off that its object gives up. A message that comes to one that owns
+// its function by way of a conversion finds nobody any more.
+void cutOff(fxInputChannel* channel) {
+    if (channel->flags & fxInputChannel::ownFlag)
+        static_cast<fxOwnInput*>(channel)->setOwner(nullptr);
+    channel->flush();
+    channel->disconnect();
+}
+
+void removeForGood(fxInputChannel* channel) {
+    cutOff(channel);
+    channel->dec();
+}
+
+enum class Old { isLetGo, isRemoved };
+
+// Gives the inputs of an object a new one in place of an old one, which may call
+// back when it goes. One that owns its function is removed in any case, since that
+// may refer to the object.
+fxInputChannel* put(const fxObj& owner, fxVoidPtrDict* channels, const char* name,
+                    fxInputChannel* channel, Old fate) {
     channel->count = 1;
     if (fxWiringLog::isOn())
         fxWiringLog::added(owner, name, channel);
     void*& entry = channels->findCreate(name);
     auto* old = static_cast<fxInputChannel*>(entry);
     entry = channel;
-    if (old)
+    if (old && (fate == Old::isRemoved || old->flags & fxInputChannel::ownFlag))
+        removeForGood(old);
+    else if (old)
         old->dec();
+    return channel;
+}
+
+fxInputChannel* addPlain(fxObj& object, const char* name, unsigned short type, void* target,
+                         void (*function)(), unsigned char latestOnly, Old fate) {
+    fxVoidPtrDict* channels = ownInputsOf(object);
+    if (!channels)
+        return nullptr;
+    auto* channel = fxNew<fxInputChannel>(type, target, function, latestOnly);
+    return put(object, channels, name, channel, fate);
 }
 }  // namespace
 
@@ -80,21 +111,22 @@ fxOutputChannel* fxChannels::outNamed(const fxObj& object, const char* name) {
 
 fxInputChannel* fxObj::addInput(const char* name, unsigned short type, void* target,
                                 void (*function)(), unsigned char latestOnly) {
-    fxVoidPtrDict* channels = ownInputsOf(*this);
-    if (!channels)
-        return nullptr;
-    auto* channel = fxNew<fxInputChannel>(type, target, function, latestOnly);
-    put(*this, channels, name, channel);
-    return channel;
+    return addPlain(*this, name, type, target, function, latestOnly, Old::isLetGo);
+}
+
+fxInputChannel* fxAddPlainInput(fxObj* object, const char* name, unsigned short type, void* target,
+                                void (*function)(), bool latestOnly) {
+    return addPlain(*object, name, type, target, function, latestOnly, Old::isRemoved);
 }
 
 fxInputChannel* fxAddOwnInput(fxObj* object, const char* name, fxOwnInput* input) {
     fxVoidPtrDict* channels = ownInputsOf(*object);
-    if (channels)
-        put(*object, channels, name, input);
-    else
+    if (!channels) {
         input->end();
-    return channels ? input : nullptr;
+        return nullptr;
+    }
+    input->setOwner(object);
+    return put(*object, channels, name, input, Old::isRemoved);
 }
 
 fxOutputChannel* fxObj::addOutput(const char* name, unsigned short type) {
@@ -142,15 +174,12 @@ void fxObj::disconnect(const char* outputName, fxObj* dst, const char* inputName
 void fxObj::removeInput(const char* name) {
     fxVoidPtrDict* dict = fxChannels::inputsOf(*this);
     auto* channel = channelIn<fxInputChannel>(dict, name);
-    if (!channel) {
-        if (fxWiringLog::isOn())
-            fxWiringLog::missedInput(*this, name);
-        return;
+    if (channel) {
+        dict->remove(name);
+        removeForGood(channel);
+    } else if (fxWiringLog::isOn()) {
+        fxWiringLog::missedInput(*this, name);
     }
-    dict->remove(name);
-    channel->flush();
-    channel->disconnect();
-    channel->dec();
 }
 
 void fxObj::removeOutput(const char* name) {
@@ -171,8 +200,7 @@ void dt_input_dict(void* dict) {
         auto* channel = static_cast<fxInputChannel*>(*iter.value());
         if (!channel)
             continue;
-        channel->flush();
-        channel->disconnect();
+        cutOff(channel);
         *iter.value() = nullptr;
         channel->dec();
     }

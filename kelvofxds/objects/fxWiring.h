@@ -24,9 +24,10 @@ class fxStr;
 ///     fxAddInput(this, "number", &NumberSum::take);
 ///
 /// or to a plain function that has the object as its first argument, such as
-/// void f(NumberSum*, int). `latestOnly` and the result are those of
-/// fxObj::addInput. The name of one of several functions of the same name has to be
-/// cast to the type of the one that is meant.
+/// void f(NumberSum*, int). An input of the same name is removed, with its
+/// connections and what is queued for it; in other respects `latestOnly` and the
+/// result are those of fxObj::addInput. Of several functions of one name, cast to the
+/// type of the one that is meant.
 template <class Object, class Function>
 fxInputChannel* fxAddInput(Object* object, const char* name, Function function,
                            bool latestOnly = false) {
@@ -50,8 +51,8 @@ fxInputChannel* fxAddInput(Object* object, const char* name, Function function,
 ///
 ///     fxOnInput(this, "tick", [this] { redraw(); });
 ///
-/// Requires: what the function refers to lives as long as the input. An input goes
-/// with its object, or with what still delivers to it (see fxObj::addInput).
+/// An input goes with its object, so the function may refer to that. In other
+/// respects this is fxAddInput. Requires: what else it refers to lives as long.
 template <class Function>
 fxInputChannel* fxOnInput(fxObj* object, const char* name, Function&& function,
                           bool latestOnly = false) {

@@ -165,9 +165,10 @@ TEST_F(fxWiringDot, endsConnectionsToOtherObjectsInDashes) {
     EXPECT_NE(std::string::npos, to.find("label=<an output elsewhere "));
 }
 
-TEST_F(fxWiringDot, channelThatWasReplacedIsElsewhere) {
-    reader.connect("size", &sum, "number");
-    fxOnInput(&sum, "number", [](int) {});
+TEST_F(fxWiringDot, channelThatWasLetGoIsElsewhere) {
+    sum.addInput("plain", fxDT_int, &sum, nullptr, 0);
+    reader.connect("size", &sum, "plain");
+    sum.addInput("plain", fxDT_int, &sum, nullptr, 0);
     EXPECT_EQ("n0:o1:e -> x0 [style=dashed]\n", edgesOf(dotOf({&reader, &sum})));
 }
 

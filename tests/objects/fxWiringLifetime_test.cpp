@@ -12,6 +12,8 @@
 
 namespace {
 
+void ignoreInt(fxObj*, int) {}
+
 // Something that a function owns, with bytes that it reads in the end.
 class Owned {
 public:
@@ -36,6 +38,19 @@ public:
 private:
     std::unique_ptr<std::string> word;
     std::function<void()> atEnd;
+};
+
+// An input of a host, which only connections hold.
+class LoneInput final : public fxOwnInput {
+public:
+    explicit LoneInput(std::function<void()> doAtEnd = nullptr)
+        : fxOwnInput(fxDT_int, receiver(ignore), false, end), owned(std::move(doAtEnd)) {}
+
+private:
+    static void ignore(void*, int) {}
+    static void end(fxOwnInput* input) { delete static_cast<LoneInput*>(input); }
+
+    Owned owned;
 };
 
 class fxWiringLifetime : public DataFlowTest {
@@ -83,33 +98,74 @@ TEST_F(fxWiringLifetime, functionEndsWithItsInput) {
     EXPECT_EQ(0U, sender.out->getNumberOfConnections());
 }
 
-TEST_F(fxWiringLifetime, functionOfAnInputThatIsReplacedEndsWithItsLastConnection) {
-    add();
+TEST_F(fxWiringLifetime, functionEndsWhenItsInputIsReplaced) {
+    const std::function<void()> replacements[] = {
+        [this] { fxOnInput(object.get(), "in", [] {}); },
+        [this] { fxAddInput(object.get(), "in", ignoreInt); },
+        [this] { object->addInput("in", fxDT_int, nullptr, receiver(ignoreInt), 0); },
+    };
+    for (const auto& replace : replacements) {
+        add();
+        sender.send(5);
+        replace();
+        EXPECT_EQ(0, Owned::alive);
+        EXPECT_EQ(0U, sender.out->getNumberOfConnections());
+        EXPECT_EQ("", distribute());
+    }
+}
+
+TEST_F(fxWiringLifetime, plainInputIsRemovedTooWhenItIsReplaced) {
+    FlowNode node(log, "node");
+    for (int i = 0; i < 2; ++i) {
+        sender.connect("out", &node, "in");
+        sender.send(1);
+        if (i == 0)
+            fxAddInput(&node, "in", ignoreInt);
+        else
+            fxOnInput(&node, "in", [] {});
+        EXPECT_EQ(0U, sender.out->getNumberOfConnections());
+        EXPECT_EQ("", distribute());
+    }
+}
+
+TEST_F(fxWiringLifetime, convertedMessageThatIsLeftBehindReachesNobody) {
+    const auto wire = [this] {
+        fxOnInput(object.get(), "in", [this, owned = Owned()](const char* text) {
+            log.note(text + std::string(" of ") + std::to_string(owned.size()));
+        });
+        sender.connect("out", object.get(), "in");
+        sender.send(7);
+    };
+    wire();
+    EXPECT_EQ("7 of 100", distribute());
+    sender.send(8);
+    object->removeInput("in");
+    EXPECT_EQ(1, Owned::alive) << "the message leads to it";
+    EXPECT_EQ("", distribute());
+    EXPECT_EQ(0, Owned::alive);
+    wire();
     fxOnInput(object.get(), "in", [] {});
-    EXPECT_EQ(1, Owned::alive);
-    sender.send(5, fxObj::fxSendNow);
-    EXPECT_EQ("5 of 100", log.take());
-    sender.removeOutput("out");
+    EXPECT_EQ("", distribute());
     EXPECT_EQ(0, Owned::alive);
 }
 
-TEST_F(fxWiringLifetime, functionOfAnInputThatIsReplacedOutlivesItWithItsMessages) {
-    add();
-    sender.send(5);
-    fxOnInput(object.get(), "in", [] {});
-    sender.removeOutput("out");
-    EXPECT_EQ(1, Owned::alive);
-    EXPECT_EQ("5 of 100", distribute());
-    EXPECT_EQ(0, Owned::alive);
-}
-
-TEST_F(fxWiringLifetime, functionBehindAConversionEndsWithTheLink) {
-    fxOnInput(object.get(), "in", [owned = Owned()](const char*) {});
-    sender.connect("out", object.get(), "in");
-    fxOnInput(object.get(), "in", [] {});
-    EXPECT_EQ(1, Owned::alive);
-    sender.removeOutput("out");
-    EXPECT_EQ(0, Owned::alive);
+TEST_F(fxWiringLifetime, convertedMessagesGoWithTheObject) {
+    // Beyond some length, the queue has an index.
+    for (const int n : {1, 1000}) {
+        SCOPED_TRACE(n);
+        object = std::make_unique<fxObj>();
+        fxOnInput(object.get(), "in", [owned = Owned()](const char*) {});
+        sender.connect("out", object.get(), "in");
+        FlowNode other(log, "other");
+        for (int i = 0; i < n; ++i)
+            sender.send(i);
+        sender.connect("out", &other, "in");
+        sender.send(37);
+        object.reset();
+        EXPECT_EQ(0, Owned::alive);
+        EXPECT_EQ(1U, queued());
+        EXPECT_EQ("other=37", distribute());
+    }
 }
 
 TEST_F(fxWiringLifetime, objectThatTakesNoMoreInputsEndsTheFunctionAtOnce) {
@@ -179,11 +235,11 @@ TEST_F(fxWiringLifetime, functionBehindAConversionMayDeleteItsObject) {
 TEST_F(fxWiringLifetime, functionMayReplaceItsInput) {
     add([this] { fxOnInput(object.get(), "in", [this](int n) { log.note(std::to_string(-n)); }); });
     sender.send(1, fxObj::fxSendNow);
-    sender.disconnect("out", object.get(), "in");
-    sender.connect("out", object.get(), "in");
     EXPECT_EQ("1 of 100", log.take());
+    EXPECT_EQ(0, Owned::alive);
+    sender.connect("out", object.get(), "in");
     sender.send(2, fxObj::fxSendNow);
-    EXPECT_EQ("2 of 100 -2", log.take()) << "the old channel keeps its connection";
+    EXPECT_EQ("-2", log.take());
 }
 
 TEST_F(fxWiringLifetime, functionMaySendToItself) {
@@ -244,31 +300,32 @@ TEST_F(fxWiringLifetime, exceptionsPassThroughAFunctionThatHasRemovedItsInput) {
 
 // What goes with a function may call back.
 
-TEST_F(fxWiringLifetime, endOfAFunctionMayEndOthersOfTheSameOutput) {
-    fxObj other;
-    const auto addOwned = [this](fxObj* to, std::function<void()> atEnd) {
-        fxOnInput(to, "in", [owned = Owned(std::move(atEnd))](int) {});
-        sender.connect("out", to, "in");
-        fxOnInput(to, "in", [] {});  // the connection has the last reference
-    };
+TEST_F(fxWiringLifetime, endOfAnInputMayEndOthersOfTheSameOutput) {
     auto victim = std::make_unique<fxObj>();
     fxOnInput(victim.get(), "in", [](int) {});
-    addOwned(&other, [&victim] { victim.reset(); });
+    sender.out->add(new LoneInput([&victim] { victim.reset(); }));
     sender.connect("out", victim.get(), "in");
-    addOwned(&other, nullptr);
+    sender.out->add(new LoneInput);
     sender.removeOutput("out");
     EXPECT_EQ(nullptr, victim);
     EXPECT_EQ(0, Owned::alive);
 }
 
-TEST_F(fxWiringLifetime, endOfAFunctionMayDeleteTheOutputThatDisconnectsIt) {
-    fxInputChannel* in = fxOnInput(object.get(), "in",
-                                   [owned = Owned([this] { sender.removeOutput("out"); })](int) {});
-    sender.connect("out", object.get(), "in");
-    fxOnInput(object.get(), "in", [] {});
+TEST_F(fxWiringLifetime, endOfAnInputMayDeleteTheOutputThatDisconnectsIt) {
+    auto* in = new LoneInput([this] { sender.removeOutput("out"); });
+    sender.out->add(in);
     sender.out->remove(in);
     EXPECT_EQ(0, Owned::alive);
     EXPECT_FALSE(fxTryConnect(&sender, "out", object.get(), "in", nullptr));
+}
+
+TEST_F(fxWiringLifetime, endOfAFunctionMayDeleteItsObject) {
+    auto* dying = new fxObj;
+    fxOnInput(dying, "in", [owned = Owned([dying] { delete dying; })](int) {});
+    sender.connect("out", dying, "in");
+    fxOnInput(dying, "in", [] {});
+    EXPECT_EQ(0, Owned::alive);
+    EXPECT_EQ(0U, sender.out->getNumberOfConnections());
 }
 
 TEST_F(fxWiringLifetime, endOfAFunctionMaySend) {
