@@ -1,0 +1,88 @@
+// fxStrStd.h - fxStr beside the standard library's strings.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/str/fxTempStr.h"
+
+// All bytes count in what is here, NULs included, as they do in operator==.
+
+/// The bytes of `s`; valid until `s` changes or ends. O(1).
+inline std::string_view fxView(const fxStr& s) noexcept { return {s.c_str(), s.length()}; }
+/// A string that is not kept would be gone before its view.
+std::string_view fxView(fxStr&&) = delete;
+
+/// A copy as a std::string.
+inline std::string fxString(const fxStr& s) { return std::string(fxView(s)); }
+
+/// A copy of `text` as an fxStr.
+inline fxStr fxStrOf(std::string_view text) {
+    return text.empty() ? fxStr() : fxStr(text.data(), static_cast<unsigned int>(text.size()));
+}
+
+/// A text that somebody else keeps, in whatever class: what the functions for containers of
+/// strings take. It is made of a literal, an fxStr, a std::string or a view without a copy.
+class fxText {
+public:
+    /// Up to its NUL; null is an empty text.
+    fxText(const char* s) : bytes(s ? std::string_view(s) : std::string_view()) {}
+    fxText(const fxStr& s) : bytes(fxView(s)) {}
+    fxText(const fxTempStr& s) : bytes(s.c_str(), s.length()) {}
+    fxText(const std::string& s) : bytes(s) {}
+    fxText(std::string_view s) : bytes(s) {}
+
+    /// The bytes.
+    std::string_view view() const { return bytes; }
+    /// A copy of them.
+    fxStr str() const { return fxStrOf(bytes); }
+
+private:
+    std::string_view bytes;  // whoever made this keeps them
+};
+
+// Loops over the bytes: for (char& c : s). The NUL behind them is not among them, and an empty
+// string has none, so the text that all empty strings share is never written to.
+
+/// The first byte; valid until `s` changes its length.
+inline char* begin(fxStr& s) { return &s[0U]; }
+/// Behind the last byte.
+inline char* end(fxStr& s) { return &s[0U] + s.length(); }
+/// The first byte; valid until `s` changes.
+inline const char* begin(const fxStr& s) { return s.c_str(); }
+/// Behind the last byte.
+inline const char* end(const fxStr& s) { return s.c_str() + s.length(); }
+
+/// Whether `part` is somewhere in `s`.
+inline bool contains(const fxStr& s, const fxText& part) {
+    return fxView(s).find(part.view()) != std::string_view::npos;
+}
+/// Whether `c` is somewhere in `s`.
+inline bool contains(const fxStr& s, char c) { return fxView(s).find(c) != std::string_view::npos; }
+
+/// Of all bytes, unlike fxStr::hash(), which looks at eight of them: strings that are equal have
+/// equal values, others hardly ever. The value is this process's, not one to be stored.
+template <>
+struct std::hash<fxStr> {
+    /// Linear.
+    std::size_t operator()(const fxStr& s) const noexcept {
+        return std::hash<std::string_view>()(fxView(s));
+    }
+};
+
+#ifdef FMT_VERSION
+/// For fmt::format, if that was included before: "{}", and all else that texts have.
+template <>
+struct fmt::formatter<fxStr> : fmt::formatter<fmt::string_view> {
+    /// Writes all bytes.
+    template <class Context>
+    auto format(const fxStr& s, Context& context) const {
+        return fmt::formatter<fmt::string_view>::format(fmt::string_view(s.c_str(), s.length()),
+                                                        context);
+    }
+};
+#endif
