@@ -1,4 +1,4 @@
-// fxDictionaryStd.h - dictionaries and sets as ranges.
+// fxDictionaryStd.h - dictionaries as ranges of entries.
 #pragma once
 
 #include <cstddef>
@@ -8,15 +8,18 @@
 #include <type_traits>
 #include <utility>
 
-#include "kelvofxds/containers/fxDictionary.h"
-#include "kelvofxds/containers/fxSet.h"
-#include "kelvofxds/containers/fxStrSet.h"
+#include "kelvofxds/containers/fxArrayStdParts.h"
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 #include "kelvofxds/containers/fxVoidPtrDict.h"
-#include "kelvofxds/str/fxStrStd.h"
+#include "kelvofxds/containers/fxWalkStd.h"
 
-/// Walks the entries of a dictionary as pairs of references. It is registered with its
-/// dictionary, so entries may be removed during the walk.
+/// Walks a dictionary. An entry is a pair of references, to its key and its value:
+/// for (auto& [key, value] : dictionary).
+///
+/// It is registered with the dictionary, so any entries may be removed during the walk, the
+/// present one, too; so may all of them, or the dictionary itself. Nothing that is left is
+/// skipped or comes twice. Entries that are added meanwhile may be visited or not. What an
+/// entry's references lead to is gone when the entry is. A copy is a second walk.
 template <class Key, class Value>
 class fxEntryIterator {
 public:
@@ -26,7 +29,9 @@ public:
     using reference = const std::pair<const Key&, Value&>&;
     using pointer = const std::pair<const Key&, Value&>*;
 
+    /// At the end of every dictionary.
     fxEntryIterator() = default;
+    /// On the first entry of `d`, which has keys and values of these types.
     explicit fxEntryIterator(fxDictionary& d) : walk(d) {}
     fxEntryIterator(const fxEntryIterator& other) : walk(other.walk) {}
     fxEntryIterator& operator=(const fxEntryIterator& other) {
@@ -34,150 +39,166 @@ public:
         return *this;
     }
 
+    /// The present entry; valid until the next step. Requires: there is one, and it has not been
+    /// removed.
     reference operator*() const {
-        entry.emplace(*static_cast<const Key*>(walk.getKey()),
-                      *static_cast<Value*>(walk.getValue()));
-        return *entry;
+        return entry.emplace(*static_cast<const Key*>(walk.getKey()),
+                             *static_cast<Value*>(walk.getValue()));
     }
     pointer operator->() const { return &**this; }
+    /// On the next entry that is left.
     fxEntryIterator& operator++() {
-        ++walk;
+        walk.next();
         return *this;
     }
     fxEntryIterator operator++(int) {
-        fxEntryIterator before(*this);
+        const fxEntryIterator before(*this);
         ++*this;
         return before;
     }
+    /// Whether both are at the end, or on one entry.
     friend bool operator==(const fxEntryIterator& a, const fxEntryIterator& b) {
-        return a.walk.getKey() == b.walk.getKey();
+        return a.walk.isWith(b.walk);
     }
     friend bool operator!=(const fxEntryIterator& a, const fxEntryIterator& b) { return !(a == b); }
 
 private:
-    fxDictIter walk;
-    mutable std::optional<std::pair<const Key&, Value&>> entry;
+    fxStdParts::Walk<fxStdParts::DictSteps> walk;
+    mutable std::optional<std::pair<const Key&, Value&>> entry;  // what * returned last
 };
 
-/// See fxEntries.
+/// The entries of a dictionary; see fxEntries.
 template <class Key, class Value>
 class fxEntryRange {
 public:
-    explicit fxEntryRange(fxDictionary& d) : dictionary(&d) {}
-    fxEntryIterator<Key, Value> begin() const { return fxEntryIterator<Key, Value>(*dictionary); }
+    /// Those of `d`, which stays its owner's.
+    explicit fxEntryRange(fxDictionary& d) : of(&d) {}
+    fxEntryIterator<Key, Value> begin() const { return fxEntryIterator<Key, Value>(*of); }
     fxEntryIterator<Key, Value> end() const { return {}; }
+    /// Whose entries they are.
+    fxDictionary& dictionary() const { return *of; }
 
 private:
-    fxDictionary* dictionary;
+    fxDictionary* of;  // not owned
 };
 
-/// The entries of any dictionary, whose keys are of type Key and whose values are of type Value.
+/// The entries of any dictionary: fxEntries<int, Phone>(book).
+/// Requires: the keys are of type Key and the values of type Value.
 template <class Key, class Value>
 fxEntryRange<Key, Value> fxEntries(fxDictionary& d) {
     return fxEntryRange<Key, Value>(d);
 }
+/// The same of a const one, whose values are const; it, too, knows of the walk.
 template <class Key, class Value>
 fxEntryRange<Key, const Value> fxEntries(const fxDictionary& d) {
     return fxEntryRange<Key, const Value>(const_cast<fxDictionary&>(d));
 }
 
-inline auto begin(fxStrStrDictionary& d) { return fxEntries<fxStr, fxStr>(d).begin(); }
-inline auto end(fxStrStrDictionary& d) { return fxEntries<fxStr, fxStr>(d).end(); }
-inline auto begin(const fxStrStrDictionary& d) { return fxEntries<fxStr, fxStr>(d).begin(); }
-inline auto end(const fxStrStrDictionary& d) { return fxEntries<fxStr, fxStr>(d).end(); }
-inline auto begin(fxVoidPtrDict& d) { return fxEntries<fxStr, void*>(d).begin(); }
-inline auto end(fxVoidPtrDict& d) { return fxEntries<fxStr, void*>(d).end(); }
-inline auto begin(const fxVoidPtrDict& d) { return fxEntries<fxStr, void*>(d).begin(); }
-inline auto end(const fxVoidPtrDict& d) { return fxEntries<fxStr, void*>(d).end(); }
+/// The types of the entries of a dictionary class. Specialise it for a class of your own, with
+/// the members Key and Value, and everything here takes that class, too.
+template <class D, class = void>
+struct fxEntryTypes {};
+template <class D>
+struct fxEntryTypes<D, std::enable_if_t<std::is_base_of_v<fxStrStrDictionary, D>>> {
+    using Key = fxStr;    ///< Of the keys.
+    using Value = fxStr;  ///< Of the values.
+};
+template <class D>
+struct fxEntryTypes<D, std::enable_if_t<std::is_base_of_v<fxVoidPtrDict, D>>> {
+    using Key = fxStr;    ///< Of the keys.
+    using Value = void*;  ///< Of the values.
+};
 
-/// Adds all of the entries; equal keys get the new value.
-inline void fxAddAll(fxStrStrDictionary& d, std::initializer_list<std::pair<fxText, fxText>> all) {
-    for (const auto& [key, value] : all)
-        d.add(key.str(), value.str());
+namespace fxStdParts {
+/// Types of dictionaries that are known; nothing for other classes.
+template <class D, bool = std::is_base_of_v<fxDictionary, D>>
+struct KnownEntries {};
+template <class D>
+struct KnownEntries<D, true> : fxEntryTypes<std::remove_const_t<D>> {};
+template <class D>
+using KeyOf = typename KnownEntries<D>::Key;
+template <class D>
+using ValueOf = typename KnownEntries<D>::Value;
+/// Their ranges, unless a class has begin() of its own.
+template <class D>
+using EntriesOf = std::enable_if_t<
+    !HasBegin<D>::value,
+    fxEntryRange<KeyOf<D>, std::conditional_t<std::is_const_v<D>, const ValueOf<D>, ValueOf<D>>>>;
+
+template <class Key, class Value>
+Value* findValue(const fxEntryRange<Key, Value>& entries, const Given<Key>& key) {
+    if constexpr (std::is_same_v<Key, fxStr>) {
+        const fxStr text = key.str();
+        return static_cast<Value*>(entries.dictionary().fxDictionary::find(&text));
+    } else {
+        return static_cast<Value*>(entries.dictionary().fxDictionary::find(&key));
+    }
 }
-inline void fxAddAll(fxVoidPtrDict& d, std::initializer_list<std::pair<fxText, void*>> all) {
-    for (const auto& [key, value] : all)
-        d.add(key.str(), value);
+}  // namespace fxStdParts
+
+/// The first entry, for loops.
+template <class D>
+auto begin(D& dictionary) -> decltype(std::declval<fxStdParts::EntriesOf<D>>().begin()) {
+    return fxEntries<fxStdParts::KeyOf<D>, fxStdParts::ValueOf<D>>(dictionary).begin();
 }
-/// Adds all of the keys.
-inline void fxAddAll(fxStrSet& set, std::initializer_list<fxText> all) {
-    for (const auto& key : all)
-        set.add(key.str());
+/// The end.
+template <class D>
+auto end(D&) -> decltype(std::declval<fxStdParts::EntriesOf<D>>().end()) {
+    return {};
+}
+
+/// Adds the entries of the list; a key that is there gets the new value.
+template <class Key, class Value>
+void fxAddAll(
+    const fxEntryRange<Key, Value>& entries,
+    std::initializer_list<std::pair<fxStdParts::Given<Key>, fxStdParts::Given<Value>>> added) {
+    for (const auto& [given, value] : added) {
+        const Key key(fxStdParts::madeOf<Key>(given));
+        const Value copy(fxStdParts::madeOf<Value>(value));
+        entries.dictionary().addInternal(&key, &copy);
+    }
+}
+/// The same for a dictionary: fxAddAll(capitals, {{"Peru", "Lima"}, {"Togo", "Lomé"}}).
+template <class D>
+void fxAddAll(D& dictionary,
+              std::initializer_list<std::pair<fxStdParts::Given<fxStdParts::KeyOf<D>>,
+                                              fxStdParts::Given<fxStdParts::ValueOf<D>>>>
+                  added) {
+    fxAddAll(fxEntries<fxStdParts::KeyOf<D>, fxStdParts::ValueOf<D>>(dictionary), added);
 }
 
 /// Whether there is an entry for `key`.
-inline bool contains(const fxStrStrDictionary& d, const fxText& key) { return d.find(key.str()); }
-inline bool contains(const fxVoidPtrDict& d, const fxText& key) { return d.find(key.str()); }
-inline bool contains(const fxStrSet& set, const fxText& key) {
-    return set.contains(key.str()) != 0;
+template <class Key, class Value>
+bool contains(const fxEntryRange<Key, Value>& entries, const fxStdParts::Given<Key>& key) {
+    return fxStdParts::findValue(entries, key) != nullptr;
+}
+template <class D>
+bool contains(const D& dictionary, const fxStdParts::Given<fxStdParts::KeyOf<D>>& key) {
+    return contains(fxEntries<fxStdParts::KeyOf<D>, fxStdParts::ValueOf<D>>(dictionary), key);
 }
 
-/// A copy of the value of `key`, or of `fallback`.
-inline fxStr value_or(const fxStrStrDictionary& d, const fxText& key, const fxText& fallback) {
-    const fxStr* value = d.find(key.str());
-    return value ? *value : fallback.str();
+/// A copy of the value of `key`; of `fallback` if there is none. Nothing is added.
+template <class Key, class Value>
+std::remove_const_t<Value> value_or(const fxEntryRange<Key, Value>& entries,
+                                    const fxStdParts::Given<Key>& key,
+                                    const fxStdParts::Given<std::remove_const_t<Value>>& fallback) {
+    const auto* const value = fxStdParts::findValue(entries, key);
+    return value ? *value : fxStdParts::madeOf<std::remove_const_t<Value>>(fallback);
 }
-/// The pointer of `key` as one to T, or `fallback`.
+template <class D>
+std::enable_if_t<!std::is_base_of_v<fxVoidPtrDict, D>, fxStdParts::ValueOf<D>> value_or(
+    const D& dictionary, const fxStdParts::Given<fxStdParts::KeyOf<D>>& key,
+    const fxStdParts::Given<fxStdParts::ValueOf<D>>& fallback) {
+    return value_or(fxEntries<fxStdParts::KeyOf<D>, fxStdParts::ValueOf<D>>(dictionary), key,
+                    fallback);
+}
+/// The pointer of `key`, as one to what `fallback` leads to; `fallback` if there is none.
 template <class T>
-T* value_or(const fxVoidPtrDict& d, const fxText& key, T* fallback) {
-    void* const* value = d.find(key.str());
+T* value_or(const fxVoidPtrDict& dictionary, const fxText& key, T* fallback) {
+    void* const* const value = fxStdParts::findValue(fxEntries<fxStr, void*>(dictionary), key);
     return value ? static_cast<T*>(*value) : fallback;
 }
-
-/// Walks the keys of a set; registered as fxEntryIterator is.
-template <class Key>
-class fxKeyIterator {
-public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = Key;
-    using difference_type = std::ptrdiff_t;
-    using reference = const Key&;
-    using pointer = const Key*;
-
-    fxKeyIterator() = default;
-    explicit fxKeyIterator(fxSet& s) : walk(s) {}
-
-    reference operator*() const { return *static_cast<const Key*>(walk.getKey()); }
-    pointer operator->() const { return static_cast<const Key*>(walk.getKey()); }
-    fxKeyIterator& operator++() {
-        ++walk;
-        return *this;
-    }
-    fxKeyIterator operator++(int) {
-        fxKeyIterator before(*this);
-        ++*this;
-        return before;
-    }
-    friend bool operator==(const fxKeyIterator& a, const fxKeyIterator& b) {
-        return a.walk.getKey() == b.walk.getKey();
-    }
-    friend bool operator!=(const fxKeyIterator& a, const fxKeyIterator& b) { return !(a == b); }
-
-private:
-    fxSetIter walk;
-};
-
-inline auto begin(const fxStrSet& s) { return fxKeyIterator<fxStr>(const_cast<fxStrSet&>(s)); }
-inline auto end(const fxStrSet&) { return fxKeyIterator<fxStr>(); }
-
-/// Makes `to` a copy of `from`, which is what the copy constructors cannot do: entries that were
-/// in `to` go, values are copied by the class's own operations.
-template <class D>
-std::enable_if_t<std::is_base_of_v<fxDictionary, D>, D&> fxCopyInto(const D& from, D& to) {
-    if (&from != &to) {
-        for (fxDictIter entry(to); entry.getKey(); ++entry)
-            to.fxDictionary::remove(entry.getKey());
-        for (fxDictIter entry(const_cast<D&>(from)); entry.getKey(); ++entry)
-            to.addInternal(entry.getKey(), entry.getValue());
-    }
-    return to;
-}
-template <class S>
-std::enable_if_t<std::is_base_of_v<fxSet, S>, S&> fxCopyInto(const S& from, S& to) {
-    if (&from != &to) {
-        for (fxSetIter key(to); key.getKey(); ++key)
-            to.fxSet::remove(key.getKey());
-        to |= from;
-    }
-    return to;
+/// The same where the fallback is nullptr.
+inline void* value_or(const fxVoidPtrDict& dictionary, const fxText& key, std::nullptr_t) {
+    return value_or<void>(dictionary, key, static_cast<void*>(nullptr));
 }

@@ -15,6 +15,8 @@ struct std::hash<fxRef<T>> {
     }
 };
 
+// What is missing beside operator<, in its forms: by address, null in front of every object.
+
 /// Orders them by address.
 template <class T, class U>
 bool operator>(const fxRef<T>& a, const fxRef<U>& b) noexcept {
@@ -22,11 +24,73 @@ bool operator>(const fxRef<T>& a, const fxRef<U>& b) noexcept {
 }
 /// Orders them by address.
 template <class T, class U>
+bool operator>(const fxRef<T>& a, U* b) noexcept {
+    return b < a;
+}
+/// Orders them by address.
+template <class T, class U>
+bool operator>(T* a, const fxRef<U>& b) noexcept {
+    return b < a;
+}
+/// Whether there is an object.
+template <class T>
+bool operator>(const fxRef<T>& a, std::nullptr_t) noexcept {
+    return nullptr < a;
+}
+/// Never.
+template <class T>
+bool operator>(std::nullptr_t, const fxRef<T>& b) noexcept {
+    return b < nullptr;
+}
+
+/// Orders them by address.
+template <class T, class U>
 bool operator<=(const fxRef<T>& a, const fxRef<U>& b) noexcept {
     return !(b < a);
 }
 /// Orders them by address.
 template <class T, class U>
+bool operator<=(const fxRef<T>& a, U* b) noexcept {
+    return !(b < a);
+}
+/// Orders them by address.
+template <class T, class U>
+bool operator<=(T* a, const fxRef<U>& b) noexcept {
+    return !(b < a);
+}
+/// Whether there is no object.
+template <class T>
+bool operator<=(const fxRef<T>& a, std::nullptr_t) noexcept {
+    return !(nullptr < a);
+}
+/// Always.
+template <class T>
+bool operator<=(std::nullptr_t, const fxRef<T>& b) noexcept {
+    return !(b < nullptr);
+}
+
+/// Orders them by address.
+template <class T, class U>
 bool operator>=(const fxRef<T>& a, const fxRef<U>& b) noexcept {
     return !(a < b);
+}
+/// Orders them by address.
+template <class T, class U>
+bool operator>=(const fxRef<T>& a, U* b) noexcept {
+    return !(a < b);
+}
+/// Orders them by address.
+template <class T, class U>
+bool operator>=(T* a, const fxRef<U>& b) noexcept {
+    return !(a < b);
+}
+/// Always.
+template <class T>
+bool operator>=(const fxRef<T>& a, std::nullptr_t) noexcept {
+    return !(a < nullptr);
+}
+/// Whether there is no object.
+template <class T>
+bool operator>=(std::nullptr_t, const fxRef<T>& b) noexcept {
+    return !(nullptr < b);
 }
