@@ -45,8 +45,7 @@ function program(name,    lines, n, i, includes, body) {
         } else
             body = body (lines[i] == "" ? "" : "    ") lines[i] "\n"
     }
-    write(name, "#include <kelvofxds/kelvofxds.h>\n" \
-        "#if __has_include(<kelvofxds/std.h>)\n#include <kelvofxds/std.h>\n#endif\n" includes \
+    write(name, "#include <kelvofxds/kelvofxds.h>\n#include <kelvofxds/std.h>\n" includes \
         "\nint main() {\n    fxInitializeToolkit();\n#line " start " \"" page "\"\n" body "}\n")
 }
 

@@ -39,11 +39,20 @@ fault() { # LINE MESSAGE
     faults=$((faults + 1))
 }
 
-# A program under a name of its own.
-name_program() { # FILE PROGRAM
+make_folder_of() { # FILE
     case $1 in
     */*) mkdir -p "${1%/*}" ;;
     esac
+}
+
+write_file() { # FROM FILE
+    make_folder_of "$2"
+    cp "$1" "$2"
+}
+
+# A program under a name of its own.
+name_program() { # FILE PROGRAM
+    make_folder_of "$1"
     printf '#!/bin/sh\nexec %s "%s" "$@"\n' "$emulator" "$2" >"$1"
     chmod +x "$1"
 }
@@ -146,7 +155,7 @@ for tool in "$@"; do
 done
 while read -r step number line rest <&4; do
     case ${build:+typed_}$step in
-    typed_source | typed_file | file) cp "$folder/$number.file" "$rest" ;;
+    typed_source | typed_file | file) write_file "$folder/$number.file" "$rest" ;;
     typed_shell) type_all "$number" "$line" ;;
     typed_console) console "$number" "$line" ;;
     fault) fault "$number" "$line $rest" ;;
