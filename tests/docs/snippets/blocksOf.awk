@@ -60,7 +60,7 @@ function endOfBlock(    kind, file) {
     kind = info
     sub(/ .*/, "", kind)
     file = option("file")
-    if (kind == "text" && pending != "" && !has("loose")) {
+    if (kind == "text" && pending != "" && file == "" && !has("loose")) {
         write(pending ".text", text)
         print "run", pending, start, option("ends") == "" ? "0" : option("ends") >plan
         pending = named = ""
