@@ -2,9 +2,9 @@
 #
 # awk -v page=docs/cookbook.md -v folder=OUT -f blocksOf.awk docs/cookbook.md
 #
-# writes into OUT what CMakeLists.txt compiles and checkPage.sh runs: NN.cpp, a program for the NN-th
-# block; NN.text, what it prints; NN.file, a file; NN.console and NN.sh, commands; and `plan`, the
-# steps in the order of the page. The rules are those of README.md beside this file.
+# writes into OUT what CMakeLists.txt compiles and checkPage.sh runs: NN.cpp, a program for block NN;
+# NN.text, what it prints; NN.file, a file; NN.console and NN.sh, commands; and `plan`, the steps in
+# the order of the page. The rules are those of README.md beside this file.
 
 function fault(at, message) { print "fault", at, message >plan }
 

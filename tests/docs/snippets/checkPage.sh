@@ -145,7 +145,8 @@ type_all() { # NUMBER LINE
 # What stands for things that a test does not do.
 prepare_typing() {
     printf '#!/bin/sh\n' >"$work/bin/sudo"
-    printf '#!/bin/sh\n[ "$1" = install ] && exec cmake --install "%s" --prefix "$2"\n' "$build" >dev
+    printf '#!/bin/sh\n[ "$1" = install ] && exec cmake --install "%s" --prefix "$2"\n' \
+        "$build" >dev
     chmod +x "$work/bin/sudo" dev
     unset PKG_CONFIG_PATH CMAKE_PREFIX_PATH LD_LIBRARY_PATH
 }
