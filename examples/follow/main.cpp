@@ -20,7 +20,7 @@
 #include "kelvofxds/objects/fxApplication.h"
 #include "kelvofxds/objects/fxExec.h"
 #include "kelvofxds/objects/fxTimer.h"
-#include "kelvofxds/values/fxData.h"
+#include "kelvofxds/objects/fxWiring.h"
 
 namespace {
 
@@ -55,8 +55,6 @@ public:
     bool makesSense() const { return !filter || filter->isPattern(); }
 
 private:
-    static void takeEnd(Follow* self) { self->close(); }
-
     std::vector<std::unique_ptr<Follower>> followers;
     std::unique_ptr<Filter> filter;
     Printer printer;
@@ -66,7 +64,7 @@ private:
 
 Follow::Follow(const Options& options, const std::vector<const char*>& paths)
     : printer(options.lines), timer(1) {
-    addInput("end", fxDT_void, this, reinterpret_cast<void (*)()>(takeEnd), 0);
+    fxAddInput(this, "end", &Follow::close);
     printer.connect("done", this, "end");
     ending.connect("end", this, "end");
     fxObj* next = &printer;
@@ -87,7 +85,7 @@ Follow::Follow(const Options& options, const std::vector<const char*>& paths)
 void Follow::open() {
     fxApplication::open();
     for (const auto& follower : followers)
-        Follower::look(follower.get());
+        follower->look();
     timer.startTimer();
 }
 

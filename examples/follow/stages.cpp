@@ -10,15 +10,8 @@
 #include <cstring>
 
 #include "kelvofxds/objects/fxExec.h"
+#include "kelvofxds/objects/fxWiring.h"
 #include "kelvofxds/values/fxData.h"
-
-namespace {
-// addInput takes functions of every type under this one.
-template <class Function>
-void (*receiver(Function function))() {
-    return reinterpret_cast<void (*)()>(function);
-}
-}  // namespace
 
 Follower::Follower(const char* file, bool fromStart, const std::string& before)
     : line(addOutput("line", fxDT_CharPtr)),
@@ -27,7 +20,8 @@ Follower::Follower(const char* file, bool fromStart, const std::string& before)
       position(fromStart ? 0 : -1),
       fd(-1),
       isMissed(false) {
-    addInput("look", fxDT_void, this, receiver(look), 1);
+    const bool latestOnly = true;
+    fxAddInput(this, "look", &Follower::look, latestOnly);
 }
 
 Follower::~Follower() {
@@ -35,14 +29,14 @@ Follower::~Follower() {
         ::close(fd);
 }
 
-void Follower::look(Follower* self) {
-    if (!self->isOpen())
+void Follower::look() {
+    if (!isOpen())
         return;
     char bytes[65536];
     ssize_t n;
-    while ((n = ::read(self->fd, bytes, sizeof bytes)) > 0) {
-        self->position += n;
-        self->sendLines(bytes, static_cast<std::size_t>(n));
+    while ((n = ::read(fd, bytes, sizeof bytes)) > 0) {
+        position += n;
+        sendLines(bytes, static_cast<std::size_t>(n));
     }
 }
 
@@ -91,25 +85,25 @@ void Follower::sendLines(const char* bytes, std::size_t n) {
 }
 
 Filter::Filter(const char* pattern) : line(addOutput("line", fxDT_CharPtr)), expression(pattern) {
-    addInput("line", fxDT_CharPtr, this, receiver(take), 0);
+    fxAddInput(this, "line", &Filter::take);
 }
 
-void Filter::take(Filter* self, char* text) {
-    if (self->expression.findBuffer(text, static_cast<unsigned int>(std::strlen(text))) >= 0)
-        self->sendCharPtr(self->line, text, fxSendNow);
+void Filter::take(const char* text) {
+    if (expression.findBuffer(text, static_cast<unsigned int>(std::strlen(text))) >= 0)
+        sendCharPtr(line, text, fxSendNow);
 }
 
 Printer::Printer(unsigned int most) : done(addOutput("done", fxDT_void)), limit(most), printed(0) {
-    addInput("line", fxDT_CharPtr, this, receiver(take), 0);
+    fxAddInput(this, "line", &Printer::take);
 }
 
-void Printer::take(Printer* self, char* text) {
-    if (self->limit != 0 && self->printed == self->limit)
+void Printer::take(const char* text) {
+    if (limit != 0 && printed == limit)
         return;  // the message that ends the program is on its way
     std::puts(text);
     std::fflush(stdout);
-    if (++self->printed == self->limit)
-        self->sendVoid(self->done, fxSendQueued);
+    if (++printed == limit)
+        sendVoid(done, fxSendQueued);
 }
 
 int Ending::writeEnd = -1;

@@ -23,7 +23,7 @@ public:
     ~Follower() override;
 
     /// What the input does.
-    static void look(Follower* self);
+    void look();
 
 private:
     bool isOpen();
@@ -48,7 +48,7 @@ public:
     bool isPattern() const { return expression.findBuffer("", 0) != -2; }
 
 private:
-    static void take(Filter* self, char* text);
+    void take(const char* text);
 
     fxOutputChannel* line;
     fxRegEx expression;
@@ -61,7 +61,7 @@ public:
     explicit Printer(unsigned int limit);
 
 private:
-    static void take(Printer* self, char* text);
+    void take(const char* text);
 
     fxOutputChannel* done;
     unsigned int limit;
