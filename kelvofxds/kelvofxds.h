@@ -70,3 +70,4 @@
 #include "kelvofxds/values/fxConverter.h"
 #include "kelvofxds/values/fxData.h"
 #include "kelvofxds/values/fxProperty.h"
+#include "kelvofxds/version.h"

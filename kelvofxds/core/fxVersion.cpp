@@ -1,6 +1,7 @@
 #include "kelvofxds/core/fxVersion.h"
 
 #include "kelvofxds/core/fxPlatform.h"
+#include "kelvofxds/version.h"
 
 namespace {
 const char format[] = "%-*s %s (%s)\n";

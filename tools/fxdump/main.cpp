@@ -11,11 +11,8 @@
 #include <exception>
 #include <string>
 
+#include "kelvofxds/version.h"
 #include "tools/fxdump/dump.h"
-
-#ifndef KELVOFXDS_VERSION
-#define KELVOFXDS_VERSION "(of no version: built without CMake)"
-#endif
 
 namespace {
 using fxdump::Outcome;
