@@ -99,7 +99,7 @@ public:
     static bool isPooled(const fxEvent* e) { return fxTableOf(e) == ownTable; }
 
 private:
-    static const int noType = -1;
+    static constexpr int noType = -1;
 
     static Message* takeBlank(fxInputChannel* channel) {
         Message* e = first;
