@@ -42,18 +42,6 @@ static_assert(std::is_base_of<fxArray, fxSetBuckets>::value, "a kind of fxArray"
 static_assert(std::is_base_of<fxArray, fxSetIters>::value, "a kind of fxArray");
 static_assert(std::is_polymorphic<fxSetIter>::value, "iterators have a table");
 
-namespace {
-
-// True when `pointer` names a virtual operation: the ABI makes those odd.
-template <class Pointer>
-bool isVirtual(Pointer pointer) {
-    unsigned int word;
-    std::memcpy(&word, &pointer, sizeof word);
-    return word % 2 != 0;
-}
-
-}  // namespace
-
 // Shape.
 
 TEST(fxSet, onlyTheTranscriptionOfKeysIsLeftToSubclasses) {
