@@ -96,6 +96,7 @@ END
     [ "$(g++ -E -P "-I$prefix/include" version.cpp | tail -n 1)" = "\"$told\"" ] ||
         fail "not $told in version.h"
     [ -f "$prefix/lib/libkelvofxds.so.1.$told" ] || fail "the library's file is not named for $told"
+    head -n 1 "$source/debian/changelog" | grep -qF "($told)" || fail "not $told in debian/changelog"
     [ "$("$prefix/bin/fxdump" --version)" = "fxdump $told" ] || fail "not $told to fxdump"
 }
 
