@@ -46,12 +46,15 @@ examples() { fresh examples && told "The examples"; }
 
 # --- refusals -----------------------------------------------------------------------------------
 
-# The installed package and the source tree say the same.
+# The installed package and the source tree say the same, the latter also as a part of another.
 refusals() {
     fresh refusals
     block "With CMake" cmake >CMakeLists.txt
     refused cmake -S . -B build "-DCMAKE_PREFIX_PATH=$prefix"
     refused cmake -S "$source" -B build-source
+    ln -s "$source" libkelvofxds
+    block "As a part of another project" cmake >CMakeLists.txt
+    refused cmake -S . -B build-part
 }
 
 # --- what is there ------------------------------------------------------------------------------

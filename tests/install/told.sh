@@ -2,6 +2,7 @@
 #
 # The blocks of the document are run word for word in a shell of their own, in a folder that has
 # nothing but host.cpp, with HOME set so that the document's ~/kelvofxds is a prefix of the test's.
+# shellcheck shell=sh disable=SC2154,SC2164 # who sources it sets source and work, and stops at errors
 
 # The parent's settings are not those of a fresh shell.
 unset CXX CXXFLAGS CPPFLAGS LDFLAGS PKG_CONFIG_PATH LD_LIBRARY_PATH CMAKE_PREFIX_PATH CMAKE_GENERATOR
