@@ -1,0 +1,17 @@
+#!/bin/sh
+# session.sh GDB SCRIPT PROGRAM: lets gdb do what is in session.gdb and compares what it shows with
+# session.expected. Exits with 77 where gdb cannot be had.
+set -eu
+here=$(dirname "$0")
+. "$here/gdb.sh"
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# Where it stopped is not tested. What class a destroyed object is left as depends on what the compiler
+# leaves out.
+run_gdb -x "$script" -x "$here/session.gdb" "$program" | without_chance |
+    sed -e '1,/^== /{/^== /!d}' -e 's/at present of class fx\(XDR\|RC\)Obj/at present of class BASE/' \
+        -e '/^\(Breakpoint [0-9]*,\|#1  \|[0-9][0-9]*\t\)/d' -e '/^Type "/d' \
+        -e '/^Command name abbreviations/d' >"$work/shown"
+diff "$here/session.expected" "$work/shown"
