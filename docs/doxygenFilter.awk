@@ -6,6 +6,49 @@
 #   in front of the second and later ones.
 # - A // comment behind a declaration describes it.
 # - Deleted and defaulted members need no description.
+# - Behind the first sentence on a class comes @opens{Class, header, folder}, an alias of
+#   docs/Doxyfile.in: how to include and link it, and its example of docs/reference.
+
+# Where the first sentence on each class ends, by line: what @opens takes, and the column. Classes in
+# a namespace are nobody's to name.
+BEGIN {
+    header = ARGV[1]
+    sub(/^.*\/kelvofxds\//, "kelvofxds/", header)
+    split(header, part, "/")
+    for (n = 1; (getline line < ARGV[1]) > 0; ++n) {
+        if (line ~ /^\/\/\//) {
+            if (!last || !ended) {
+                ended = match(line, /\.( |$)/)
+                column = ended ? RSTART : length(line)
+                sentence = n
+            }
+            last = n
+            continue
+        }
+        if (depth || line ~ /^namespace /) depth += gsub(/\{/, "{", line) - gsub(/\}/, "}", line)
+        if (!depth && line ~ /^(class|struct) .*\{/ && line !~ /^(class|struct) [^:{]*</) {
+            sub(/^(class|struct) (FX_EXPORT )?/, "", line)
+            sub(/[^A-Za-z0-9_].*$/, "", line)
+            opens[last ? sentence : n] = line ", " header ", " part[2]
+            if (last) at[sentence] = column
+        }
+        if (line !~ /^template </) last = ended = 0
+    }
+}
+
+NR == 1 {
+    purpose = $0
+    sub(/^\/\/ [^ ]* - /, "", purpose)
+}
+
+# A class of a family whose comment stands above all of them.
+FNR in opens && /^(class|struct) / {
+    $0 = "/** One of " header ": " purpose " @opens{" opens[FNR] "} */ " $0
+}
+
+FNR in opens && /^\/\/\// {
+    $0 = substr($0, 1, at[FNR]) " @opens{" opens[FNR] "}" substr($0, at[FNR] + 1)
+}
 
 NR == 1 && sub(/^\/\/ [^ ]* - /, "/** @brief ") {
     print $0 " @file */"
