@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "examples/wordindex/guarded.h"
+#include "examples/wordindex/inWords.h"
 #include "examples/wordindex/indexFile.h"
 #include "examples/wordindex/progress.h"
 #include "examples/wordindex/textFiles.h"
@@ -45,6 +47,10 @@ const char usage[] =
     "\n"
     "The exit status is 0, 1 when something could not be read, written or verified,\n"
     "and 2 when the arguments make no sense.\n";
+
+const char introduction[] =
+    "wordindex counts the words of text files in one dictionary, writes that to a file, reads it\n"
+    "back and compares: what every program does that keeps its data from one run to the next.\n\n";
 
 const double megabyte = 1e6;
 
@@ -78,29 +84,30 @@ private:
 
 const char* plural(std::uint64_t n) { return n == 1 ? "" : "s"; }
 
-void printSize(const char* what, std::uint64_t n) {
-    std::printf("%-16s%12llu\n", what, static_cast<unsigned long long>(n));
-}
-
-void printTime(const char* what, double seconds) { std::printf("%-16s%12.3f s\n", what, seconds); }
-
-void printTime(const char* what, double seconds, std::uint64_t bytes) {
-    const double rate = seconds > 0 ? static_cast<double>(bytes) / megabyte / seconds : 0;
-    std::printf("%-16s%12.3f s %9.1f MB/s\n", what, seconds, rate);
-}
-
 void printMemory() {
     struct rusage used;
     if (::getrusage(RUSAGE_SELF, &used) == 0)
-        std::printf("%-16s%12.1f MB\n", "peak memory",
-                    static_cast<double>(used.ru_maxrss) * 1024 / megabyte);
+        std::printf("It never took more than %s of memory.\n",
+                    amount(static_cast<std::uint64_t>(used.ru_maxrss) * 1024).c_str());
 }
 
 void printLookUps(const fxStrStrDictionary& index, const std::vector<std::string>& queries) {
+    std::printf("\nLooked up in what was read:\n");
     for (const std::string& word : queries) {
         const fxStr* count = index.find(word.c_str());
-        std::printf("\"%s\" %s\n", word.c_str(), count ? count->c_str() : "is not there");
+        std::printf(
+            "\"%s\" %s\n", word.c_str(),
+            count
+                ? ("occurs " + counted(std::strtoull(count->c_str(), nullptr, 10), "time")).c_str()
+                : "is not there");
     }
+    std::printf("\n");
+}
+
+void printBuckets(fxStrStrDictionary& index) {
+    std::printf("It has %s, and the fullest holds %s.\n",
+                counted(index.getNumBuckets(), "bucket").c_str(),
+                counted(longestChain(index), "word").c_str());
 }
 
 // What the index beside the chains gains.
@@ -130,8 +137,11 @@ void printGain(fxStrStrDictionary& words, fxStrStrDictionary& index) {
     Walked walked(index.getNumBuckets());
     walked = index;
     const double nanosecond = 1e-9;
-    std::printf("%-16s%12.0f ns, %.0f ns where chains are walked\n", "look-up",
-                indexed / nanosecond, secondsToLookUp(words, walked) / nanosecond);
+    std::printf(
+        "A look-up takes %.0f ns on average, and %.0f ns where chains are walked: an index beside "
+        "the\n"
+        "buckets finds a word at once, however many share a bucket.\n",
+        indexed / nanosecond, secondsToLookUp(words, walked) / nanosecond);
 }
 
 // Counting.
@@ -162,14 +172,14 @@ Counted countWords(const TextFiles& texts, fxStrStrDictionary& index, Progress& 
     return counted;
 }
 
-void printCounts(const Counted& counted, fxStrStrDictionary& index, double seconds) {
-    printSize("files", counted.files);
-    printSize("bytes", counted.bytes);
-    printSize("words", counted.words);
-    printSize("distinct words", index.length());
-    printSize("buckets", index.getNumBuckets());
-    printSize("longest chain", longestChain(index));
-    printTime("read and count", seconds, counted.bytes);
+void printCounts(const Counted& result, fxStrStrDictionary& index, double seconds) {
+    std::printf("Counted %s in %s, %s of text, in %s: %s.\n", counted(result.words, "word").c_str(),
+                counted(result.files, "file").c_str(), amount(result.bytes).c_str(),
+                duration(seconds).c_str(), rate(result.bytes, seconds).c_str());
+    std::printf(
+        "%s different: each is a key of one fxStrStrDictionary, and its count the value.\n",
+        index.length() == 1 ? "1 of them is" : (grouped(index.length()) + " of them are").c_str());
+    printBuckets(index);
     std::fflush(stdout);
 }
 
@@ -215,22 +225,29 @@ bool verify(fxStrStrDictionary& index, const Options& options, Progress& progres
     const double seconds = verifying.seconds();
 
     Progress::clear();
-    printSize("index bytes", trip.bytes);
-    printTime("write", trip.writeSeconds, trip.bytes);
-    printTime("read back", trip.readSeconds, trip.bytes);
-    printTime("verify", seconds);
-    printMemory();
     printGain(index, *trip.copy);
-    printLookUps(*trip.copy, options.queries);
+    std::printf("\nWrote the dictionary, %s, in %s: %s. One call, writeObject, did it.\n",
+                amount(trip.bytes).c_str(), duration(trip.writeSeconds).c_str(),
+                rate(trip.bytes, trip.writeSeconds).c_str());
+    std::printf("Read it back in %s: %s. A machine of the other byte order could read it, too.\n",
+                duration(trip.readSeconds).c_str(), rate(trip.bytes, trip.readSeconds).c_str());
     std::fflush(stdout);
     if (lost != 0 || added != 0 || trip.copy->length() != index.length()) {
         std::fprintf(stderr, "wordindex: read back wrong: %u words lost, %u added\n", lost, added);
         return false;
     }
+    std::printf("Compared the two in %s: no word is lost, none is added, each count is the same.\n",
+                duration(seconds).c_str());
+    printMemory();
+    printLookUps(*trip.copy, options.queries);
+    if (options.output)
+        std::printf("The dictionary stays in %s.\n", options.output);
     return true;
 }
 
 int makeIndex(const Options& options) {
+    std::fputs(introduction, stdout);
+    std::fflush(stdout);
     Progress progress;
     TextFiles texts;
     if (options.list)
@@ -270,11 +287,10 @@ int readIndex(const Options& options) {
         Progress::complain(options.index, problem);
         return 1;
     }
-    printSize("index bytes", file.bytes());
-    printSize("distinct words", index->length());
-    printSize("buckets", index->getNumBuckets());
-    printSize("longest chain", longestChain(*index));
-    printTime("read", seconds, file.bytes());
+    std::printf("Read a dictionary of %s, %s, in %s: %s.\n",
+                counted(index->length(), "different word").c_str(), amount(file.bytes()).c_str(),
+                duration(seconds).c_str(), rate(file.bytes(), seconds).c_str());
+    printBuckets(*index);
     printMemory();
     printLookUps(*index, options.queries);
     std::printf("wordindex: read %u word%s from %s\n", index->length(), plural(index->length()),

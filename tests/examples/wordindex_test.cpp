@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <random>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -85,10 +86,10 @@ TEST(wordindex, countsTheWordsOfAFile) {
 
     EXPECT_EQ(0, result.status);
     EXPECT_EQ("", result.err);
-    EXPECT_TRUE(result.hasLine("\"int\" 2"));
-    EXPECT_TRUE(result.hasLine("\"a_1\" 2"));
-    EXPECT_TRUE(result.hasLine("\"2\" 1"));
-    EXPECT_TRUE(result.hasLine("\"Int\" 1"));
+    EXPECT_TRUE(result.hasLine("\"int\" occurs 2 times"));
+    EXPECT_TRUE(result.hasLine("\"a_1\" occurs 2 times"));
+    EXPECT_TRUE(result.hasLine("\"2\" occurs 1 time"));
+    EXPECT_TRUE(result.hasLine("\"Int\" occurs 1 time"));
     EXPECT_TRUE(result.hasLine("\"a\" is not there"));
     EXPECT_EQ("wordindex: verified 6 words from 1 file", result.lastLine());
 }
@@ -102,18 +103,18 @@ TEST(wordindex, countsCarryFromDigitToDigit) {
     const ProgramResult result =
         wordindex.run({"-q", "nine", "-q", "ten", "-q", "many", "-q", "odd", text});
 
-    EXPECT_TRUE(result.hasLine("\"nine\" 9"));
-    EXPECT_TRUE(result.hasLine("\"ten\" 10"));
-    EXPECT_TRUE(result.hasLine("\"many\" 1000"));
-    EXPECT_TRUE(result.hasLine("\"odd\" 1999"));
+    EXPECT_TRUE(result.hasLine("\"nine\" occurs 9 times"));
+    EXPECT_TRUE(result.hasLine("\"ten\" occurs 10 times"));
+    EXPECT_TRUE(result.hasLine("\"many\" occurs 1,000 times"));
+    EXPECT_TRUE(result.hasLine("\"odd\" occurs 1,999 times"));
 }
 
 TEST(wordindex, tellsWhatALookUpCostsWithAndWithoutAnIndex) {
     const TemporaryFolder folder;
     const ProgramResult result = wordindex.run({folder.file("text", "one two two")});
     EXPECT_EQ(0, result.status);
-    EXPECT_NE(std::string::npos, result.out.find("\nlook-up   "));
-    EXPECT_NE(std::string::npos, result.out.find(" where chains are walked\n"));
+    EXPECT_NE(std::string::npos, result.out.find("\nA look-up takes "));
+    EXPECT_NE(std::string::npos, result.out.find(" where chains are walked: "));
 }
 
 TEST(wordindex, findsWordsThatSpanTheProgramsBuffers) {
@@ -122,7 +123,7 @@ TEST(wordindex, findsWordsThatSpanTheProgramsBuffers) {
 
     const ProgramResult result = wordindex.run({"-q", "seventeen_letters", text});
 
-    EXPECT_TRUE(result.hasLine("\"seventeen_letters\" 40000"));
+    EXPECT_TRUE(result.hasLine("\"seventeen_letters\" occurs 40,000 times"));
     EXPECT_EQ("wordindex: verified 1 word from 1 file", result.lastLine());
 }
 
@@ -135,8 +136,8 @@ TEST(wordindex, leavesOutRunsOfMoreThan255Bytes) {
 
     const ProgramResult result = wordindex.run({"-q", longest, "-q", "end", text});
 
-    EXPECT_TRUE(result.hasLine("\"" + longest + "\" 1"));
-    EXPECT_TRUE(result.hasLine("\"end\" 1"));
+    EXPECT_TRUE(result.hasLine("\"" + longest + "\" occurs 1 time"));
+    EXPECT_TRUE(result.hasLine("\"end\" occurs 1 time"));
     EXPECT_EQ("wordindex: verified 2 words from 1 file", result.lastLine());
 }
 
@@ -161,7 +162,8 @@ TEST(wordindex, takesBinaryFilesAsTheyCome) {
     const ProgramResult result = wordindex.run({"-q", some, folder.file("binary", bytes)});
 
     EXPECT_EQ(0, result.status);
-    EXPECT_TRUE(result.hasLine("\"" + some + "\" " + std::to_string(words.at(some))));
+    EXPECT_TRUE(result.hasLine("\"" + some + "\" occurs " + std::to_string(words.at(some)) +
+                               (words.at(some) == 1 ? " time" : " times")));
     EXPECT_EQ("wordindex: verified " + std::to_string(words.size()) + " words from 1 file",
               result.lastLine());
 }
@@ -182,10 +184,10 @@ TEST(wordindex, aDirectoryStandsForTheFilesBelowIt) {
         wordindex.run({"-q", "one", "-q", "two", "-q", "three", "-q", "four", folder / "tree"});
 
     EXPECT_EQ(0, result.status);
-    EXPECT_TRUE(result.hasLine("\"one\" 1"));
-    EXPECT_TRUE(result.hasLine("\"two\" 1"));
+    EXPECT_TRUE(result.hasLine("\"one\" occurs 1 time"));
+    EXPECT_TRUE(result.hasLine("\"two\" occurs 1 time"));
     EXPECT_TRUE(result.hasLine("\"three\" is not there"));
-    EXPECT_TRUE(result.hasLine("\"four\" 1"));
+    EXPECT_TRUE(result.hasLine("\"four\" occurs 1 time"));
     EXPECT_EQ("wordindex: verified 3 words from 3 files", result.lastLine());
 }
 
@@ -230,11 +232,11 @@ TEST(wordindex, aPatternSelectsTheFilesOfAListOfDirectories) {
 
     EXPECT_EQ(0, result.status);
     EXPECT_EQ("", result.err);
-    EXPECT_TRUE(result.hasLine("\"one\" 1"));
+    EXPECT_TRUE(result.hasLine("\"one\" occurs 1 time"));
     EXPECT_TRUE(result.hasLine("\"two\" is not there"));
     EXPECT_TRUE(result.hasLine("\"three\" is not there"));
-    EXPECT_TRUE(result.hasLine("\"four\" 1"));
-    EXPECT_TRUE(result.hasLine("\"both\" 2"));
+    EXPECT_TRUE(result.hasLine("\"four\" occurs 1 time"));
+    EXPECT_TRUE(result.hasLine("\"both\" occurs 2 times"));
     EXPECT_EQ("wordindex: verified 3 words from 2 files", result.lastLine());
 }
 
@@ -273,8 +275,8 @@ TEST(wordindex, writesAnIndexThatItReadsLater) {
     EXPECT_EQ(0, written.status);
     EXPECT_EQ(0, read.status);
     EXPECT_EQ("", read.err);
-    EXPECT_TRUE(read.hasLine("\"a\" 2"));
-    EXPECT_TRUE(read.hasLine("\"b\" 1"));
+    EXPECT_TRUE(read.hasLine("\"a\" occurs 2 times"));
+    EXPECT_TRUE(read.hasLine("\"b\" occurs 1 time"));
     EXPECT_TRUE(read.hasLine("\"c\" is not there"));
     EXPECT_EQ("wordindex: read 2 words from " + index, read.lastLine());
 }
@@ -453,6 +455,33 @@ TEST(wordindex, argumentsThatMakeNoSenseAreRefused) {
         EXPECT_EQ(2, result.status);
         EXPECT_EQ("", result.out);
         EXPECT_NE("", result.err);
+    }
+}
+
+// Read aloud by someone who sees it for the first time: each number says what it counts.
+TEST(wordindex, noFigureStandsAlone) {
+    const TemporaryFolder folder;
+    const std::string index = folder / "index";
+    const std::string text = folder.file("text", repeated("thousand times ", 1000) + "once");
+
+    const ProgramResult made = wordindex.run({"-o", index, "-q", "once", text});
+    const ProgramResult read = wordindex.run({"-r", index, "-q", "once"});
+
+    EXPECT_EQ(0U, made.out.find("wordindex counts the words of text files "));
+    EXPECT_TRUE(made.hasLine("The dictionary stays in " + index + "."));
+    const std::regex figure("[0-9][0-9,.]*(.?[^ \n]*)");
+    const std::regex unit(" (words?|files?|bytes?|[kM]B|MB/s|buckets?|times?|µs|ms|ns|s|of)[,:.]?");
+    for (std::string out : {made.out, read.out}) {
+        for (std::size_t at; (at = out.find(index)) != std::string::npos;)
+            out.erase(at, index.size());
+        const std::sregex_iterator end;
+        unsigned int figures = 0;
+        for (std::sregex_iterator match(out.begin(), out.end(), figure); match != end; ++match) {
+            ++figures;
+            const std::string behind = (*match)[1];
+            EXPECT_TRUE(std::regex_match(behind, unit) || behind == " different") << match->str();
+        }
+        EXPECT_LE(7U, figures);
     }
 }
 
