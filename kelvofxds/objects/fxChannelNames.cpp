@@ -76,7 +76,6 @@ fxStrArray fxChannels::namesIn(fxVoidPtrDict* channels) {
         if (*iter.value())
             names.append(*iter.key());
     }
-    names.qsort();
     return names;
 }
 
@@ -95,10 +94,11 @@ fxStr fxChannels::named(const fxObj* owner, const char* kind, const char* name,
     return className(owner) | " " | kind | " " | quoted(name) | " (" | typeName(type) | ")";
 }
 
-fxStr fxChannels::hasNo(const fxObj* owner, const char* kind, const char* name) {
+fxStr fxChannels::hasNo(const fxObj* object, const char* owner, const char* kind,
+                        const char* name) {
     const bool isInput = std::strcmp(kind, "input") == 0;
-    const fxStrArray names = namesIn(isInput ? inputsOf(*owner) : outputsOf(*owner));
-    const fxStr missing = className(owner) | " has no " | kind | " " | quoted(name) | "; it has";
+    const fxStrArray names = namesIn(isInput ? inputsOf(*object) : outputsOf(*object));
+    const fxStr missing = fxStr(owner) | " has no " | kind | " " | quoted(name) | "; it has";
     return names.length() == 0 ? missing | " none" : missing | ": " | joined(names);
 }
 

@@ -37,16 +37,15 @@ fxStr typeName(unsigned short code);
 fxStr className(const fxObj* object);
 /// `name` in quotation marks, with escapes for what is no character of a line.
 fxStr quoted(const char* name);
-/// The names of the channels in `channels`, which may be null, in the order of
-/// their bytes.
+/// The names of the channels in `channels`, which may be null, in its order.
 fxStrArray namesIn(fxVoidPtrDict* channels);
 /// The names with commas between them.
 fxStr joined(const fxStrArray& names);
 /// Class, name and type of a channel; `kind` is "input" or "output".
 fxStr named(const fxObj* owner, const char* kind, const char* name, unsigned short type);
-/// What there is instead of a channel that is missing: "Meter has no input
-/// "x"; it has: lines, longest".
-fxStr hasNo(const fxObj* owner, const char* kind, const char* name);
+/// What `object`, called `owner`, has instead of a channel that is missing:
+/// "Meter has no input "x"; it has: lines, longest".
+fxStr hasNo(const fxObj* object, const char* owner, const char* kind, const char* name);
 
 /// The key of an address in a dictionary, whose keys end at their first NUL.
 fxStr keyOf(const void* address);

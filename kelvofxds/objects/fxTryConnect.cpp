@@ -90,9 +90,9 @@ private:
 
     bool explain(fxStr& why) const {
         if (!fxChannels::outNamed(*from, outputName))
-            why = fxChannels::hasNo(from, "output", outputName);
+            why = fxChannels::hasNo(from, "object", "output", outputName);
         else if (!fxChannels::inNamed(*to, inputName))
-            why = fxChannels::hasNo(to, "input", inputName);
+            why = fxChannels::hasNo(to, "object", "input", inputName);
         else
             why = fxChannels::className(from) | " overrides connect, which left output " |
                   fxChannels::quoted(outputName) | " without input " |

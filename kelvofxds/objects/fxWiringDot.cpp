@@ -24,6 +24,12 @@ const char table[] =
 const char conversionStyle[] = ", color=\"#b44d12\", fontcolor=\"#b44d12\"";
 const char typeColour[] = "#616e7c";
 
+// So that the same wiring is drawn alike.
+fxStrArray sorted(fxStrArray names) {
+    names.qsort();
+    return names;
+}
+
 // The bytes of the character at `at`: 1 to 4, or 0 where no text in UTF-8 has one
 // that can be shown.
 unsigned int characterLength(const char* at) {
@@ -163,8 +169,8 @@ fxStr Picture::title(unsigned int i) {
 
 void Picture::node(unsigned int i) {
     fxObj& object = *static_cast<fxObj*>(objects[i]);
-    const fxStrArray ins = fxChannels::namesIn(fxChannels::inputsOf(object));
-    const fxStrArray outs = fxChannels::namesIn(fxChannels::outputsOf(object));
+    const fxStrArray ins = sorted(fxChannels::namesIn(fxChannels::inputsOf(object)));
+    const fxStrArray outs = sorted(fxChannels::namesIn(fxChannels::outputsOf(object)));
     const bool hasBoth = ins.length() != 0 && outs.length() != 0;
     const fxStr name = numbered("n", i);
     put("    " | name | " [label=<" | table | "\n        <tr><td bgcolor=\"#dbe7f3\"" |
@@ -233,7 +239,7 @@ void Picture::edge(fxOutputChannel* from, fxInputChannel* first) {
 }
 
 void Picture::edgesFrom(const fxObj& object) {
-    const fxStrArray names = fxChannels::namesIn(fxChannels::outputsOf(object));
+    const fxStrArray names = sorted(fxChannels::namesIn(fxChannels::outputsOf(object)));
     for (unsigned int i = 0; i < names.length(); ++i) {
         fxOutputChannel* from = fxChannels::outNamed(object, names[i].c_str());
         for (unsigned int k = 0; k < from->getNumberOfConnections(); ++k)
@@ -243,7 +249,7 @@ void Picture::edgesFrom(const fxObj& object) {
 
 // Those that come from outputs of objects which are not in the list.
 void Picture::edgesFromOthers(const fxObj& object) {
-    const fxStrArray names = fxChannels::namesIn(fxChannels::inputsOf(object));
+    const fxStrArray names = sorted(fxChannels::namesIn(fxChannels::inputsOf(object)));
     for (unsigned int i = 0; i < names.length(); ++i) {
         fxInputChannel* in = fxChannels::inNamed(object, names[i].c_str());
         for (unsigned int k = 0; in->sources && k < in->sources->length(); ++k) {

@@ -38,6 +38,11 @@ template <class Channel>
 fxStr typed(const Channel* channel) {
     return nameOf(channel) | " (" | fxChannels::typeName(channel->getType()) | ")";
 }
+
+// The object by its class.
+fxStr hasNo(const fxObj& object, const char* kind, const char* name) {
+    return fxChannels::hasNo(&object, fxChannels::className(&object).c_str(), kind, name);
+}
 }  // namespace
 
 // Flushed, since the next thing to happen may be the end of the process.
@@ -64,19 +69,19 @@ void fxWiringLog::lookedUp(const char* operation, const fxObj& from, const char*
     else if (output)
         remember(from, "output", outputName, output);
     else
-        write(ignored | fxChannels::hasNo(&from, "output", outputName));
+        write(ignored | hasNo(from, "output", outputName));
     if (in)
         remember(*to, "input", inputName, in);
     else if (to)
-        write(ignored | fxChannels::hasNo(to, "input", inputName));
+        write(ignored | hasNo(*to, "input", inputName));
 }
 
 void fxWiringLog::missedInput(const fxObj& owner, const char* name) {
-    write("ignored removeInput: " | fxChannels::hasNo(&owner, "input", name));
+    write("ignored removeInput: " | hasNo(owner, "input", name));
 }
 
 void fxWiringLog::missedOutput(const fxObj& owner, const char* name) {
-    write("ignored removeOutput: " | fxChannels::hasNo(&owner, "output", name));
+    write("ignored removeOutput: " | hasNo(owner, "output", name));
 }
 
 void fxWiringLog::connected(const fxOutputChannel* output, fxInputChannel* in,

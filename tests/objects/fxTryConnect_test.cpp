@@ -93,15 +93,15 @@ TEST_F(tryConnect, saysWhichNamesThereAre) {
         const char* why;
     } cases[] = {
         {&reader, "lnie", &meter, "number",
-         "Reader has no output \"lnie\"; it has: done, line, size"},
-        {&reader, "", &meter, "number", "Reader has no output \"\"; it has: done, line, size"},
+         "object has no output \"lnie\"; it has: done, line, size"},
+        {&reader, "", &meter, "number", "object has no output \"\"; it has: done, line, size"},
         {&reader, "Line", &meter, "nmuber",
-         "Reader has no output \"Line\"; it has: done, line, size"},
+         "object has no output \"Line\"; it has: done, line, size"},
         {&reader, "line", &meter, "line",
-         "Meter has no input \"line\"; it has: number, share, tick"},
-        {&reader, "line", &reader, "line", "Reader has no input \"line\"; it has none"},
-        {&meter, "tick", &meter, "tick", "Meter has no output \"tick\"; it has none"},
-        {&empty, "a\nb\x7F", &meter, "tick", "fxObj has no output \"a\\x0Ab\\x7F\"; it has none"},
+         "object has no input \"line\"; it has: number, share, tick"},
+        {&reader, "line", &reader, "line", "object has no input \"line\"; it has none"},
+        {&meter, "tick", &meter, "tick", "object has no output \"tick\"; it has none"},
+        {&empty, "a\nb\x7F", &meter, "tick", "object has no output \"a\\x0Ab\\x7F\"; it has none"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
@@ -113,8 +113,8 @@ TEST_F(tryConnect, saysWhichNamesThereAre) {
 TEST_F(tryConnect, callsAClassByTheNameThatItGivesItself) {
     Page page;
     fxTimer timer(1);
-    EXPECT_EQ("Leaf has no output \"line\"; it has none", whyNot(&page, "line", &meter, "number"));
-    EXPECT_EQ("fxTimer has no output \"tock\"; it has: tick",
+    EXPECT_EQ("object has no output \"line\"; it has none", whyNot(&page, "line", &meter, "number"));
+    EXPECT_EQ("object has no output \"tock\"; it has: tick",
               whyNot(&timer, "tock", &meter, "number"));
 }
 
@@ -172,7 +172,7 @@ TEST_F(tryConnect, findsAConnectionThatWasPassedOn) {
     Box box(&reader);
     EXPECT_EQ("connected", whyNot(&box, "line", &meter, "number"));
     EXPECT_TRUE(fxTryConnect(&reader, "line", &meter, "number", nullptr));
-    EXPECT_EQ("Box has no output \"lnie\"; it has none", whyNot(&box, "lnie", &meter, "number"));
+    EXPECT_EQ("object has no output \"lnie\"; it has none", whyNot(&box, "lnie", &meter, "number"));
 }
 
 TEST_F(tryConnect, knowsConversionsOfTheHost) {
