@@ -1,7 +1,12 @@
 // fxArray.h - the untyped growable array under every array class.
 #pragma once
 
+#include "kelvofxds/core/fxSurprise.h"
 #include "kelvofxds/core/fxXDRObj.h"
+
+#ifdef KELVOFXDS_WARN_SURPRISES
+#include "kelvofxds/core/fxFatal.h"
+#endif
 
 /// Elements of one fixed size, back to back in a single malloced block.
 ///
@@ -79,6 +84,24 @@ public:
     /// Appends a copy of `*elem`, which may be an element of this array.
     /// Amortised over four elements.
     void append(const void* elem);
+#ifdef KELVOFXDS_WARN_SURPRISES
+    // What append(0) is taken for: a number. It is the null address of an element, which nobody
+    // may append, insert or look for; here that ends the process.
+    FX_SURPRISING(
+        "append takes the address of an element, so append(0) appends what is at null; "
+        "fxAppend(array, 0) of <kelvofxds/std.h> appends a value")
+    void append(int) { fxFatal("fxArray: append takes the address of an element"); }
+    FX_SURPRISING(
+        "insert takes the address of an element, so insert(0, index) reads from null; "
+        "pass the address of a variable")
+    void insert(int, unsigned int) { fxFatal("fxArray: insert takes the address of an element"); }
+    FX_SURPRISING(
+        "find takes the address of an element, so find(0) reads from null; "
+        "contains(array, 0) of <kelvofxds/std.h> looks for a value")
+    unsigned int find(int, unsigned int = 0) const {
+        fxFatal("fxArray: find takes the address of an element");
+    }
+#endif
     /// Appends copies of all of `other`'s elements; `other` may be this array.
     void append(const fxArray& other);
     /// Inserts a copy of `*elem` before position `index`. An element of this
@@ -110,8 +133,17 @@ public:
     /// operations or its xdr. The call's depth does not depend on the order of the
     /// elements. O(n log n) whatever the order, unless a subclass compares: it is
     /// asked step by step, O(n^2) for elements in order.
+    ///
+    /// So it is not the sort of an array of numbers: fxSort(array) of <kelvofxds/std.h> is,
+    /// and loses none. With KELVOFXDS_WARN_SURPRISES, using this one is a warning.
+    FX_SURPRISING(
+        "qsort compares bytes in memory and overwrites elements; "
+        "fxSort(array) of <kelvofxds/std.h> sorts by value")
     void qsort(unsigned int start, unsigned int n);
     /// The same for the whole array.
+    FX_SURPRISING(
+        "qsort compares bytes in memory and overwrites elements; "
+        "fxSort(array) of <kelvofxds/std.h> sorts by value")
     void qsort();
 
     /// A copy of elements, all of them, `n` from `start` on, the first or the

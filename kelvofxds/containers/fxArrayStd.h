@@ -25,12 +25,24 @@ using fxElementOf = typename fxStdParts::ElementOf<std::remove_const_t<A>>::type
 
 /// The first element.
 template <class A>
+FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
 fxStdParts::Looped<A>* begin(A& array) {
+    return fxStdParts::first(array);
+}
+template <class A>
+FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
+fxStdParts::Looped<const A>* begin(const A& array) {
     return fxStdParts::first(array);
 }
 /// Behind the last element.
 template <class A>
+FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
 fxStdParts::Looped<A>* end(A& array) {
+    return fxStdParts::first(array) + array.length();
+}
+template <class A>
+FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
+fxStdParts::Looped<const A>* end(const A& array) {
     return fxStdParts::first(array) + array.length();
 }
 

@@ -13,6 +13,14 @@
 #include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/str/fxStrStd.h"
 
+/// What a function template of loops is for. Where the language has concepts, std::ranges takes
+/// it only if this is said as one.
+#ifdef __cpp_concepts
+#define FX_STD_REQUIRES(condition) requires(condition)
+#else
+#define FX_STD_REQUIRES(condition)
+#endif
+
 namespace fxStdParts {
 
 /// What operator[] of an array class leads to; nothing for other classes, which are not asked.

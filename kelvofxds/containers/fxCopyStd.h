@@ -2,6 +2,7 @@
 #pragma once
 
 #include <type_traits>
+#include <utility>
 
 #include "kelvofxds/containers/fxArrayOf.h"
 #include "kelvofxds/containers/fxDictionary.h"
@@ -39,23 +40,40 @@ void removeAll(Container& c) {
         c.remove(walk.getKey());
 }
 
-/// Whether entries of one class may be copied into an object of the other.
-template <class From, class To, class = void>
-struct HaveSameEntries
-    : std::bool_constant<std::is_base_of_v<From, To> || std::is_base_of_v<To, From>> {};
-template <class From, class To>
-struct HaveSameEntries<From, To, std::void_t<KeyOf<From>, ValueOf<From>, KeyOf<To>, ValueOf<To>>>
-    : std::bool_constant<std::is_same_v<KeyOf<From>, KeyOf<To>> &&
-                         std::is_same_v<ValueOf<From>, ValueOf<To>>> {};
-template <class From, class To>
-struct HaveSameEntries<From, To, std::void_t<SetKeyOf<From>, SetKeyOf<To>>>
-    : std::is_same<SetKeyOf<From>, SetKeyOf<To>> {};
+/// What is known of the entries; void if nothing is.
+template <class C, class = void>
+struct DictionaryTypes {
+    using type = void;
+};
+template <class D>
+struct DictionaryTypes<D, std::void_t<KeyOf<D>>> {
+    using type = std::pair<KeyOf<D>, ValueOf<D>>;
+};
+template <class C, class = void>
+struct SetTypes {
+    using type = void;
+};
+template <class S>
+struct SetTypes<S, std::void_t<SetKeyOf<S>>> {
+    using type = SetKeyOf<S>;
+};
 
-template <class Base, class Steps, class From, class To>
+/// Whether entries of one class may be copied into an object of the other.
+template <class From, class To, template <class, class> class Types>
+constexpr bool haveSameEntries() {
+    using FromTypes = typename Types<From, void>::type;
+    using ToTypes = typename Types<To, void>::type;
+    if constexpr (std::is_void_v<FromTypes> || std::is_void_v<ToTypes>)
+        return std::is_base_of_v<From, To> || std::is_base_of_v<To, From>;
+    else
+        return std::is_same_v<FromTypes, ToTypes>;
+}
+
+template <class Base, class Steps, template <class, class> class Types, class From, class To>
 To& copyInto(const From& from, To& to) {
     static_assert(!std::is_same_v<From, Base> && !std::is_same_v<To, Base>,
                   "fxCopyInto: what the entries are is not known of a mere fxDictionary or fxSet");
-    static_assert(HaveSameEntries<From, To>::value,
+    static_assert(haveSameEntries<From, To, Types>(),
                   "fxCopyInto: the two have entries of different types");
     const Base& source = from;
     Base& target = to;
@@ -76,11 +94,12 @@ To& copyInto(const From& from, To& to) {
 template <class From, class To>
 std::enable_if_t<std::is_base_of_v<fxDictionary, From> && std::is_base_of_v<fxDictionary, To>, To&>
 fxCopyInto(const From& from, To& to) {
-    return fxStdParts::copyInto<fxDictionary, fxStdParts::DictSteps>(from, to);
+    return fxStdParts::copyInto<fxDictionary, fxStdParts::DictSteps, fxStdParts::DictionaryTypes>(
+        from, to);
 }
 /// The same for sets.
 template <class From, class To>
 std::enable_if_t<std::is_base_of_v<fxSet, From> && std::is_base_of_v<fxSet, To>, To&> fxCopyInto(
     const From& from, To& to) {
-    return fxStdParts::copyInto<fxSet, fxStdParts::SetSteps>(from, to);
+    return fxStdParts::copyInto<fxSet, fxStdParts::SetSteps, fxStdParts::SetTypes>(from, to);
 }

@@ -60,6 +60,9 @@ public:
     /// Deliberate: only an empty dictionary can be copied. Hashing is still
     /// pure while the base is made, so copying an entry ends the process as a
     /// call of a pure virtual operation does.
+    FX_SURPRISING(
+        "a copy of a dictionary with entries ends the process; "
+        "fxCopyInto(from, to) of <kelvofxds/std.h> copies one")
     fxDictionary(const fxDictionary& other);
     /// The form for newInstance: no buckets until doxdr has read their number.
     /// Without buckets nothing is found, and adding is fatal: "%s: no buckets",
@@ -69,6 +72,9 @@ public:
 
     /// Deliberate: assignment merges. Every entry of `other` is added; entries
     /// that are here already stay, and equal keys get the new value.
+    FX_SURPRISING(
+        "assignment adds entries to those that are there; "
+        "fxCopyInto(from, to) of <kelvofxds/std.h> makes a copy")
     void operator=(const fxDictionary& other);
 
     const char* className() const override = 0;

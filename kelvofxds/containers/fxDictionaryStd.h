@@ -24,10 +24,10 @@ template <class Key, class Value>
 class fxEntryIterator {
 public:
     using iterator_category = std::input_iterator_tag;
-    using value_type = std::pair<Key, std::remove_const_t<Value>>;
+    using value_type = std::pair<const Key&, Value&>;
     using difference_type = std::ptrdiff_t;
-    using reference = const std::pair<const Key&, Value&>&;
-    using pointer = const std::pair<const Key&, Value&>*;
+    using reference = const value_type&;
+    using pointer = const value_type*;
 
     /// At the end of every dictionary.
     fxEntryIterator() = default;
@@ -64,7 +64,7 @@ public:
 
 private:
     fxStdParts::Walk<fxStdParts::DictSteps> walk;
-    mutable std::optional<std::pair<const Key&, Value&>> entry;  // what * returned last
+    mutable std::optional<value_type> entry;  // what * returned last
 };
 
 /// The entries of a dictionary; see fxEntries.
@@ -119,11 +119,12 @@ template <class D>
 using KeyOf = typename KnownEntries<D>::Key;
 template <class D>
 using ValueOf = typename KnownEntries<D>::Value;
-/// Their ranges, unless a class has begin() of its own.
+/// Their iterators, unless a class has begin() of its own.
 template <class D>
-using EntriesOf = std::enable_if_t<
-    !HasBegin<D>::value,
-    fxEntryRange<KeyOf<D>, std::conditional_t<std::is_const_v<D>, const ValueOf<D>, ValueOf<D>>>>;
+using EntryIteratorOf =
+    std::enable_if_t<!HasBegin<D>::value,
+                     fxEntryIterator<KeyOf<D>, std::conditional_t<std::is_const_v<D>,
+                                                                  const ValueOf<D>, ValueOf<D>>>>;
 
 template <class Key, class Value>
 Value* findValue(const fxEntryRange<Key, Value>& entries, const Given<Key>& key) {
@@ -138,12 +139,24 @@ Value* findValue(const fxEntryRange<Key, Value>& entries, const Given<Key>& key)
 
 /// The first entry, for loops.
 template <class D>
-auto begin(D& dictionary) -> decltype(std::declval<fxStdParts::EntriesOf<D>>().begin()) {
-    return fxEntries<fxStdParts::KeyOf<D>, fxStdParts::ValueOf<D>>(dictionary).begin();
+FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
+auto begin(D& dictionary) -> fxStdParts::EntryIteratorOf<D> {
+    return fxStdParts::EntryIteratorOf<D>(dictionary);
+}
+template <class D>
+FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
+auto begin(const D& dictionary) -> fxStdParts::EntryIteratorOf<const D> {
+    return fxStdParts::EntryIteratorOf<const D>(const_cast<D&>(dictionary));
 }
 /// The end.
 template <class D>
-auto end(D&) -> decltype(std::declval<fxStdParts::EntriesOf<D>>().end()) {
+FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
+auto end(D&) -> fxStdParts::EntryIteratorOf<D> {
+    return {};
+}
+template <class D>
+FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
+auto end(const D&) -> fxStdParts::EntryIteratorOf<const D> {
     return {};
 }
 

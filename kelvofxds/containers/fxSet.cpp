@@ -90,7 +90,7 @@ void fxSet::cleanup() {
     fxChains::dropIndex(*this);
     for (unsigned int i = 0; i < bucketCount(); ++i) {
         while (buckets[i])
-            end(fxChains::unlink<fxSet>(*this, buckets[i], i));
+            endEntry(fxChains::unlink<fxSet>(*this, buckets[i], i));
     }
     fxChains::dropIndex(*this);
     fxChainedIters::letGo(iters);
@@ -162,7 +162,7 @@ struct fxSet::Going {
 // Ends the key of an entry that has been unlinked, and frees the entry. The end
 // of the key may remove the entry that followed it, to which its iterators are
 // still to move.
-void fxSet::end(fxSetBucket* b) {
+void fxSet::endEntry(fxSetBucket* b) {
     const Going going{*this, b};
     const HeldEntry held(b->next, HeldEntry::movesOn);
     destroyKey(b->key);
@@ -171,7 +171,7 @@ void fxSet::end(fxSetBucket* b) {
 void fxSet::remove(const void* key) {
     const Place place = fxChains::lookUp<fxSet>(*this, key);
     if (place.entry)
-        end(fxChains::unlink<fxSet>(*this, place));
+        endEntry(fxChains::unlink<fxSet>(*this, place));
 }
 
 // Set algebra. The host's code may change both sets meanwhile.
@@ -198,7 +198,7 @@ fxSet& fxSet::operator&=(const fxSet& other) {
                 kept = b;
                 continue;
             }
-            end(fxChains::unlink<fxSet>(*this, b, i, kept));
+            endEntry(fxChains::unlink<fxSet>(*this, b, i, kept));
         }
     }
     return *this;

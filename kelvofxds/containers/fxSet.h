@@ -60,6 +60,9 @@ public:
     /// A set without buckets whose key size is 0.
     /// Deliberate: only an empty set can be copied. There is no bucket to put a
     /// key into, so copying one ends in a division by zero (SIGFPE).
+    FX_SURPRISING(
+        "a copy of a set with keys ends the process; "
+        "fxCopyInto(from, to) of <kelvofxds/std.h> copies one")
     fxSet(const fxSet& other);
     fxSet(const fxTmpSet& other);
     /// The form for newInstance: no buckets until doxdr has read their number.
@@ -72,6 +75,9 @@ public:
     /// nothing. A source that holds a key is fatal:
     /// "fxSet::operator=: not usable on a non-empty set".
     /// Deliberate: the entries dropped are not released, nor their keys ended.
+    FX_SURPRISING(
+        "assignment of a set with keys ends the process, and that of an empty one frees "
+        "nothing; fxCopyInto(from, to) of <kelvofxds/std.h> makes a copy")
     fxSet& operator=(const fxSet& other);
 
     /// Makes the embedded-object call on itself, which transcribes nothing.
@@ -130,8 +136,11 @@ public:
     /// implemented. Each writes "Unimplemented operator overloading is called!
     ///  fxTmpSet operator|(fxSet const &)", with its own sign, as one line to
     /// standard output, flushes it and aborts (SIGABRT).
+    FX_SURPRISING("operator| of sets ends the process; use operator|=")
     fxTmpSet operator|(const fxSet& other);
+    FX_SURPRISING("operator& of sets ends the process; use operator&=")
     fxTmpSet operator&(const fxSet& other);
+    FX_SURPRISING("operator- of sets ends the process; use operator-=")
     fxTmpSet operator-(const fxSet& other);
 
     /// Transcribes size, bucket count and every key with its bucket's index.
@@ -183,7 +192,7 @@ protected:
 
 private:
     void copyKeys(const fxSet& other) const;
-    void end(fxSetBucket* b);
+    void endEntry(fxSetBucket* b);
 
     struct Going;
 };

@@ -89,19 +89,31 @@ template <class S>
 struct KnownKeys<S, true> : fxKeyTypes<std::remove_const_t<S>> {};
 template <class S>
 using SetKeyOf = typename KnownKeys<S>::Key;
-/// Their ranges, unless a class has begin() of its own.
+/// Their iterators, unless a class has begin() of its own.
 template <class S>
-using KeysOf = std::enable_if_t<!HasBegin<S>::value, fxKeyRange<SetKeyOf<S>>>;
+using KeyIteratorOf = std::enable_if_t<!HasBegin<S>::value, fxKeyIterator<SetKeyOf<S>>>;
 }  // namespace fxStdParts
 
 /// The first key, for loops.
 template <class S>
-auto begin(S& set) -> decltype(std::declval<fxStdParts::KeysOf<S>>().begin()) {
-    return fxKeys<fxStdParts::SetKeyOf<S>>(set).begin();
+FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
+auto begin(S& set) -> fxStdParts::KeyIteratorOf<S> {
+    return fxStdParts::KeyIteratorOf<S>(set);
+}
+template <class S>
+FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
+auto begin(const S& set) -> fxStdParts::KeyIteratorOf<const S> {
+    return fxStdParts::KeyIteratorOf<S>(const_cast<S&>(set));
 }
 /// The end.
 template <class S>
-auto end(S&) -> decltype(std::declval<fxStdParts::KeysOf<S>>().end()) {
+FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
+auto end(S&) -> fxStdParts::KeyIteratorOf<S> {
+    return {};
+}
+template <class S>
+FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
+auto end(const S&) -> fxStdParts::KeyIteratorOf<const S> {
     return {};
 }
 

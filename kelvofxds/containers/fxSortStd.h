@@ -56,8 +56,8 @@ void sortByBytes(T* first, unsigned int n, Less less) {
     const auto bytes = copy.as<char>();
     std::memcpy(bytes, static_cast<const void*>(first), n * sizeof(T));
     for (unsigned int i = 0; i < n; ++i)
-        std::memcpy(static_cast<void*>(first + i), bytes + (places[i] - first) * sizeof(T),
-                    sizeof(T));
+        std::memcpy(static_cast<void*>(first + i),
+                    bytes + static_cast<unsigned int>(places[i] - first) * sizeof(T), sizeof(T));
 }
 
 /// Whether the elements of an array class know no other move than by bytes, or none as quick.

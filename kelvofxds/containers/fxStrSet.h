@@ -14,7 +14,13 @@ public:
     /// The form for newInstance.
     explicit fxStrSet(fxTypeObj& type);
     /// The copy of an empty set; see fxSet.
+    FX_SURPRISING(
+        "a copy of a set with keys ends the process; "
+        "fxCopyInto(from, to) of <kelvofxds/std.h> copies one")
     fxStrSet(const fxStrSet& other);
+    FX_SURPRISING(
+        "assignment of a set with keys ends the process, and that of an empty one frees "
+        "nothing; fxCopyInto(from, to) of <kelvofxds/std.h> makes a copy")
     fxStrSet& operator=(const fxStrSet&) = default;
     ~fxStrSet() override;
 

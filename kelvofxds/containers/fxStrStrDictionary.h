@@ -14,6 +14,16 @@ public:
     /// The form for newInstance.
     explicit fxStrStrDictionary(fxTypeObj& type);
     ~fxStrStrDictionary() override;
+#ifdef KELVOFXDS_WARN_SURPRISES
+    FX_SURPRISING(
+        "a copy of a dictionary with entries ends the process; "
+        "fxCopyInto(from, to) of <kelvofxds/std.h> copies one")
+    fxStrStrDictionary(const fxStrStrDictionary&) = default;
+    FX_SURPRISING(
+        "assignment adds entries to those that are there; "
+        "fxCopyInto(from, to) of <kelvofxds/std.h> makes a copy")
+    fxStrStrDictionary& operator=(const fxStrStrDictionary&) = default;
+#endif
 
     const char* className() const override;  ///< "DICT".
     unsigned char xdr(fxTranscriber& t) override;

@@ -1,11 +1,16 @@
 // fxTypedArrays.h - arrays of every scalar type and of pointers.
 #pragma once
 
+#ifdef KELVOFXDS_WARN_SURPRISES
+#include <type_traits>
+#endif
+
 #include "kelvofxds/containers/fxArrayFamily.h"
 
 // Each class binds fxArray to one element type and adds no storage. Elements
 // are copied byte-wise and, deliberately, compared as unsigned bytes in memory
-// order, also by find and qsort. New elements of the numeric arrays are not
+// order, also by find and qsort: fxSort and contains of <kelvofxds/std.h> go by
+// value, and fxAppend takes one. New elements of the numeric arrays are not
 // initialised. All are called "ARRAY", in streams too: which class an "ARRAY"
 // becomes when it is read by name is decided by the record registered last.
 //
@@ -68,6 +73,21 @@ class FX_EXPORT fxUnsignedLongArray : public fxArray {
 /// record of its own and transcribes nothing.
 class FX_EXPORT fxVoidPtrArray : public fxArray {
     FX_ARRAY_MEMBERS(fxVoidPtrArray, void*)
+#ifdef KELVOFXDS_WARN_SURPRISES
+    using fxArray::append;
+    FX_SURPRISING(
+        "append takes the address of a pointer, and appends what is there; "
+        "fxAppend(array, pointer) of <kelvofxds/std.h> appends the pointer itself")
+    void append(void* object) { fxArray::append(static_cast<const void*>(object)); }
+    template <class T, class = std::enable_if_t<!std::is_pointer_v<T> && !std::is_void_v<T> &&
+                                                !std::is_base_of_v<fxArray, T>>>
+    FX_SURPRISING(
+        "append takes the address of a pointer, and appends what is there; "
+        "fxAppend(array, pointer) of <kelvofxds/std.h> appends the pointer itself")
+    void append(T* object) {
+        fxArray::append(static_cast<const void*>(object));
+    }
+#endif
     void createElements(void* at, unsigned int bytes) override;
 };
 

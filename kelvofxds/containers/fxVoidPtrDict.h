@@ -13,6 +13,16 @@ public:
     /// 0 buckets stands for 31.
     explicit fxVoidPtrDict(unsigned int numBuckets = 0);
     ~fxVoidPtrDict() override;
+#ifdef KELVOFXDS_WARN_SURPRISES
+    FX_SURPRISING(
+        "a copy of a dictionary with entries ends the process; "
+        "fxCopyInto(from, to) of <kelvofxds/std.h> copies one")
+    fxVoidPtrDict(const fxVoidPtrDict&) = default;
+    FX_SURPRISING(
+        "assignment adds entries to those that are there; "
+        "fxCopyInto(from, to) of <kelvofxds/std.h> makes a copy")
+    fxVoidPtrDict& operator=(const fxVoidPtrDict&) = default;
+#endif
 
     const char* className() const override;  ///< "DICT".
     unsigned int hashKey(const void* key) const override;

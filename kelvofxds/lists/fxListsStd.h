@@ -58,16 +58,24 @@ private:
 inline fxListIterator<GenericNode> begin(const GenericList& list) {
     return fxListIterator<GenericNode>(list.first());
 }
+inline fxListIterator<GenericNode> begin(GenericList& list) {
+    return fxListIterator<GenericNode>(list.first());
+}
 /// The end.
 inline fxListIterator<GenericNode> end(const GenericList&) { return fxListIterator<GenericNode>(); }
+inline fxListIterator<GenericNode> end(GenericList&) { return fxListIterator<GenericNode>(); }
 /// The links: for (fxLinkItem& link : list). To the last one, also after appendListAt.
 inline fxListIterator<fxLinkItem> begin(const fxIndexableList& list) {
+    return fxListIterator<fxLinkItem>(list.first());
+}
+inline fxListIterator<fxLinkItem> begin(fxIndexableList& list) {
     return fxListIterator<fxLinkItem>(list.first());
 }
 /// The end.
 inline fxListIterator<fxLinkItem> end(const fxIndexableList&) {
     return fxListIterator<fxLinkItem>();
 }
+inline fxListIterator<fxLinkItem> end(fxIndexableList&) { return fxListIterator<fxLinkItem>(); }
 
 /// Walks a list as one of objects of class T; see fxItems.
 template <class T, class Node>

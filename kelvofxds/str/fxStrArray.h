@@ -19,6 +19,15 @@ class FX_EXPORT fxStrArray : public fxArray {
     void copyElements(const void* from, void* to, unsigned int bytes) const override;
     int compareElements(const void* a, const void* b) const override;
 
+#ifdef KELVOFXDS_WARN_SURPRISES
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    // Strings are sorted by what they are, and none is lost.
+    void qsort(unsigned int start, unsigned int n) { fxArray::qsort(start, n); }
+    void qsort() { fxArray::qsort(); }
+#pragma GCC diagnostic pop
+#endif
+
     using fxArray::append;
     using fxArray::find;
     using fxArray::insert;

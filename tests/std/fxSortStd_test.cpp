@@ -40,7 +40,10 @@ TYPED_TEST(fxSortOf, sortsByValueWhateverTheSize) {
         TypeParam a = fxMake<TypeParam>(expected);
         std::sort(expected.begin(), expected.end());
         fxSort(a);
-        EXPECT_EQ(expected, std::vector<T>(&a[0U], &a[0U] + a.length()));
+        std::vector<T> sorted;
+        for (const T element : a)
+            sorted.push_back(element);
+        EXPECT_EQ(expected, sorted);
     }
 }
 
