@@ -79,6 +79,11 @@ class FX_EXPORT fxVoidPtrArray : public fxArray {
         "append takes the address of a pointer, and appends what is there; "
         "fxAppend(array, pointer) of <kelvofxds/std.h> appends the pointer itself")
     void append(void* object) { fxArray::append(static_cast<const void*>(object)); }
+    // The address of a pointer is what it takes.
+    template <class T, std::enable_if_t<std::is_pointer_v<T>, int> = 0>
+    void append(T* pointer) {
+        fxArray::append(static_cast<const void*>(pointer));
+    }
     template <class T, class = std::enable_if_t<!std::is_pointer_v<T> && !std::is_void_v<T> &&
                                                 !std::is_base_of_v<fxArray, T>>>
     FX_SURPRISING(
