@@ -222,3 +222,16 @@ EXAMPLE(fxStubFuncArray) {
     std::printf("%d\n", calls);  // 2
     //! [fxStubFuncArray]
 }
+
+EXAMPLE(fxOwnInput) {
+    //! [fxOwnInput]
+    Source source;  // an fxObj with an output "number", `number`
+    fxObj sink;
+    int last = 0;
+    const fxInputChannel* input = fxOnInput(&sink, "number", [&last](int n) { last = n; });
+    source.connect("number", &sink, "number");
+    source.sendInt(source.number, 42, fxObj::fxSendNow);
+    std::printf("%d\n", last);                                                        // 42
+    std::printf("%d\n", static_cast<const fxOwnInput*>(input)->getOwner() == &sink);  // 1
+    //! [fxOwnInput]
+}
