@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxDebug.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxOrderedGlobal.h"
@@ -41,6 +42,7 @@ int fxGlobalOrder::add(fxOrderedGlobal* global, int which) {
 }
 
 int fxGlobalOrder::add(fxOrderedGlobal* global) {
+    FX_CHECK_NOT_NULL("fxGlobalOrder", global);
     globals.append(&global);
     sorted = false;
     return static_cast<int>(globals.length()) - 1;
@@ -103,6 +105,7 @@ bool cleaningUp = false;    // a destroy function did
 void fxInitGlobalOrderings() {
     if (!firstInitialization || initializing)
         return;
+    FX_WHEN_CHECKED(fxMisuse::isInitializing());
     const Within within(initializing);
     fxGlobalOrder::createOrderings();
     fx_toolkitGlobalOrder->create();

@@ -1,6 +1,7 @@
 #include "kelvofxds/core/fxTypeObj.h"
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 
@@ -20,6 +21,8 @@ fxTypeObj::fxTypeObj(const char* typeName, unsigned int typeVersion,
 }
 
 void fxTypeObj::registerType(fxTypeObj* type) {
+    FX_CHECK_NOT_NULL("fxTypeObj", type);
+    FX_CHECK_THREAD("fxTypeObj");
     if (!knownTypes)
         knownTypes = fxNew<fxVoidPtrDict>(0U);
     const fxStr key(type->name);

@@ -1,5 +1,6 @@
 #include "kelvofxds/core/fxVersion.h"
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxPlatform.h"
 #include "kelvofxds/version.h"
 
@@ -17,5 +18,6 @@ int libkelvofxds_print_verid() {
 }
 
 int libkelvofxds_sprintf_verid(char* buffer) {
+    FX_CHECK_NOT_NULL("libkelvofxds", buffer);
     return imsg_sprintf(buffer, noMessageNumber, format, nameWidth, name, version, buildDate);
 }
