@@ -3,9 +3,12 @@
 #include <climits>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxPlatform.h"
 
 int fxPath::split(fxPath* directory, fxPath* leaf) const {
+    FX_CHECK_NOT_NULL("fxPath", directory);
+    FX_CHECK_NOT_NULL("fxPath", leaf);
     // The function is told how many bytes of text there is room for, beside
     // the NUL. It writes into strings of one byte more, which are never empty
     // and so never share their buffer.

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
@@ -51,6 +52,7 @@ bool fxStackBuffer::tryAddc(char c) {
 }
 
 void fxStackBuffer::put(const char* data, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStackBuffer", data, n);
     if (n == 0)
         return;
     const unsigned int room = static_cast<unsigned int>(end - next);

@@ -5,11 +5,28 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxShortCopyInternal.h"
+#include "kelvofxds/str/fxStrCheckedInternal.h"
 #include "kelvofxds/str/fxTempStr.h"
 
 char fxStr::emptyString = '\0';
+
+#ifdef KELVOFXDS_CHECKED
+namespace {
+// A write to the string that all empty ones share, if no operation meets it before the end.
+struct AtExit {
+    ~AtExit() {
+        if (fxStr::emptyString != '\0')
+            fxMisuse::says("fxStr", "exit",
+                           "emptyString is byte %d: something was written to an empty string",
+                           static_cast<unsigned char>(fxStr::emptyString));
+    }
+};
+const AtExit atExit;
+}  // namespace
+#endif
 
 namespace {
 const char* const owner = "fxStr";
@@ -40,33 +57,40 @@ fxStr::fxStr(const char* s) : fxStr() {
 }
 
 fxStr::fxStr(const char* s, unsigned int n) : fxStr() {
+    FX_CHECK_NOT_NULL_OF("fxStr", s, n);
     if (n == 0)
         return;
     data = copyOf(s, n);
     slength = n + 1;
 }
 
-fxStr::fxStr(const fxStr& other) : fxStr(other.data, other.length()) {}
+fxStr::fxStr(const fxStr& other) : fxStr((FX_CHECK_STR(other), other.data), other.length()) {}
 
 fxStr::fxStr(const fxTempStr& other) : fxStr(other.c_str(), other.length()) {}
 
 fxStr::~fxStr() {
+    FX_CHECK_THAT("fxStr", data != &fxMisuse::endedText, "the string has been destroyed already");
     if (data != &emptyString)
         std::free(data);
+    FX_WHEN_CHECKED(fxMisuse::leave(data, &fxMisuse::endedText));
 }
 
 fxStr& fxStr::operator=(const fxStr& other) {
+    FX_CHECK_STR(*this);
+    FX_CHECK_STR(other);
     if (this != &other)
         assign(other.data, other.length());
     return *this;
 }
 
 fxStr& fxStr::operator=(const fxTempStr& other) {
+    FX_CHECK_STR(*this);
     assign(other.c_str(), other.length());
     return *this;
 }
 
 fxStr& fxStr::operator=(const char* s) {
+    FX_CHECK_STR(*this);
     assign(s, s ? static_cast<unsigned int>(std::strlen(s)) : 0);
     return *this;
 }
@@ -102,6 +126,7 @@ void fxStr::resizeInternal(unsigned int n) {
 }
 
 fxStr fxStr::extract(unsigned int pos, unsigned int n) const {
+    FX_CHECK_STR(*this);
     if (pos > length())
         pos = length();
     if (n > length() - pos)
@@ -130,6 +155,7 @@ unsigned int countOf(const char* s, unsigned int n) {
 }  // namespace
 
 void fxStr::append(const char* s, unsigned int n) {
+    FX_CHECK_STR(*this);
     n = countOf(s, n);
     if (n == 0)
         return;
@@ -144,6 +170,7 @@ void fxStr::append(const char* s, unsigned int n) {
 }
 
 void fxStr::append(char c) {
+    FX_CHECK_STR(*this);
     const unsigned int oldLength = length();
     if (isEmpty()) {
         data = static_cast<char*>(fxAllocate(2));
@@ -157,6 +184,7 @@ void fxStr::append(char c) {
 }
 
 void fxStr::insert(const char* s, unsigned int pos, unsigned int n) {
+    FX_CHECK_STR(*this);
     n = countOf(s, n);
     if (n == 0)
         return;
@@ -179,6 +207,7 @@ void fxStr::insert(const char* s, unsigned int pos, unsigned int n) {
 void fxStr::insert(char c, unsigned int pos) { insert(&c, pos, 1); }
 
 void fxStr::replace(const char* s, unsigned int pos, unsigned int n) {
+    FX_CHECK_STR(*this);
     n = countOf(s, n);
     if (pos > length())
         pos = length();
@@ -189,6 +218,7 @@ void fxStr::replace(const char* s, unsigned int pos, unsigned int n) {
 }
 
 void fxStr::remove(unsigned int pos, unsigned int n) {
+    FX_CHECK_STR(*this);
     if (slength - n <= 1) {
         becomeEmpty();
         return;
@@ -212,6 +242,7 @@ fxStr fxStr::cut(unsigned int pos, unsigned int n) {
 }
 
 void fxStr::resize(unsigned int n, unsigned char) {
+    FX_CHECK_STR(*this);
     const unsigned int oldSize = isEmpty() ? 0 : slength;
     resizeInternal(n);
     if (n >= oldSize)
@@ -221,6 +252,7 @@ void fxStr::resize(unsigned int n, unsigned char) {
 }
 
 void fxStr::setMaxLength(unsigned int n) {
+    FX_CHECK_STR(*this);
     if (!isEmpty())
         resizeInternal(n > length() ? n : length());
 }
@@ -229,11 +261,13 @@ void fxStr::setMaxLength(unsigned int n) {
 // islower does.
 
 void fxStr::lower() {
+    FX_CHECK_STR(*this);
     for (unsigned int i = 0; i < slength - 1; ++i)
         data[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(data[i])));
 }
 
 void fxStr::raise() {
+    FX_CHECK_STR(*this);
     for (unsigned int i = 0; i < slength - 1; ++i)
         data[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(data[i])));
 }

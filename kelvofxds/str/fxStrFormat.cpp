@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 
@@ -256,6 +257,7 @@ void fxStr::format(const char* format, ...) {
 }
 
 void fxStr::vformat(const char* format, std::va_list args) {
+    FX_CHECK_NOT_NULL("fxStr", format);
     std::va_list scanned, printed;
     va_copy(scanned, args);
     const std::size_t size = fxSum(owner, estimate(format, &scanned), 2);

@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/str/fxStrCheckedInternal.h"
 #include "kelvofxds/str/fxStrHashInternal.h"
 
 namespace {
@@ -170,9 +172,14 @@ fxStr tokenROf(const fxStr& s, unsigned int& pos, const Matcher& matcher) {
 
 }  // namespace
 
-unsigned int fxStr::next(unsigned int pos, char c) const { return nextOf(*this, pos, OneByte(c)); }
+unsigned int fxStr::next(unsigned int pos, char c) const {
+    FX_CHECK_STR(*this);
+    return nextOf(*this, pos, OneByte(c));
+}
 
 unsigned int fxStr::next(unsigned int pos, const char* set, unsigned int n) const {
+    FX_CHECK_STR(*this);
+    FX_CHECK_NOT_NULL("fxStr", set);
     if (n == 0)
         return nextOf(*this, pos, TextSet(set));
     const TextCopy copy(set, n);
@@ -180,53 +187,79 @@ unsigned int fxStr::next(unsigned int pos, const char* set, unsigned int n) cons
 }
 
 unsigned int fxStr::nextR(unsigned int pos, char c) const {
+    FX_CHECK_STR(*this);
     return nextROf(*this, pos, OneByte(c));
 }
 
 unsigned int fxStr::nextR(unsigned int pos, const char* set, unsigned int n) const {
+    FX_CHECK_STR(*this);
+    FX_CHECK_NOT_NULL("fxStr", set);
     return nextROf(*this, pos, ByteSet(set, n));
 }
 
-unsigned int fxStr::skip(unsigned int pos, char c) const { return skipOf(*this, pos, OneByte(c)); }
+unsigned int fxStr::skip(unsigned int pos, char c) const {
+    FX_CHECK_STR(*this);
+    return skipOf(*this, pos, OneByte(c));
+}
 
 unsigned int fxStr::skip(unsigned int pos, const char* set, unsigned int n) const {
+    FX_CHECK_STR(*this);
+    FX_CHECK_NOT_NULL("fxStr", set);
     return skipOf(*this, pos, ByteSet(set, n));
 }
 
 unsigned int fxStr::skipR(unsigned int pos, char c) const {
+    FX_CHECK_STR(*this);
     return skipROf(*this, pos, OneByte(c));
 }
 
 unsigned int fxStr::skipR(unsigned int pos, const char* set, unsigned int n) const {
+    FX_CHECK_STR(*this);
+    FX_CHECK_NOT_NULL("fxStr", set);
     return skipROf(*this, pos, ByteSet(set, n));
 }
 
 fxStr fxStr::token(unsigned int& pos, char delimiter) const {
+    FX_CHECK_STR(*this);
     return tokenOf(*this, pos, OneByte(delimiter));
 }
 
 fxStr fxStr::token(unsigned int& pos, const char* set, unsigned int n) const {
+    FX_CHECK_STR(*this);
+    FX_CHECK_NOT_NULL("fxStr", set);
     return tokenOf(*this, pos, ByteSet(set, n));
 }
 
 fxStr fxStr::tokenR(unsigned int& pos, char delimiter) const {
+    FX_CHECK_STR(*this);
     return tokenROf(*this, pos, OneByte(delimiter));
 }
 
 fxStr fxStr::tokenR(unsigned int& pos, const char* set, unsigned int n) const {
+    FX_CHECK_STR(*this);
+    FX_CHECK_NOT_NULL("fxStr", set);
     return tokenROf(*this, pos, ByteSet(set, n));
 }
 
 fxStr fxStr::trim(const char* set) const {
+    FX_CHECK_STR(*this);
+    FX_CHECK_NOT_NULL("fxStr", set);
     const ByteSet trimmed(set, 0);
     const unsigned int start = skipOf(*this, 0, trimmed);
     const unsigned int end = skipROf(*this, length(), trimmed);
     return start < end ? extract(start, end - start) : fxStr();
 }
 
-fxStr fxStr::trimRight(const char* set) const { return extract(0, skipR(length(), set)); }
+fxStr fxStr::trimRight(const char* set) const {
+    FX_CHECK_STR(*this);
+    FX_CHECK_NOT_NULL("fxStr", set);
+    return extract(0, skipR(length(), set));
+}
 
-unsigned int fxStr::hash() const { return fxHashStr(*this); }
+unsigned int fxStr::hash() const {
+    FX_CHECK_STR(*this);
+    return fxHashStr(*this);
+}
 
 // Comparing.
 
@@ -258,8 +291,13 @@ bool equal(const fxStr& a, const char* b, std::size_t bLength) {
 }
 }  // namespace
 
-bool operator==(const fxStr& a, const fxStr& b) { return equal(a, b.c_str(), b.length()); }
+bool operator==(const fxStr& a, const fxStr& b) {
+    FX_CHECK_STR(a);
+    FX_CHECK_STR(b);
+    return equal(a, b.c_str(), b.length());
+}
 bool operator==(const fxStr& a, const char* b) {
+    FX_CHECK_STR(a);
     return equal(a, textOf(b), std::strlen(textOf(b)));
 }
 bool operator==(const char* a, const fxStr& b) { return b == a; }
@@ -268,8 +306,15 @@ bool operator!=(const fxStr& a, const char* b) { return !(a == b); }
 bool operator!=(const char* a, const fxStr& b) { return !(b == a); }
 
 int compare(const char* a, const char* b) { return std::strcmp(textOf(a), textOf(b)); }
-int compare(const fxStr& a, const char* b) { return std::strcmp(a.c_str(), textOf(b)); }
-int compare(const fxStr& a, const fxStr& b) { return std::strcmp(a.c_str(), b.c_str()); }
+int compare(const fxStr& a, const char* b) {
+    FX_CHECK_STR(a);
+    return std::strcmp(a.c_str(), textOf(b));
+}
+int compare(const fxStr& a, const fxStr& b) {
+    FX_CHECK_STR(a);
+    FX_CHECK_STR(b);
+    return std::strcmp(a.c_str(), b.c_str());
+}
 
 bool operator<(const fxStr& a, const fxStr& b) { return compare(a, b) < 0; }
 bool operator<(const fxStr& a, const char* b) { return compare(a, b) < 0; }

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
@@ -13,6 +14,7 @@ void* fxStr::newInstance(fxTypeObj& type) { return fxTryNew<fxStr>(type); }
 void fxStr::deleteInstance(void* string) { delete static_cast<fxStr*>(string); }
 
 unsigned char fxStr::xdr(void* string, fxTranscriber& t) {
+    FX_CHECK_NOT_NULL("fxStr", string);
     return static_cast<fxStr*>(string)->xdr(t) ? 1 : 0;
 }
 

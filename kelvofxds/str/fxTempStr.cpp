@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 
@@ -15,6 +16,8 @@ char* blockOf(unsigned int size) { return static_cast<char*>(fxAllocate(size)); 
 
 fxTempStr::fxTempStr(const char* a, unsigned int aLength, const char* b, unsigned int bLength)
     : data(inlineBuffer), slength(fxSum(owner, fxSum(owner, aLength, bLength), 1)) {
+    FX_CHECK_NOT_NULL_OF("fxTempStr", a, aLength);
+    FX_CHECK_NOT_NULL_OF("fxTempStr", b, bLength);
     if (slength > sizeof inlineBuffer)
         data = blockOf(slength);
     if (aLength != 0)
@@ -36,6 +39,7 @@ fxTempStr::~fxTempStr() {
 }
 
 fxTempStr& fxTempStr::concat(const char* s, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxTempStr", s, n);
     if (n == 0)
         return *this;
     const unsigned int oldLength = length();
