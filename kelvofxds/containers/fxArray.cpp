@@ -7,7 +7,9 @@
 #include <cstring>
 #include <memory>
 
+#include "kelvofxds/containers/fxArrayCheckedInternal.h"
 #include "kelvofxds/containers/fxArrayOwnInternal.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
@@ -98,9 +100,15 @@ fxArray::fxArray(const fxArray& other)
 }
 
 fxArray::fxArray(unsigned int size, unsigned int bytes, void* block)
-    : data(block), maxLen(bytes), len(bytes), elemSize(static_cast<unsigned short>(size)) {}
+    : data(block), maxLen(bytes), len(bytes), elemSize(static_cast<unsigned short>(size)) {
+    FX_CHECK_NOT_NULL_OF("fxArray", block, bytes);
+}
 
-fxArray::~fxArray() { std::free(data); }
+fxArray::~fxArray() {
+    FX_CHECK_LIVES("fxArray", count);
+    std::free(data);
+    FX_WHEN_CHECKED(fxMisuse::leave(data, static_cast<void*>(nullptr)));
+}
 
 void fxArray::copyFrom(const fxArray& other) {
     data = other.raw_copy();
@@ -192,6 +200,7 @@ int fxArray::compareElements(const void* a, const void* b) const {
 void fxArray::setCapacity(unsigned int bytes) { setCapacity(bytes, maxLen); }
 
 void fxArray::setMaxLength(unsigned int n) {
+    FX_CHECK_LIVES("fxArray", count);
     const unsigned int wanted = bytesOf(n);
     const unsigned int bytes = wanted > len ? wanted : len;
     if (bytes != maxLen)
@@ -199,6 +208,7 @@ void fxArray::setMaxLength(unsigned int n) {
 }
 
 void fxArray::resize(unsigned int n) {
+    FX_CHECK_LIVES("fxArray", count);
     const unsigned int bytes = bytesOf(n);
     if (bytes > len) {
         setCapacity(bytes, bytes);
@@ -227,6 +237,7 @@ void fxArray::endFrom(unsigned int bytes) {
 // Changing elements.
 
 void fxArray::destroy() {
+    FX_CHECK_LIVES("fxArray", count);
     if (len != 0 && data)
         destroyElements(data, len);
 }
@@ -236,6 +247,8 @@ void fxArray::destroy() {
 [[gnu::used]] static unsigned int (fxArray::*const exportedLength)() const = &fxArray::length;
 
 void fxArray::append(const void* elem) {
+    FX_CHECK_LIVES("fxArray", count);
+    FX_CHECK_NOT_NULL(fxClassOf(*this), elem);
     if (len == maxLen) {
         const bool own = fxPointsInto(elem, data, len);
         const std::ptrdiff_t offset = own ? static_cast<const char*>(elem) - byteAt(0) : 0;
@@ -248,6 +261,7 @@ void fxArray::append(const void* elem) {
 }
 
 void fxArray::append(const fxArray& other) {
+    FX_CHECK_LIVES("fxArray", count);
     const unsigned int added = other.len;
     if (added == 0)
         return;
@@ -277,6 +291,9 @@ void fxArray::append(const fxArray& other) {
 }
 
 void fxArray::insert(const void* elem, unsigned int index) {
+    FX_CHECK_LIVES("fxArray", count);
+    FX_CHECK_NOT_NULL(fxClassOf(*this), elem);
+    FX_CHECK_PLACE(index);
     const unsigned int p = bytesOf(index);
     if (maxLen <= len) {
         const bool own = fxPointsInto(elem, data, len);
@@ -292,6 +309,8 @@ void fxArray::insert(const fxArray& other, unsigned int index) {
     const unsigned int added = other.len;
     if (other.length() == 0)
         return;
+    FX_CHECK_LIVES("fxArray", count);
+    FX_CHECK_PLACE(index);
     const unsigned int p = bytesOf(index);
     const unsigned int needed = fxSum(owner, len, added);
     if (needed > maxLen)
@@ -311,6 +330,8 @@ void fxArray::closeGap(unsigned int offset, unsigned int bytes) {
 void fxArray::remove(unsigned int start, unsigned int n) {
     if (n == 0)
         return;
+    FX_CHECK_LIVES("fxArray", count);
+    FX_CHECK_RANGE(start, n);
     const unsigned int offset = bytesOf(start);
     const unsigned int bytes = bytesOf(n);
     checkRange(offset, bytes);
@@ -330,6 +351,8 @@ void swapWords(void* a, void* b) {
 }  // namespace
 
 void fxArray::swap(unsigned int i, unsigned int j) {
+    FX_CHECK_BELOW(fxClassOf(*this), i, "length", fxCheckedLength(*this));
+    FX_CHECK_BELOW(fxClassOf(*this), j, "length", fxCheckedLength(*this));
     if (elemSize == sizeof(std::uint32_t)) {
         swapWords<std::uint32_t>(at(i), at(j));
         return;
@@ -369,6 +392,8 @@ unsigned int fxArray::find(const void* elem, unsigned int start) const {
     unsigned int i = start;
     if (i >= n)
         return notFound;
+    FX_CHECK_LIVES("fxArray", count);
+    FX_CHECK_NOT_NULL(fxClassOf(*this), elem);
     if (!fxComparesBytes(*this)) {
         while (i < n && compareElements(elem, at(i)) != 0)
             ++i;
@@ -401,20 +426,26 @@ void* fxArray::copied(const void* from, unsigned int bytes) const {
 void* fxArray::raw_copy() const { return copied(data, len); }
 
 void* fxArray::raw_extract(unsigned int start, unsigned int n) const {
+    FX_CHECK_RANGE(start, n);
     const unsigned int offset = bytesOf(start);
     const unsigned int bytes = bytesOf(n);
     checkRange(offset, bytes);
     return copied(byteAt(offset), bytes);
 }
 
-void* fxArray::raw_head(unsigned int n) const { return raw_extract(0, n); }
+void* fxArray::raw_head(unsigned int n) const {
+    FX_CHECK_RANGE(0, n);
+    return raw_extract(0, n);
+}
 
 void* fxArray::raw_tail(unsigned int n) const {
+    FX_CHECK_RANGE(0, n);
     const unsigned int bytes = bytesOf(n);
     return copied(byteAt(len - bytes), bytes);
 }
 
 void* fxArray::raw_cut(unsigned int start, unsigned int n) {
+    FX_CHECK_RANGE(start, n);
     const unsigned int offset = bytesOf(start);
     const unsigned int bytes = bytesOf(n);
     if (bytes == 0)

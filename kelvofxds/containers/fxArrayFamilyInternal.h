@@ -1,6 +1,7 @@
 // fxArrayFamilyInternal.h - what every concrete array class defines.
 #pragma once
 
+#include "kelvofxds/containers/fxArrayCheckedInternal.h"
 #include "kelvofxds/containers/fxArrayFamily.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
@@ -20,15 +21,19 @@
     Class::~Class() { destroy(); }                                                            \
     const char* Class::className() const { return "ARRAY"; }                                  \
     Class Class::cut(unsigned int start, unsigned int n) {                                    \
+        FX_CHECK_RANGE(start, n);                                                             \
         return Class(sizeof(Element), n * sizeof(Element), raw_cut(start, n));                \
     }                                                                                         \
     Class Class::extract(unsigned int start, unsigned int n) const {                          \
+        FX_CHECK_RANGE(start, n);                                                             \
         return Class(sizeof(Element), n * sizeof(Element), raw_extract(start, n));            \
     }                                                                                         \
     Class Class::head(unsigned int n) const {                                                 \
+        FX_CHECK_RANGE(0, n);                                                                 \
         return Class(sizeof(Element), n * sizeof(Element), raw_head(n));                      \
     }                                                                                         \
     Class Class::tail(unsigned int n) const {                                                 \
+        FX_CHECK_RANGE(0, n);                                                                 \
         return Class(sizeof(Element), n * sizeof(Element), raw_tail(n));                      \
     }
 

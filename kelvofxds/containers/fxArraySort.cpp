@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "kelvofxds/containers/fxArray.h"
+#include "kelvofxds/containers/fxArrayCheckedInternal.h"
 #include "kelvofxds/containers/fxArrayOwnInternal.h"
 #include "kelvofxds/containers/fxArraySortInternal.h"
 #include "kelvofxds/containers/fxPendingRangesInternal.h"
@@ -61,6 +62,7 @@ void fxArray::qsort() { qsort(0, length()); }
 void fxArray::qsort(unsigned int start, unsigned int n) {
     if (n == 0)
         return;
+    FX_CHECK_RANGE(start, n);
     Temporary temp(elemSize);
     qsortInternal(start, fxSum("fxArray", start, n) - 1, temp.address());
 }

@@ -1,6 +1,7 @@
 // fxDictIter.cpp - walking the entries of a dictionary.
 
 #include "kelvofxds/containers/fxChainedItersInternal.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 
 fxDictIter::fxDictIter() : dict(nullptr), bucketIndex(0), flags(0), bucket(nullptr) {}
 
@@ -33,4 +34,7 @@ fxDictIter& fxDictIter::operator=(const fxDictIter& other) {
 
 void fxDictIter::step() { fxChainedIters::step(*this); }
 
-void fxDictIter::advanceToValid() { fxChainedIters::advanceToValid(*this); }
+void fxDictIter::advanceToValid() {
+    FX_CHECK_THAT("fxDictIter", dict, "the iterator is at the end, or attached to nothing");
+    fxChainedIters::advanceToValid(*this);
+}

@@ -8,6 +8,8 @@
 #include "kelvofxds/containers/fxArrayFamilyInternal.h"
 #include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxChainedItersInternal.h"
+#include "kelvofxds/containers/fxChainsCheckedInternal.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 // The two tables.
@@ -54,7 +56,11 @@ fxDictionary::fxDictionary(const fxDictionary& other)
     }
 }
 
-fxDictionary::~fxDictionary() { fxChains::dropIndex(*this); }
+fxDictionary::~fxDictionary() {
+    FX_CHECK_LIVES("fxDictionary", count);
+    FX_CHECK_CLEANED_UP("fxDictionary");
+    fxChains::dropIndex(*this);
+}
 
 void fxDictionary::operator=(const fxDictionary& other) {
     if (this == &other)
@@ -76,6 +82,8 @@ void fxDictionary::equalKeysHashEqually() { fxChains::promise(*this); }
 // Looking up.
 
 void* fxDictionary::find(const void* key, void** bucketOut) const {
+    FX_CHECK_LIVES("fxDictionary", count);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), key, keySize);
     fxDictBucket* b = fxChains::find<fxDictionary>(*this, key);
     if (bucketOut)
         *bucketOut = b;
@@ -117,6 +125,9 @@ template <class MakeValue>
 }  // namespace
 
 fxDictBucket* fxDictionary::addInternal(const void* key, const void* value) {
+    FX_CHECK_LIVES("fxDictionary", count);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), key, keySize);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), value, valueSize);
     const Place place = fxChains::lookUp<fxDictionary>(*this, key);
     if (!place.entry) {
         if (bucketCount() == 0)
@@ -152,6 +163,8 @@ fxDictBucket* fxDictionary::addAgain(const void* key, const void* value, const v
 }
 
 void* fxDictionary::findCreate(const void* key) {
+    FX_CHECK_LIVES("fxDictionary", count);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), key, keySize);
     const Place place = fxChains::lookUp<fxDictionary>(*this, key);
     if (place.entry)
         return valueOf(place.entry);
@@ -205,6 +218,8 @@ void fxDictionary::release(fxDictBucket* b) {
 }
 
 void fxDictionary::remove(const void* key) {
+    FX_CHECK_LIVES("fxDictionary", count);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), key, keySize);
     const Place place = fxChains::lookUp<fxDictionary>(*this, key);
     if (!place.entry)
         return;
@@ -213,6 +228,8 @@ void fxDictionary::remove(const void* key) {
 }
 
 void* fxDictionary::cut(const void* key) {
+    FX_CHECK_LIVES("fxDictionary", count);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), key, keySize);
     const Place place = fxChains::lookUp<fxDictionary>(*this, key);
     if (!place.entry)
         return nullptr;
@@ -231,6 +248,7 @@ void* fxDictionary::cut(const void* key) {
 // Cleaning up.
 
 void fxDictionary::cleanup() {
+    FX_CHECK_LIVES("fxDictionary", count);
     fxChains::dropIndex(*this);
     for (unsigned int i = 0; i < bucketCount(); ++i) {
         while (buckets[i]) {
@@ -257,7 +275,10 @@ void fxDictionary::parkIters(const fxDictBucket* b) const {
 
 // Iterators.
 
-void fxDictionary::addIter(fxDictIter* iter) { fxChainedIters::add(iters, iter); }
+void fxDictionary::addIter(fxDictIter* iter) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), iter);
+    fxChainedIters::add(iters, iter);
+}
 
 void fxDictionary::removeIter(fxDictIter* iter) { fxChainedIters::remove(iters, iter); }
 

@@ -8,6 +8,8 @@
 #include "kelvofxds/containers/fxArrayFamilyInternal.h"
 #include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxChainedItersInternal.h"
+#include "kelvofxds/containers/fxChainsCheckedInternal.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
@@ -45,7 +47,11 @@ fxSet::fxSet(const fxSet& other) : fxXDRObj(other), numItems(0), keySize(0) { co
 
 fxSet::fxSet(const fxTmpSet& other) : fxSet(static_cast<const fxSet&>(other)) {}
 
-fxSet::~fxSet() { fxChains::dropIndex(*this); }
+fxSet::~fxSet() {
+    FX_CHECK_LIVES("fxSet", count);
+    FX_CHECK_CLEANED_UP("fxSet");
+    fxChains::dropIndex(*this);
+}
 
 namespace {
 // Ends the process the way it ends when there is no bucket to choose from. The
@@ -87,6 +93,7 @@ fxSet& fxSet::operator=(const fxSet& other) {
 }
 
 void fxSet::cleanup() {
+    FX_CHECK_LIVES("fxSet", count);
     fxChains::dropIndex(*this);
     for (unsigned int i = 0; i < bucketCount(); ++i) {
         while (buckets[i])
@@ -114,17 +121,23 @@ void fxSet::equalKeysHashEqually() { fxChains::promise(*this); }
 // Looking up.
 
 void* fxSet::find(const void* key) const {
+    FX_CHECK_LIVES("fxSet", count);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), key, keySize);
     const fxSetBucket* b = fxChains::find<fxSet>(*this, key);
     return b ? b->key : nullptr;
 }
 
 unsigned char fxSet::contains(const void* key) const {
+    FX_CHECK_LIVES("fxSet", count);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), key, keySize);
     return fxChains::find<fxSet>(*this, key) != nullptr;
 }
 
 // Adding and removing.
 
 fxSetBucket* fxSet::add(const void* key) {
+    FX_CHECK_LIVES("fxSet", count);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), key, keySize);
     const Place place = fxChains::lookUp<fxSet>(*this, key);
     if (place.entry)
         return nullptr;
@@ -169,6 +182,8 @@ void fxSet::endEntry(fxSetBucket* b) {
 }
 
 void fxSet::remove(const void* key) {
+    FX_CHECK_LIVES("fxSet", count);
+    FX_CHECK_NOT_NULL_OF(fxClassOf(*this), key, keySize);
     const Place place = fxChains::lookUp<fxSet>(*this, key);
     if (place.entry)
         endEntry(fxChains::unlink<fxSet>(*this, place));
@@ -237,7 +252,10 @@ fxTmpSet fxSet::operator-(const fxSet&) {
 
 // Iterators.
 
-void fxSet::addIter(fxSetIter* iter) { fxChainedIters::add(iters, iter); }
+void fxSet::addIter(fxSetIter* iter) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), iter);
+    fxChainedIters::add(iters, iter);
+}
 
 void fxSet::removeIter(fxSetIter* iter) { fxChainedIters::remove(iters, iter); }
 

@@ -1,6 +1,7 @@
 // fxSetIter.cpp - walking the keys of a set.
 
 #include "kelvofxds/containers/fxChainedItersInternal.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 
 fxSetIter::fxSetIter() : set(nullptr), bucketIndex(0), flags(0), bucket(nullptr) {}
 
@@ -30,4 +31,7 @@ fxSetIter& fxSetIter::operator=(const fxSetIter& other) {
 
 void fxSetIter::step() { fxChainedIters::step(*this); }
 
-void fxSetIter::advanceToValid() { fxChainedIters::advanceToValid(*this); }
+void fxSetIter::advanceToValid() {
+    FX_CHECK_THAT("fxSetIter", set, "the iterator is at the end, or attached to nothing");
+    fxChainedIters::advanceToValid(*this);
+}

@@ -2,6 +2,7 @@
 
 #include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxStrKeysInternal.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 
@@ -53,6 +54,6 @@ fxStrSetIter::fxStrSetIter() {}
 
 fxStrSetIter::fxStrSetIter(fxStrSet& s) : fxSetIter(s) {}
 
-fxStrSetIter::fxStrSetIter(fxStrSet* s) : fxSetIter(*s) {}
+fxStrSetIter::fxStrSetIter(fxStrSet* s) : fxSetIter((FX_CHECK_ARGUMENT("fxStrSetIter", s), *s)) {}
 
 fxStrSetIter::~fxStrSetIter() {}

@@ -2,6 +2,7 @@
 
 #include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxStrKeysInternal.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 
@@ -74,4 +75,5 @@ fxStrStrDictionaryIter::fxStrStrDictionaryIter() {}
 
 fxStrStrDictionaryIter::fxStrStrDictionaryIter(fxStrStrDictionary& d) : fxDictIter(d) {}
 
-fxStrStrDictionaryIter::fxStrStrDictionaryIter(fxStrStrDictionary* d) : fxDictIter(*d) {}
+fxStrStrDictionaryIter::fxStrStrDictionaryIter(fxStrStrDictionary* d)
+    : fxDictIter((FX_CHECK_ARGUMENT("fxStrStrDictionaryIter", d), *d)) {}

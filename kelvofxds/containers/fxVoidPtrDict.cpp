@@ -2,6 +2,7 @@
 
 #include "kelvofxds/containers/fxChainedInternal.h"
 #include "kelvofxds/containers/fxStrKeysInternal.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 
 fxVoidPtrDict::fxVoidPtrDict(unsigned int numBuckets)
     : fxDictionary(sizeof(fxStr), sizeof(void*), numBuckets) {
@@ -36,4 +37,5 @@ fxVoidPtrDictIter::fxVoidPtrDictIter() {}
 
 fxVoidPtrDictIter::fxVoidPtrDictIter(fxVoidPtrDict& d) : fxDictIter(d) {}
 
-fxVoidPtrDictIter::fxVoidPtrDictIter(fxVoidPtrDict* d) : fxDictIter(*d) {}
+fxVoidPtrDictIter::fxVoidPtrDictIter(fxVoidPtrDict* d)
+    : fxDictIter((FX_CHECK_ARGUMENT("fxVoidPtrDictIter", d), *d)) {}

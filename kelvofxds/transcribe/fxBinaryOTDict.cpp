@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "kelvofxds/containers/fxChainedInternal.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 
 namespace {
 const unsigned int wordSize = sizeof(std::uint32_t);
@@ -74,4 +75,5 @@ fxBinaryOTDictIter::fxBinaryOTDictIter() {}
 
 fxBinaryOTDictIter::fxBinaryOTDictIter(fxBinaryOTDict& d) : fxDictIter(d) {}
 
-fxBinaryOTDictIter::fxBinaryOTDictIter(fxBinaryOTDict* d) : fxDictIter(*d) {}
+fxBinaryOTDictIter::fxBinaryOTDictIter(fxBinaryOTDict* d)
+    : fxDictIter((FX_CHECK_ARGUMENT("fxBinaryOTDictIter", d), *d)) {}
