@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 
 namespace {
@@ -15,6 +16,14 @@ GenericNode* newNode(void* item) {
         std::abort();
     return node;
 }
+
+#ifdef KELVOFXDS_CHECKED
+// Whether the node's neighbours lead to it, and the ends of its chain are the list's.
+bool isLinked(const GenericNode* node, const GenericNode* head, const GenericNode* tail) {
+    return (node->prev ? node->prev->next : head) == node &&
+           (node->next ? node->next->prev : tail) == node;
+}
+#endif
 
 GenericNode* forward(GenericNode* node, long steps) {
     for (; steps > 0; --steps)
@@ -98,6 +107,9 @@ void GenericList::insertAt(long i, void* item) {
 void* GenericList::remove(GenericNode* node) {
     if (count == 0)
         fxFatal(underflow);
+    FX_CHECK_NOT_NULL("GenericList", node);
+    FX_CHECK_THAT("GenericList", isLinked(node, head, tail),
+                  "the node is in no list, or in another");
     void* item = node->item;
     if (node == head)
         head = node->next;

@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/lists/fxKeyIndexInternal.h"
 
@@ -202,6 +203,7 @@ HashEntry* HashTable::searchBucketFor(HashEntry* chain, unsigned long key) {
 }
 
 void HashTable::mapcar(void (*fn)(HashEntry*)) {
+    FX_CHECK_NOT_NULL("HashTable", fn);
     Walk walk(this);
     for (int i = 0; walk.table && i < size; ++i) {
         walk.next = buckets[i];

@@ -2,6 +2,8 @@
 
 #include <climits>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
+
 namespace {
 using Direction = fxLinkItem* fxLinkItem::*;
 
@@ -12,9 +14,22 @@ fxLinkItem* walk(fxLinkItem* link, long steps, Direction direction) {
         link = link->*direction;
     return link;
 }
+
+#ifdef KELVOFXDS_CHECKED
+// Whether the link's neighbours lead to it, and its chain begins where the list's does. Nothing
+// is asked of the tail, which need not be the last link.
+bool isLinked(const fxLinkItem* link, const fxLinkItem* head) {
+    return (link->prev ? link->prev->next : head) == link &&
+           (!link->next || link->next->prev == link);
+}
+#endif
 }  // namespace
 
 void doUnlink(fxIndexableList* list, fxLinkItem* link) {
+    FX_CHECK_NOT_NULL("fxIndexableList", list);
+    FX_CHECK_NOT_NULL("fxIndexableList", link);
+    FX_CHECK_THAT("fxIndexableList", isLinked(link, list->head),
+                  "the link is in no list, or in another");
     fxLinkItem* next = link->next;
     fxLinkItem* prev = link->prev;
     if (prev)
@@ -33,6 +48,10 @@ void doUnlink(fxIndexableList* list, fxLinkItem* link) {
 }
 
 void doSplit(fxIndexableList* list, fxLinkItem* link) {
+    FX_CHECK_NOT_NULL("fxIndexableList", list);
+    FX_CHECK_NOT_NULL("fxIndexableList", link);
+    FX_CHECK_THAT("fxIndexableList", isLinked(link, list->head),
+                  "the link is in no list, or in another");
     if (link == list->head) {
         list->makeEmpty();
         return;
@@ -51,6 +70,8 @@ fxIndexableList::fxIndexableList(fxLinkItem* chain) {
     makeEmpty();
     head = cursorLink = chain;
     for (fxLinkItem* link = chain; link; link = link->next) {
+        FX_CHECK_THAT("fxIndexableList", !link->next || link->next->prev == link,
+                      "the prev of link %d of the chain does not lead back", count + 1);
         tail = link;
         ++count;
     }
@@ -83,6 +104,9 @@ fxLinkItem* fxIndexableList::lastLink() const {
 }
 
 void fxIndexableList::insertAt(long i, fxLinkItem* link) {
+    FX_CHECK_NOT_NULL("fxIndexableList", link);
+    FX_CHECK_THAT("fxIndexableList", isEmpty() || (link != head && link != tail),
+                  "the link is in this list already");
     fxLinkItem* place = placeOf(i);
     if (place) {
         link->next = place;
@@ -116,6 +140,8 @@ void fxIndexableList::appendAt(long i, fxLinkItem* link) {
 }
 
 void fxIndexableList::unlink(fxLinkItem* link) {
+    FX_CHECK_NOT_NULL("fxIndexableList", link);
+    FX_CHECK_THAT("fxIndexableList", isLinked(link, head), "the link is in no list, or in another");
     doUnlink(this, link);
     setCursor(0, head);
 }
@@ -139,6 +165,8 @@ void fxIndexableList::unlinkAt(long i) {
 }
 
 void fxIndexableList::split(fxLinkItem* link) {
+    FX_CHECK_NOT_NULL("fxIndexableList", link);
+    FX_CHECK_THAT("fxIndexableList", isLinked(link, head), "the link is in no list, or in another");
     doSplit(this, link);
     setCursor(0, head);
 }
@@ -185,6 +213,7 @@ void fxIndexableList::takeCount(fxIndexableList* other) {
 }
 
 void fxIndexableList::insertListAt(long i, fxIndexableList* other) {
+    FX_CHECK_NOT_NULL("fxIndexableList", other);
     if (other == this)
         return;
     if (!other->isEmpty()) {
@@ -200,6 +229,7 @@ void fxIndexableList::insertListAt(long i, fxIndexableList* other) {
 void fxIndexableList::insertList(fxIndexableList* other) { insertListAt(0, other); }
 
 void fxIndexableList::appendListAt(long i, fxIndexableList* other) {
+    FX_CHECK_NOT_NULL("fxIndexableList", other);
     if (other == this)
         return;
     if (!other->isEmpty()) {
