@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <new>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 // Under AddressSanitizer nothing is kept: it could not tell what is kept from
@@ -56,10 +57,10 @@ public:
     void* tryAllocate(std::size_t size) noexcept {
         if (size != blockSize || !first)
             return ::operator new(size, std::nothrow);
-        Node* block = first;
-        first = block->next;
+        Node* node = first;
+        first = node->next;
         --length;
-        return block;
+        return reinterpret_cast<char*>(node) - linkAt;
     }
 
     void release(void* block, std::size_t size) noexcept {
@@ -67,7 +68,7 @@ public:
             ::operator delete(block);
             return;
         }
-        first = new (block) Node{first};
+        first = new (static_cast<char*>(block) + linkAt) Node{first};
         ++length;
     }
 
@@ -75,7 +76,13 @@ private:
     struct Node {
         Node* next;
     };
-    static_assert(blockSize >= sizeof(Node), "a freed block holds its link");
+#ifdef KELVOFXDS_CHECKED
+    // Behind what stands in the place of a deleted object, a table and a count.
+    static constexpr std::size_t linkAt = 2 * sizeof(void*);
+#else
+    static constexpr std::size_t linkAt = 0;
+#endif
+    static_assert(blockSize >= linkAt + sizeof(Node), "a freed block holds its link");
 
     Node* first = nullptr;
     unsigned int length = 0;

@@ -10,6 +10,7 @@
 #include <emmintrin.h>
 #endif
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 
@@ -164,6 +165,7 @@ int fxSLinearPattern::findBuffer(const char* text, unsigned int length) const {
         return 0;
     if (length > INT_MAX)
         length = INT_MAX;
+    FX_CHECK_NOT_NULL_OF("fxSLinearPattern", text, length);
     if (patternLength > length)
         return notFound;
     const void* found;

@@ -1,5 +1,6 @@
 #include "kelvofxds/values/fxConverter.h"
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
@@ -9,6 +10,8 @@ fxConverter* fx_theConverters = nullptr;
 
 fxConverter::fxConverter(unsigned short from, unsigned short to, void (*routine)())
     : fxInputChannel(from, nullptr, routine, 0), targetType(to), next(fx_theConverters) {
+    FX_CHECK_NOT_NULL("fxConverter", routine);
+    FX_CHECK_THREAD("fxConverter");
     fx_theConverters = this;
 }
 
@@ -32,6 +35,9 @@ fxConverter* fxConverter::findConverter(unsigned short from, unsigned short to) 
 }
 
 void fxConverter::splice(fxInputChannel* link, fxInputChannel* in) {
+    FX_CHECK_NOT_NULL("fxConverter", link);
+    FX_CHECK_NOT_NULL("fxConverter", in);
+    FX_CHECK_THAT("fxConverter", link->isLink(), "link is no conversion link");
     link->target = in;
     link->flags = (link->flags & ~latestOnlyFlag) | (in->flags & latestOnlyFlag);
     ++in->count;

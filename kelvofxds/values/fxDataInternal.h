@@ -1,6 +1,7 @@
 // fxDataInternal.h - the codes of the types of values, and calling receivers.
 #pragma once
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/values/fxData.h"
 #include "kelvofxds/values/fxValueTypesInternal.h"
 
@@ -32,5 +33,7 @@ struct fxHeld {
 /// Calls a receiver, whose prototype is void (*)(void*, Type).
 template <class... Type>
 void fxReceive(void (*function)(), void* target, Type... value) {
+    FX_WHEN_CHECKED(if (!function)
+                        fxMisuse::says("fxInputChannel", "function", "null where a value arrives"));
     reinterpret_cast<void (*)(void*, Type...)>(function)(target, value...);
 }

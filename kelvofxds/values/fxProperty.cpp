@@ -3,10 +3,12 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/values/fxData.h"
+#include "kelvofxds/values/fxValueTypesInternal.h"
 
 fxStrArray* fx_propertyNames = nullptr;
 
@@ -24,6 +26,8 @@ void hold(Counted*& held, Counted* v) {
         ++v->count;
     Counted* old = held;
     held = v;
+    FX_WHEN_CHECKED(fxMisuse::holds(v));
+    FX_WHEN_CHECKED(fxMisuse::releases(old));
     if (old && --old->count == 0)
         delete old;
 }
@@ -42,6 +46,7 @@ void fxProperty::destroyPropertyNames() {
 }
 
 unsigned short fxProperty::allocNewTag(const char* name) {
+    FX_CHECK_THREAD("fxProperty");
     if (nextTag == noTag)
         return noTag;
     constructPropertyNames();
@@ -126,6 +131,8 @@ void fxProperty::cleanup() {
 void fxProperty::abandon() {
     if (type == fxDT_CharPtr || type == fxDT_fxStr)
         return;
+    FX_WHEN_CHECKED(if (type == fxDT_ObjPtr) fxMisuse::releases(value.asObjPtr));
+    FX_WHEN_CHECKED(if (type == fxDT_DataPtr) fxMisuse::releases(value.asData));
     if (type == fxDT_ObjPtr && value.asObjPtr && value.asObjPtr->count > 1)
         --value.asObjPtr->count;
     if (type == fxDT_DataPtr && value.asData && value.asData->count > 1)
@@ -135,6 +142,29 @@ void fxProperty::abandon() {
 }
 
 // Access.
+
+// The setters store without a look at the type, and hosts mix them. Nobody can go on only where a
+// value that is owned would be made up or lost by that, or `old` be taken for one.
+#ifdef KELVOFXDS_CHECKED
+namespace {
+const char* nameOfType(unsigned short code) {
+#define FX_NAME(number, name, Holder, Type, dataName) #name,
+    static const char* const names[] = {FX_VALUE_TYPES(FX_NAME, FX_NAME, FX_NAME)};
+#undef FX_NAME
+    return code < sizeof names / sizeof *names ? names[code] : "other";
+}
+}  // namespace
+
+#define FX_CHECK_KIND(wanted, old)                                                               \
+    FX_CHECK_THAT(                                                                               \
+        "fxProperty",                                                                            \
+        type == (wanted) ||                                                                      \
+            !((old) || type == fxDT_fxStr || type == fxDT_ObjPtr || type == fxDT_DataPtr ||      \
+              (type == fxDT_CharPtr && extra.owned) || (type == fxDT_VoidPtr && extra.destroy)), \
+        "the property's value is of type %s, not %s", nameOfType(type), nameOfType(wanted))
+#else
+#define FX_CHECK_KIND(...) static_cast<void>(0)
+#endif
 
 unsigned short fxProperty::getType() const {
     return type == fxDT_DataPtr && value.asData ? value.asData->getType() : type;
@@ -156,13 +186,23 @@ fxObj* fxProperty::getAsObjPtr() const { return value.asObjPtr; }
 
 fxData* fxProperty::getAsData() const { return value.asData; }
 
-void fxProperty::setAsBool(unsigned char v) { value.asBool = v; }
+void fxProperty::setAsBool(unsigned char v) {
+    FX_CHECK_KIND(fxDT_fxBool, false);
+    value.asBool = v;
+}
 
-void fxProperty::setAsLong(long v) { value.asLong = v; }
+void fxProperty::setAsLong(long v) {
+    FX_CHECK_KIND(fxDT_long, false);
+    value.asLong = v;
+}
 
-void fxProperty::setAsDouble(double v) { value.asDouble = v; }
+void fxProperty::setAsDouble(double v) {
+    FX_CHECK_KIND(fxDT_double, false);
+    value.asDouble = v;
+}
 
 void fxProperty::setAsCharPtr(const char* text, unsigned char isOwned) {
+    FX_CHECK_KIND(fxDT_CharPtr, extra.owned);
     char* old = extra.owned ? value.asCharPtr : nullptr;
     value.asCharPtr = const_cast<char*>(text);
     extra.owned = isOwned;
@@ -170,9 +210,14 @@ void fxProperty::setAsCharPtr(const char* text, unsigned char isOwned) {
         std::free(old);
 }
 
-void fxProperty::setAsStr(const fxStr& v) { *value.asStr = v; }
+void fxProperty::setAsStr(const fxStr& v) {
+    FX_CHECK_KIND(fxDT_fxStr, true);
+    FX_CHECK_THAT("fxProperty", value.asStr, "the string went with cleanup()");
+    *value.asStr = v;
+}
 
 void fxProperty::setAsVoidPtr(void* v, void (*destroyValue)(void*)) {
+    FX_CHECK_KIND(fxDT_VoidPtr, extra.destroy);
     void (*const oldDestroy)(void*) = extra.destroy;
     void* const old = value.asVoidPtr;
     // The old function runs first, but must find a property that is whole when
@@ -188,6 +233,12 @@ void fxProperty::setAsVoidPtr(void* v, void (*destroyValue)(void*)) {
         delete this;
 }
 
-void fxProperty::setAsObjPtr(fxObj* v) { hold(value.asObjPtr, v); }
+void fxProperty::setAsObjPtr(fxObj* v) {
+    FX_CHECK_KIND(fxDT_ObjPtr, value.asObjPtr);
+    hold(value.asObjPtr, v);
+}
 
-void fxProperty::setAsData(fxData* v) { hold(value.asData, v); }
+void fxProperty::setAsData(fxData* v) {
+    FX_CHECK_KIND(fxDT_DataPtr, value.asData);
+    hold(value.asData, v);
+}

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/values/fxConverter.h"
@@ -17,6 +18,9 @@ const unsigned int numberSize = 64;  // buffer for one formatted number
 // Hands `value` to the channel's function, which may destroy the channel.
 template <class Value>
 void pass(const fxInputChannel* in, Value value) {
+    FX_WHEN_CHECKED(if (!in) fxMisuse::isNull("fxConverter", "routine", "in"));
+    FX_WHEN_CHECKED(if (!in->function)
+                        fxMisuse::says("fxInputChannel", "function", "null where a value arrives"));
     reinterpret_cast<void (*)(void*, Value)>(in->function)(in->target, value);
 }
 
