@@ -1,5 +1,6 @@
 #include "kelvofxds/objects/fxEventHandler.h"
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/objects/fxChannelsInternal.h"
 #include "kelvofxds/objects/fxMessageIndexInternal.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
@@ -12,6 +13,8 @@ fxEventHandler::fxEventHandler() {}
 fxEventHandler::~fxEventHandler() {}
 
 void fxEventHandler::postEvent(fxEvent* e, unsigned char atFront) {
+    FX_CHECK_THREAD("fxEventHandler");
+    FX_CHECK_NOT_NULL("fxEventHandler", e);
     if (queue.isLinked(e))
         return;
     if (atFront)
@@ -31,8 +34,10 @@ public:
     Sent(const Sent&) = delete;
     Sent& operator=(const Sent&) = delete;
     ~Sent() {
-        if (flags == fxObj::fxSendNow || data->count == 0)
+        if (flags == fxObj::fxSendNow || data->count == 0) {
+            FX_WHEN_CHECKED(fxMisuse::forgets(data));
             delete data;
+        }
     }
 
 private:
@@ -42,7 +47,10 @@ private:
 }  // namespace
 
 void fxEventHandler::postMessage(fxOutputChannel* out, fxData* data, fxObj::fxSendFlags flags) {
+    FX_CHECK_THREAD("fxEventHandler");
+    FX_CHECK_NOT_NULL("fxEventHandler", out);
     if (fxOutputChannel::Walk::countOf(out) == 0) {
+        FX_WHEN_CHECKED(fxMisuse::forgets(data));
         delete data;
         return;
     }
@@ -89,6 +97,7 @@ private:
 }  // namespace
 
 void fxEventHandler::distributeEvents() {
+    FX_CHECK_THREAD("fxEventHandler");
     for (unsigned int n = queue.getCount(); n != 0; --n) {
         fxEvent* e = queue.head;
         if (!e)
@@ -107,6 +116,8 @@ void fxEventHandler::distributeEvents() {
 // Removing.
 
 void fxEventHandler::removeEvents(unsigned char (*predicate)(fxEvent*, void*), void* arg) {
+    FX_CHECK_THREAD("fxEventHandler");
+    FX_CHECK_NOT_NULL("fxEventHandler", predicate);
     fxEventQueue::Walk walk(queue.head);
     while (fxEvent* e = walk.next()) {
         if (predicate(e, arg) && walk.currentIsQueued())
@@ -115,6 +126,7 @@ void fxEventHandler::removeEvents(unsigned char (*predicate)(fxEvent*, void*), v
 }
 
 unsigned char zapMessageEvents(fxEvent* e, void* ch) {
+    FX_CHECK_NOT_NULL("fxEventHandler", e);
     if (e->getType() != fxET_MessageEvent || e->getChannel() != ch)
         return 0;
     auto* channel = static_cast<fxInputChannel*>(ch);
@@ -124,6 +136,7 @@ unsigned char zapMessageEvents(fxEvent* e, void* ch) {
 }
 
 void fxEventHandler::removeMessageEvents(fxInputChannel* ch) {
+    FX_CHECK_THREAD("fxEventHandler");
     if (!ch || !fxEventQueue::Index::removeFor(queue, ch, zapMessageEvents))
         removeEvents(zapMessageEvents, ch);
 }
@@ -140,6 +153,7 @@ unsigned char isMessageFor(fxEvent* e, void* target) {
 void fxEventHandler::removeEventsFor(const void* address) {
     if (!queue.head)
         return;
+    FX_CHECK_THREAD("fxEventHandler");
     void* target = const_cast<void*>(address);
     if (!fxEventQueue::Index::removeForTarget(queue, target, isMessageFor))
         removeEvents(isMessageFor, target);

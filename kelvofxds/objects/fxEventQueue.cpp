@@ -1,5 +1,6 @@
 #include "kelvofxds/objects/fxEventQueue.h"
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/objects/fxEvent.h"
 #include "kelvofxds/objects/fxEventQueueInternal.h"
 
@@ -14,9 +15,17 @@ fxEventQueue::fxEventQueue() : head(nullptr), tail(nullptr), count(0) {}
 
 fxEventQueue::~fxEventQueue() { delete Index::of(this); }
 
-void fxEventQueue::append(fxEvent* e) { linkLast(e); }
+void fxEventQueue::append(fxEvent* e) {
+    FX_CHECK_NOT_NULL("fxEventQueue", e);
+    FX_CHECK_THAT("fxEventQueue", !isLinked(e), "the event is queued already, here or elsewhere");
+    linkLast(e);
+}
 
-void fxEventQueue::insert(fxEvent* e) { linkFirst(e); }
+void fxEventQueue::insert(fxEvent* e) {
+    FX_CHECK_NOT_NULL("fxEventQueue", e);
+    FX_CHECK_THAT("fxEventQueue", !isLinked(e), "the event is queued already, here or elsewhere");
+    linkFirst(e);
+}
 
 fxEvent* fxEventQueue::get() {
     fxEvent* e = head;
@@ -26,8 +35,11 @@ fxEvent* fxEventQueue::get() {
 }
 
 void fxEventQueue::remove(fxEvent* e) {
+    FX_CHECK_NOT_NULL("fxEventQueue", e);
     if (!isLinked(e))
         return;
+    FX_CHECK_THAT("fxEventQueue", (e->prev || e == head) && (e->next || e == tail),
+                  "the event is in another queue");
     unlink(e);
     delete e;
 }

@@ -1,5 +1,6 @@
 #include "kelvofxds/objects/fxExec.h"
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/objects/fxApplication.h"
 #include "kelvofxds/objects/fxSelectHandler.h"
 
@@ -24,6 +25,8 @@ fxExec::~fxExec() {}
 // Select handlers.
 
 void fxExec::addSelectHandler(fxSelectHandler* h) {
+    FX_CHECK_THREAD("fxExec");
+    FX_CHECK_NOT_NULL("fxExec", h);
     if (h->fd < 0 || h->fd >= static_cast<int>(maxHandlers))
         return;
     handlers[h->fd] = h;
@@ -31,6 +34,8 @@ void fxExec::addSelectHandler(fxSelectHandler* h) {
 }
 
 void fxExec::removeSelectHandler(fxSelectHandler* h) {
+    FX_CHECK_THREAD("fxExec");
+    FX_CHECK_NOT_NULL("fxExec", h);
     if (h->fd < 0 || h->fd >= static_cast<int>(maxHandlers))
         return;
     handlers[h->fd] = nullptr;
@@ -38,6 +43,7 @@ void fxExec::removeSelectHandler(fxSelectHandler* h) {
 }
 
 void fxExec::updateSelectState() {
+    FX_CHECK_THREAD("fxExec");
     wantRead = wantWrite = wantException = 0;
     FD_ZERO(&readSet);
     FD_ZERO(&writeSet);
@@ -95,19 +101,40 @@ void removeFirst(fxArray& array, const void* elem) {
 }
 }  // namespace
 
-void fxExec::addPreSelectFunc(void (*function)()) { preSelectFuncs.append(&function); }
+void fxExec::addPreSelectFunc(void (*function)()) {
+    FX_CHECK_THREAD("fxExec");
+    FX_CHECK_NOT_NULL("fxExec", function);
+    preSelectFuncs.append(&function);
+}
 
-void fxExec::removePreSelectFunc(void (*function)()) { removeFirst(preSelectFuncs, &function); }
+void fxExec::removePreSelectFunc(void (*function)()) {
+    FX_CHECK_THREAD("fxExec");
+    removeFirst(preSelectFuncs, &function);
+}
 
-void fxExec::addPostSelectFunc(void (*function)()) { postSelectFuncs.append(&function); }
+void fxExec::addPostSelectFunc(void (*function)()) {
+    FX_CHECK_THREAD("fxExec");
+    FX_CHECK_NOT_NULL("fxExec", function);
+    postSelectFuncs.append(&function);
+}
 
-void fxExec::removePostSelectFunc(void (*function)()) { removeFirst(postSelectFuncs, &function); }
+void fxExec::removePostSelectFunc(void (*function)()) {
+    FX_CHECK_THREAD("fxExec");
+    removeFirst(postSelectFuncs, &function);
+}
 
 // Applications. They may come and go while they are called.
 
-void fxExec::add(fxApplication* application) { applications.append(&application); }
+void fxExec::add(fxApplication* application) {
+    FX_CHECK_THREAD("fxExec");
+    FX_CHECK_NOT_NULL("fxExec", application);
+    applications.append(&application);
+}
 
-void fxExec::remove(fxApplication* application) { removeFirst(applications, &application); }
+void fxExec::remove(fxApplication* application) {
+    FX_CHECK_THREAD("fxExec");
+    removeFirst(applications, &application);
+}
 
 bool fxExec::contains(fxApplication* application) {
     return applications.find(&application) < applications.length();
@@ -123,14 +150,17 @@ void forEachApplication(const fxVoidPtrArray& applications, Call call) {
 }  // namespace
 
 void fxExec::initialize(int argc, char** argv) {
+    FX_CHECK_THREAD("fxExec");
     forEachApplication(applications, [&](fxApplication* a) { a->initialize(argc, argv); });
 }
 
 void fxExec::open() {
+    FX_CHECK_THREAD("fxExec");
     forEachApplication(applications, [](fxApplication* a) { a->open(); });
 }
 
 void fxExec::close() {
+    FX_CHECK_THREAD("fxExec");
     forEachApplication(applications, [](fxApplication* a) {
         if (a->isOpen())
             a->close();
@@ -138,6 +168,7 @@ void fxExec::close() {
 }
 
 void fxExec::loop() {
+    FX_CHECK_THREAD("fxExec");
     const float longestWait = 1000.0F;  // seconds
     do
         poll(longestWait);

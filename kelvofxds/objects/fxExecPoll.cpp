@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxExec.h"
@@ -54,6 +55,7 @@ void callAll(const fxStubFuncArray& functions) {
 }  // namespace
 
 void fxExec::poll(float timeout) {
+    FX_CHECK_THREAD("fxExec");
     if (dirty)
         updateSelectState();
     if (lowest != noHandlers) {
@@ -141,6 +143,7 @@ void fxExec::serveDescriptors(const Wait& wait) {
 }
 
 void fxExec::forget(const fxSelectHandler* h) {
+    FX_CHECK_THREAD("fxExec");
     for (fxSelectHandler*& handler : handlers) {
         if (handler == h)
             handler = nullptr;
@@ -152,6 +155,7 @@ void fxExec::forget(const fxSelectHandler* h) {
 }
 
 bool fxExec::willBlock() {
+    FX_CHECK_THREAD("fxExec");
     if (dirty)
         updateSelectState();
     if (lowest == noHandlers)

@@ -1,5 +1,6 @@
 #include "kelvofxds/objects/fxInputChannel.h"
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
@@ -48,6 +49,7 @@ void fxInputChannel::disconnect() {
 }
 
 void fxInputChannel::add(fxOutputChannel* out) {
+    FX_CHECK_NOT_NULL("fxInputChannel", out);
     if (!sources)
         sources = fxNew<fxVoidPtrArray>();
     sources->append(&out);
@@ -63,6 +65,8 @@ void fxInputChannel::remove(fxOutputChannel* out) {
 }
 
 void fxInputChannel::dec() {
+    FX_CHECK_THAT("fxInputChannel", count != 0,
+                  "count is 0: more references are given up than were taken");
     if (--count != 0)
         return;
     if (isLink())
@@ -75,7 +79,9 @@ void fxInputChannel::dec() {
 
 fxInputChannel* fxInputChannel::finalChannel() {
     fxInputChannel* channel = this;
-    while (channel->isLink())
+    while (channel->isLink()) {
+        FX_CHECK_NOT_NULL("fxInputChannel", channel->target);
         channel = static_cast<fxInputChannel*>(channel->target);
+    }
     return channel;
 }

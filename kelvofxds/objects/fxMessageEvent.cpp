@@ -1,9 +1,13 @@
 #include "kelvofxds/objects/fxMessageEvent.h"
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
 
 fxMessageEvent::fxMessageEvent(fxInputChannel* in, fxData* holder)
-    : fxEvent(fxET_MessageEvent), channel(in), data(holder) {
+    : fxEvent(fxET_MessageEvent),
+      channel((FX_CHECK_ARGUMENT("fxMessageEvent", in), in)),
+      data((FX_CHECK_ARGUMENT("fxMessageEvent", holder), holder)) {
+    FX_WHEN_CHECKED(fxMisuse::holds(data));
     ++channel->count;
     ++data->count;
 }

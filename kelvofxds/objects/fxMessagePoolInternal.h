@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFreeListInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTableOfInternal.h"
@@ -48,6 +49,7 @@ public:
     /// A message event of the holder `data` that nobody can tell from a new one.
     static fxMessageEvent* take(fxInputChannel* channel, fxData* data) {
         Message* e = takeBlank(channel);
+        FX_WHEN_CHECKED(fxMisuse::holds(data));
         e->data = data;
         ++data->count;
         return e;
@@ -131,6 +133,7 @@ private:
     }
 
     static void releaseData(fxData* data) {
+        FX_WHEN_CHECKED(fxMisuse::releases(data));
         if (--data->count == 0)
             delete data;
     }

@@ -1,6 +1,7 @@
 #include "kelvofxds/objects/fxObj.h"
 
 #include "kelvofxds/containers/fxTypedArrays.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
@@ -109,6 +110,7 @@ fxObj& fxObj::operator=(const fxObj&) { return *this; }
 fxObj::~fxObj() {
     if (properties == nobodysTarget())
         return;
+    FX_CHECK_LIVES("fxObj", count);
     if (fx_theEventHandler)
         fx_theEventHandler->removeEventsFor(this);
     if (properties) {
@@ -138,6 +140,8 @@ int fxObj::compare(const fxObj*) const {
 unsigned int fxObj::getNumberOfProperties() const { return properties ? properties->length() : 0; }
 
 fxProperty* fxObj::getProperty(unsigned int i) const {
+    if (properties)
+        FX_CHECK_BELOW(fxClassOf(*this), i, "number of properties", properties->length());
     return properties ? propertyAt(*properties, i) : nullptr;
 }
 
@@ -173,6 +177,8 @@ fxProperty* fxObj::findProperty(const char* name, unsigned int* index) const {
 }
 
 fxObj& fxObj::setProperty(fxProperty* property) {
+    FX_CHECK_LIVES("fxObj", count);
+    FX_CHECK_NOT_NULL(fxClassOf(*this), property);
     if (Removal* last = Removal::lastOf(this)) {
         last->releaseAtOnce(property);
         return *this;

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxShortCopyInternal.h"
@@ -160,12 +161,14 @@ struct Ends {
 }  // namespace
 
 void fxObj::connect(const char* outputName, fxObj* dst, const char* inputName) {
+    FX_CHECK_THREAD(fxClassOf(*this));
     const Ends ends("connect", *this, outputName, dst, inputName);
     if (ends.out && ends.in && !ends.out->isConnectedTo(ends.in))
         ends.out->add(ends.in);
 }
 
 void fxObj::disconnect(const char* outputName, fxObj* dst, const char* inputName) {
+    FX_CHECK_THREAD(fxClassOf(*this));
     const Ends ends("disconnect", *this, outputName, dst, inputName);
     if (ends.out && ends.in)
         ends.out->remove(ends.in);
@@ -272,33 +275,51 @@ void send(fxOutputChannel* out, fxObj::fxSendFlags flags, Value... value) {
 }  // namespace
 
 void fxObj::sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), out);
+    FX_CHECK_THREAD(fxClassOf(*this));
     if (!fx_theEventHandler && data && out->getNumberOfConnections() != 0)
         fxFatal(noToolkit);
-    if (fx_theEventHandler)
+    if (fx_theEventHandler) {
         fx_theEventHandler->postMessage(out, data, flags);
-    else
+    } else {
+        FX_WHEN_CHECKED(fxMisuse::forgets(data));
         delete data;
+    }
 }
 
-void fxObj::sendVoid(fxOutputChannel* out, fxSendFlags flags) { send<fxVoidData>(out, flags); }
+void fxObj::sendVoid(fxOutputChannel* out, fxSendFlags flags) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), out);
+    FX_CHECK_THREAD(fxClassOf(*this));
+    send<fxVoidData>(out, flags);
+}
 
 void fxObj::sendBool(fxOutputChannel* out, unsigned char value, fxSendFlags flags) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), out);
+    FX_CHECK_THREAD(fxClassOf(*this));
     send<fxBoolData>(out, flags, value);
 }
 
 void fxObj::sendInt(fxOutputChannel* out, int value, fxSendFlags flags) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), out);
+    FX_CHECK_THREAD(fxClassOf(*this));
     send<fxIntData>(out, flags, value);
 }
 
 void fxObj::sendLong(fxOutputChannel* out, long value, fxSendFlags flags) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), out);
+    FX_CHECK_THREAD(fxClassOf(*this));
     send<fxLongData>(out, flags, value);
 }
 
 void fxObj::sendFloat(fxOutputChannel* out, float value, fxSendFlags flags) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), out);
+    FX_CHECK_THREAD(fxClassOf(*this));
     send<fxFloatData>(out, flags, value);
 }
 
 void fxObj::sendDouble(fxOutputChannel* out, double value, fxSendFlags flags) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), out);
+    FX_CHECK_THREAD(fxClassOf(*this));
     send<fxDoubleData>(out, flags, value);
 }
 
@@ -309,6 +330,8 @@ const unsigned int shortText = 64;  // bytes, with the NUL
 // The receivers of a text share one copy, which they may write to. It goes with
 // its message, if there is but one.
 void fxObj::sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flags) {
+    FX_CHECK_NOT_NULL(fxClassOf(*this), out);
+    FX_CHECK_THREAD(fxClassOf(*this));
     if (!hasReceivers(out))
         return;
     const char* source = text ? text : "";

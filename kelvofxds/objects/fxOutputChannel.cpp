@@ -1,5 +1,6 @@
 #include "kelvofxds/objects/fxOutputChannel.h"
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
@@ -59,6 +60,8 @@ fxOutputChannel::~fxOutputChannel() {
 }
 
 void fxOutputChannel::add(fxInputChannel* in) {
+    FX_CHECK_NOT_NULL("fxOutputChannel", in);
+    FX_CHECK_THREAD("fxOutputChannel");
     in->add(this);
     fxInputChannel* element = in;
     if (type != in->getType() && in->getType() != fxDT_void) {
@@ -106,6 +109,7 @@ void fxOutputChannel::remove(fxInputChannel* in) {
 }
 
 fxInputChannel* fxOutputChannel::operator[](unsigned int index) {
+    FX_CHECK_BELOW("fxOutputChannel", index, "number of connections", getNumberOfConnections());
     return static_cast<fxInputChannel*>((*connections)[index]);
 }
 

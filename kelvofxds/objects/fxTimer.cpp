@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
@@ -331,6 +332,7 @@ fxTimer::fxTimer(unsigned char repeating)
       place(Places::take()),
       tickOut(nullptr),
       next(nullptr) {
+    FX_CHECK_THREAD("fxTimer");
     tickOut = addOutput(tickName, fxDT_void);
     KnownTimers::add({fxTickOutput::keyOf(*this), this, 0});
 }
@@ -408,6 +410,7 @@ void fxTimer::removeFromActiveList() {
 // Starting and stopping.
 
 void fxTimer::startTimer() {
+    FX_CHECK_THREAD("fxTimer");
     if (__builtin_expect(active, false))
         stopTimer();
     if (__builtin_expect(Alarm::depth == 0, true) || !Alarm::letWait(this))
@@ -415,6 +418,7 @@ void fxTimer::startTimer() {
 }
 
 void fxTimer::stopTimer() {
+    FX_CHECK_THREAD("fxTimer");
     if (active)
         removeFromActiveList();
 }
@@ -425,6 +429,7 @@ void fxTimer::startThoseWaiting() {
 }
 
 void fxTimer::alarm(float elapsed) {
+    FX_CHECK_THREAD("fxTimer");
     startThoseWaiting();
     elapsed = number(elapsed);
     Alarm alarm;
