@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
@@ -238,37 +239,48 @@ unsigned char readElements(fxBinaryReader& reader, fxBinaryConverter convert, El
 }
 }  // namespace
 
-unsigned char fxBinaryReader::xdr(char* elements, unsigned int n) { return readBytes(elements, n); }
+unsigned char fxBinaryReader::xdr(char* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryReader", elements, n);
+    return readBytes(elements, n);
+}
 
 unsigned char fxBinaryReader::xdr(unsigned char* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryReader", elements, n);
     return readBytes(reinterpret_cast<char*>(elements), n);
 }
 
 unsigned char fxBinaryReader::xdr(short* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryReader", elements, n);
     return readElements(*this, shortsConv, elements, n);
 }
 
 unsigned char fxBinaryReader::xdr(unsigned short* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryReader", elements, n);
     return readElements(*this, shortsConv, elements, n);
 }
 
 unsigned char fxBinaryReader::xdr(long* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryReader", elements, n);
     return readElements(*this, longsConv, elements, n);
 }
 
 unsigned char fxBinaryReader::xdr(unsigned long* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryReader", elements, n);
     return readElements(*this, longsConv, elements, n);
 }
 
 unsigned char fxBinaryReader::xdr(float* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryReader", elements, n);
     return readElements(*this, floatsConv, elements, n);
 }
 
 unsigned char fxBinaryReader::xdr(double* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryReader", elements, n);
     return readElements(*this, doublesConv, elements, n);
 }
 
 unsigned char fxBinaryReader::xdr(fxStr* strings, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryReader", strings, n);
     for (unsigned int i = 0; i < n; ++i) {
         if (!strings[i].xdr(*this))
             return 0;
@@ -279,37 +291,51 @@ unsigned char fxBinaryReader::xdr(fxStr* strings, unsigned int n) {
 // Pointers to blocks. How long a block is the stream says.
 
 unsigned char fxBinaryReader::xdr(char** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", block);
     return readPrimPointer(block, n);
 }
 
 unsigned char fxBinaryReader::xdr(unsigned char** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", block);
     return readPrimPointer(block, n);
 }
 
 unsigned char fxBinaryReader::xdr(short** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", block);
     return readPrimPointer(block, fxBytesOf<short>(n));
 }
 
 unsigned char fxBinaryReader::xdr(unsigned short** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", block);
     return readPrimPointer(block, fxBytesOf<unsigned short>(n));
 }
 
 unsigned char fxBinaryReader::xdr(long** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", block);
     return readPrimPointer(block, fxBytesOf<long>(n));
 }
 
 unsigned char fxBinaryReader::xdr(unsigned long** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", block);
     return readPrimPointer(block, fxBytesOf<unsigned long>(n));
 }
 
 unsigned char fxBinaryReader::xdr(float** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", block);
     return readPrimPointer(block, fxBytesOf<float>(n));
 }
 
 unsigned char fxBinaryReader::xdr(double** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", block);
     return readPrimPointer(block, fxBytesOf<double>(n));
 }
 
-unsigned char fxBinaryReader::xdr(char** text) { return readPrimPointer(text, 0); }
+unsigned char fxBinaryReader::xdr(char** text) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", text);
+    return readPrimPointer(text, 0);
+}
 
-unsigned char fxBinaryReader::xdr(unsigned char** text) { return readPrimPointer(text, 0); }
+unsigned char fxBinaryReader::xdr(unsigned char** text) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", text);
+    return readPrimPointer(text, 0);
+}

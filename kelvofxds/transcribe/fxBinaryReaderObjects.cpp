@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
@@ -288,6 +289,7 @@ unsigned char fxBinaryReader::readPrimPointer(void* field, unsigned int length) 
 }
 
 unsigned char fxBinaryReader::xdr(void* field, fxXDRObj*, fxTypeObj&, fxXDRObj*, void*) {
+    FX_CHECK_NOT_NULL("fxBinaryReader", field);
     fxBinaryReaderItem item;
     item.field = static_cast<void**>(field);
     item.target = fxBinaryReaderItem::objectTarget;
@@ -307,6 +309,7 @@ unsigned char fxBinaryReader::xdr(void* field, fxXDRObj*, fxTypeObj&, fxXDRObj*,
 unsigned char fxBinaryReader::xdr(fxTypeObj& type, void* previous, void* address) {
     if (previous == address)
         return 1;
+    FX_CHECK_NOT_NULL("fxBinaryReader", address);
     if (!fill())
         return 0;
     if (tag == fxOT_Embedded) {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxShortCopyInternal.h"
@@ -222,6 +223,7 @@ inline unsigned char fxBinaryWriter::writeInPlace(const char* data, unsigned int
 }
 
 unsigned char fxBinaryWriter::writeBytes(char* data, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", data, n);
     while (n != 0) {
         if (payloadCount == capacity && !writePending())
             return 0;
@@ -288,6 +290,7 @@ unsigned char fxBinaryWriter::writePrimPointer(void* address, unsigned int lengt
 // Objects.
 
 unsigned char fxBinaryWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxXDRObj*, void*) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", field);
     void* address = fxPointerIn(field);
     if (!address)
         return writeNullPointer();
@@ -308,6 +311,7 @@ unsigned char fxBinaryWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxX
 unsigned char fxBinaryWriter::xdr(fxTypeObj& type, void* previous, void* address) {
     if (previous == address)
         return 1;
+    FX_CHECK_NOT_NULL("fxBinaryWriter", address);
     if (!writePending())
         return 0;
     fxObjectTable::Entry& entry = index->entryOf(address);
@@ -395,38 +399,53 @@ unsigned char writeText(fxBinaryWriter& writer, const void* field) {
 }  // namespace
 
 unsigned char fxBinaryWriter::xdr(char* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", elements, n);
     return writeElements(*this, elements, n);
 }
 
 unsigned char fxBinaryWriter::xdr(unsigned char* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", elements, n);
     return writeElements(*this, elements, n);
 }
 
 unsigned char fxBinaryWriter::xdr(short* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", elements, n);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(*elements));
     return writeElements(*this, elements, n);
 }
 
 unsigned char fxBinaryWriter::xdr(unsigned short* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", elements, n);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(*elements));
     return writeElements(*this, elements, n);
 }
 
 unsigned char fxBinaryWriter::xdr(long* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", elements, n);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(*elements));
     return writeElements(*this, elements, n);
 }
 
 unsigned char fxBinaryWriter::xdr(unsigned long* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", elements, n);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(*elements));
     return writeElements(*this, elements, n);
 }
 
 unsigned char fxBinaryWriter::xdr(float* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", elements, n);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(*elements));
     return writeElements(*this, elements, n);
 }
 
 unsigned char fxBinaryWriter::xdr(double* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", elements, n);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(*elements));
     return writeElements(*this, elements, n);
 }
 
 unsigned char fxBinaryWriter::xdr(fxStr* strings, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxBinaryWriter", strings, n);
     for (unsigned int i = 0; i < n; ++i) {
         if (!strings[i].xdr(*this))
             return 0;
@@ -437,37 +456,57 @@ unsigned char fxBinaryWriter::xdr(fxStr* strings, unsigned int n) {
 // Pointers to blocks.
 
 unsigned char fxBinaryWriter::xdr(char** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", block);
     return writePointer(*this, block, n, fxOT_Bytes);
 }
 
 unsigned char fxBinaryWriter::xdr(unsigned char** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", block);
     return writePointer(*this, block, n, fxOT_Bytes);
 }
 
 unsigned char fxBinaryWriter::xdr(short** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", block);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(**block));
     return writePointer(*this, block, n, fxOT_Shorts);
 }
 
 unsigned char fxBinaryWriter::xdr(unsigned short** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", block);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(**block));
     return writePointer(*this, block, n, fxOT_Shorts);
 }
 
 unsigned char fxBinaryWriter::xdr(long** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", block);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(**block));
     return writePointer(*this, block, n, fxOT_Longs);
 }
 
 unsigned char fxBinaryWriter::xdr(unsigned long** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", block);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(**block));
     return writePointer(*this, block, n, fxOT_Longs);
 }
 
 unsigned char fxBinaryWriter::xdr(float** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", block);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(**block));
     return writePointer(*this, block, n, fxOT_Floats);
 }
 
 unsigned char fxBinaryWriter::xdr(double** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", block);
+    FX_CHECK_COUNT("fxBinaryWriter", n, sizeof(**block));
     return writePointer(*this, block, n, fxOT_Doubles);
 }
 
-unsigned char fxBinaryWriter::xdr(char** text) { return writeText(*this, text); }
+unsigned char fxBinaryWriter::xdr(char** text) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", text);
+    return writeText(*this, text);
+}
 
-unsigned char fxBinaryWriter::xdr(unsigned char** text) { return writeText(*this, text); }
+unsigned char fxBinaryWriter::xdr(unsigned char** text) {
+    FX_CHECK_NOT_NULL("fxBinaryWriter", text);
+    return writeText(*this, text);
+}

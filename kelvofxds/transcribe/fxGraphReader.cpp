@@ -8,6 +8,7 @@
 #include <new>
 #include <utility>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/str/fxStackBuffer.h"
@@ -410,14 +411,17 @@ bool readElements(Root& root, void* elements, unsigned int bytes) {
 }  // namespace
 
 unsigned char fxGraphReader::xdr(char* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphReader", elements, n);
     return readElements(*root, elements, n);
 }
 
 unsigned char fxGraphReader::xdr(unsigned char* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphReader", elements, n);
     return readElements(*root, elements, n);
 }
 
 unsigned char fxGraphReader::xdr(short* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphReader", elements, n);
     if (!readElements(*root, elements, fxBytesOf<short>(n)))
         return 0;
     convertShorts(root->shorts, reinterpret_cast<char*>(elements), fxBytesOf<short>(n));
@@ -429,6 +433,7 @@ unsigned char fxGraphReader::xdr(unsigned short* elements, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(long* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphReader", elements, n);
     if (!readElements(*root, elements, fxBytesOf<long>(n)))
         return 0;
     if (root->longs != Order::same)
@@ -445,6 +450,7 @@ unsigned char fxGraphReader::xdr(float* elements, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(double* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphReader", elements, n);
     if (!readElements(*root, elements, fxBytesOf<double>(n)))
         return 0;
     convertDoubles(root->longs, reinterpret_cast<char*>(elements), fxBytesOf<double>(n));
@@ -452,6 +458,7 @@ unsigned char fxGraphReader::xdr(double* elements, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(fxStr* strings, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphReader", strings, n);
     for (unsigned int i = 0; i < n; ++i) {
         if (!strings[i].xdr(*this))
             return 0;
@@ -463,6 +470,7 @@ unsigned char fxGraphReader::xdr(fxStr* strings, unsigned int n) {
 // streams.
 
 unsigned char fxGraphReader::xdr(char** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphReader", block);
     Root& r = *root;
     if (!r.isOpen())
         return 0;
@@ -482,10 +490,12 @@ unsigned char fxGraphReader::xdr(char** block, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(unsigned char** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphReader", block);
     return root->isOpen() && root->point(block, fxOT_Bytes, n, false, false);
 }
 
 unsigned char fxGraphReader::xdr(short** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphReader", block);
     return root->isOpen() && root->point(block, fxOT_Shorts, fxBytesOf<short>(n), false, false);
 }
 
@@ -494,6 +504,7 @@ unsigned char fxGraphReader::xdr(unsigned short** block, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(long** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphReader", block);
     return root->isOpen() && root->point(block, fxOT_Longs, fxBytesOf<long>(n), false, false);
 }
 
@@ -506,23 +517,28 @@ unsigned char fxGraphReader::xdr(float** block, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(double** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphReader", block);
     return root->isOpen() && root->point(block, fxOT_Doubles, fxBytesOf<double>(n), false, false);
 }
 
 unsigned char fxGraphReader::xdr(char** text) {
+    FX_CHECK_NOT_NULL("fxGraphReader", text);
     return root->isOpen() && root->point(text, fxOT_Bytes, 0, true, false);
 }
 
 unsigned char fxGraphReader::xdr(unsigned char** text) {
+    FX_CHECK_NOT_NULL("fxGraphReader", text);
     return root->isOpen() && root->point(text, fxOT_Bytes, 0, true, false);
 }
 
 // Objects.
 
 unsigned char fxGraphReader::xdr(void* field, fxXDRObj*, fxTypeObj& type, fxXDRObj*, void*) {
+    FX_CHECK_NOT_NULL("fxGraphReader", field);
     return root->isOpen() && root->pointToObject(field, type);
 }
 
 unsigned char fxGraphReader::xdr(fxTypeObj& type, void* previous, void* address) {
+    FX_CHECK_THAT("fxGraphReader", address || !previous, "address is null");
     return previous == address || (root->isOpen() && root->embed(type, address));
 }

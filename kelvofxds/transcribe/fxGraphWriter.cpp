@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/core/fxXDRObj.h"
@@ -318,6 +319,7 @@ unsigned char fxGraphWriter::writeObject(void* address, fxXDRObj* object) {
 // Objects.
 
 unsigned char fxGraphWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxXDRObj*, void*) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", field);
     Root& r = *root;
     void* const address = fxPointerIn(field);
     if (!r.isOpen())
@@ -345,6 +347,7 @@ unsigned char fxGraphWriter::xdr(void* field, fxXDRObj* object, fxTypeObj&, fxXD
 unsigned char fxGraphWriter::xdr(fxTypeObj& type, void* previous, void* address) {
     if (previous == address)
         return 1;
+    FX_CHECK_NOT_NULL("fxGraphWriter", address);
     Root& r = *root;
     std::uint32_t typeNumber = 0;
     if (!r.isOpen() || !r.defineType(type, typeNumber))
@@ -370,37 +373,48 @@ unsigned char fxGraphWriter::xdr(fxTypeObj& type, void* previous, void* address)
 
 // Elements in place.
 
-unsigned char fxGraphWriter::xdr(char* elements, unsigned int n) { return root->add(elements, n); }
+unsigned char fxGraphWriter::xdr(char* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphWriter", elements, n);
+    return root->add(elements, n);
+}
 
 unsigned char fxGraphWriter::xdr(unsigned char* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphWriter", elements, n);
     return root->add(elements, n);
 }
 
 unsigned char fxGraphWriter::xdr(short* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphWriter", elements, n);
     return root->add(elements, fxBytesOf<short>(n));
 }
 
 unsigned char fxGraphWriter::xdr(unsigned short* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphWriter", elements, n);
     return root->add(elements, fxBytesOf<short>(n));
 }
 
 unsigned char fxGraphWriter::xdr(long* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphWriter", elements, n);
     return root->add(elements, fxBytesOf<long>(n));
 }
 
 unsigned char fxGraphWriter::xdr(unsigned long* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphWriter", elements, n);
     return root->add(elements, fxBytesOf<long>(n));
 }
 
 unsigned char fxGraphWriter::xdr(float* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphWriter", elements, n);
     return root->add(elements, fxBytesOf<float>(n));
 }
 
 unsigned char fxGraphWriter::xdr(double* elements, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphWriter", elements, n);
     return root->add(elements, fxBytesOf<double>(n));
 }
 
 unsigned char fxGraphWriter::xdr(fxStr* strings, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxGraphWriter", strings, n);
     for (unsigned int i = 0; i < n; ++i) {
         if (!strings[i].xdr(*this))
             return 0;
@@ -411,44 +425,54 @@ unsigned char fxGraphWriter::xdr(fxStr* strings, unsigned int n) {
 // Pointers to blocks. A string's text is in place.
 
 unsigned char fxGraphWriter::xdr(char** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", block);
     if (isStringBuffer())
         return root->add(*block, n);
     return root->putBlock(*block, n, fxOT_Bytes);
 }
 
 unsigned char fxGraphWriter::xdr(unsigned char** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", block);
     return root->putBlock(*block, n, fxOT_Bytes);
 }
 
 unsigned char fxGraphWriter::xdr(short** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", block);
     return root->putBlock(*block, fxBytesOf<short>(n), fxOT_Shorts);
 }
 
 unsigned char fxGraphWriter::xdr(unsigned short** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", block);
     return root->putBlock(*block, fxBytesOf<short>(n), fxOT_Shorts);
 }
 
 unsigned char fxGraphWriter::xdr(long** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", block);
     return root->putBlock(fxPointerIn(block), fxBytesOf<long>(n), fxOT_Longs);
 }
 
 unsigned char fxGraphWriter::xdr(unsigned long** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", block);
     return root->putBlock(fxPointerIn(block), fxBytesOf<long>(n), fxOT_Longs);
 }
 
 unsigned char fxGraphWriter::xdr(float** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", block);
     return root->putBlock(*block, fxBytesOf<float>(n), fxOT_Floats);
 }
 
 unsigned char fxGraphWriter::xdr(double** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", block);
     return root->putBlock(*block, fxBytesOf<double>(n), fxOT_Doubles);
 }
 
 unsigned char fxGraphWriter::xdr(char** text) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", text);
     return root->putBlock(*text, *text ? fxSizeWithNul(*text) : 0, fxOT_Bytes);
 }
 
 unsigned char fxGraphWriter::xdr(unsigned char** text) {
+    FX_CHECK_NOT_NULL("fxGraphWriter", text);
     void* const address = fxPointerIn(text);
     const unsigned int size = address ? fxSizeWithNul(static_cast<const char*>(address)) : 0;
     return root->putBlock(address, size, fxOT_Bytes);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 
 namespace {
@@ -21,7 +22,9 @@ fxMemoryStream::fxMemoryStream(const void* others, unsigned int length)
       used(length),
       room(0),
       place(0),
-      isOwn(false) {}
+      isOwn(false) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", others, length);
+}
 
 fxMemoryStream::~fxMemoryStream() { std::free(block); }
 
@@ -91,36 +94,62 @@ unsigned char fxMemoryStream::put(const Item* items, unsigned int n) {
     return 1;
 }
 
-unsigned char fxMemoryStream::getBytes(char* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxMemoryStream::getBytes(char* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
+    return get(buffer, n);
+}
 
-unsigned char fxMemoryStream::getShorts(short* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxMemoryStream::getShorts(short* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
+    return get(buffer, n);
+}
 
-unsigned char fxMemoryStream::getInts(int* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxMemoryStream::getInts(int* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
+    return get(buffer, n);
+}
 
-unsigned char fxMemoryStream::getLongs(long* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxMemoryStream::getLongs(long* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
+    return get(buffer, n);
+}
 
-unsigned char fxMemoryStream::getFloats(float* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxMemoryStream::getFloats(float* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
+    return get(buffer, n);
+}
 
-unsigned char fxMemoryStream::getDoubles(double* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxMemoryStream::getDoubles(double* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
+    return get(buffer, n);
+}
 
 unsigned char fxMemoryStream::putBytes(const char* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
     return put(buffer, n);
 }
 
 unsigned char fxMemoryStream::putShorts(const short* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
     return put(buffer, n);
 }
 
-unsigned char fxMemoryStream::putInts(const int* buffer, unsigned int n) { return put(buffer, n); }
+unsigned char fxMemoryStream::putInts(const int* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
+    return put(buffer, n);
+}
 
 unsigned char fxMemoryStream::putLongs(const long* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
     return put(buffer, n);
 }
 
 unsigned char fxMemoryStream::putFloats(const float* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
     return put(buffer, n);
 }
 
 unsigned char fxMemoryStream::putDoubles(const double* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxMemoryStream", buffer, n);
     return put(buffer, n);
 }

@@ -4,6 +4,7 @@
 #include <stdio_ext.h>
 #include <unistd.h>
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTableOfInternal.h"
 #include "kelvofxds/transcribe/fxPieceInternal.h"
@@ -129,6 +130,7 @@ unsigned char fxStdioStream::put(const Item* items, unsigned int n) {
 }
 
 unsigned char fxStdioStream::getBytes(char* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
     if (n != 1 || !fp)
         return get(buffer, n);
     const int c = ::getc_unlocked(fp);
@@ -138,34 +140,69 @@ unsigned char fxStdioStream::getBytes(char* buffer, unsigned int n) {
     return 1;
 }
 
-unsigned char fxStdioStream::getShorts(short* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxStdioStream::getShorts(short* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
+    return get(buffer, n);
+}
 
-unsigned char fxStdioStream::getInts(int* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxStdioStream::getInts(int* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
+    return get(buffer, n);
+}
 
-unsigned char fxStdioStream::getLongs(long* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxStdioStream::getLongs(long* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
+    return get(buffer, n);
+}
 
-unsigned char fxStdioStream::getFloats(float* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxStdioStream::getFloats(float* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
+    return get(buffer, n);
+}
 
-unsigned char fxStdioStream::getDoubles(double* buffer, unsigned int n) { return get(buffer, n); }
+unsigned char fxStdioStream::getDoubles(double* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
+    return get(buffer, n);
+}
 
 unsigned char fxStdioStream::putBytes(const char* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
     if (n != 1 || !fp || !fxPiece::Collecting::handOverTo(this))
         return put(buffer, n);
     return ::putc_unlocked(static_cast<unsigned char>(*buffer), fp) != EOF;
 }
 
 unsigned char fxStdioStream::putShorts(const short* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
     return put(buffer, n);
 }
 
-unsigned char fxStdioStream::putInts(const int* buffer, unsigned int n) { return put(buffer, n); }
+unsigned char fxStdioStream::putInts(const int* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
+    return put(buffer, n);
+}
 
-unsigned char fxStdioStream::putLongs(const long* buffer, unsigned int n) { return put(buffer, n); }
+unsigned char fxStdioStream::putLongs(const long* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
+    return put(buffer, n);
+}
 
 unsigned char fxStdioStream::putFloats(const float* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
     return put(buffer, n);
 }
 
 unsigned char fxStdioStream::putDoubles(const double* buffer, unsigned int n) {
+    FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
+    FX_CHECK_COUNT("fxStdioStream", n, sizeof(*buffer));
     return put(buffer, n);
 }

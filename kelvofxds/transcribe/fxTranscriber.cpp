@@ -1,5 +1,6 @@
 #include "kelvofxds/transcribe/fxTranscriber.h"
 
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxTypeObj.h"
 #include "kelvofxds/str/fxStackBuffer.h"
 #include "kelvofxds/transcribe/fxContentsInternal.h"
@@ -10,12 +11,15 @@ fxTranscriber::fxTranscriber()
     : reading(0), stringBuffer(0), traits(0), version(0), stream(nullptr) {}
 
 fxTranscriber::~fxTranscriber() {
+    FX_CHECK_LIVES("fxTranscriber", fxRCObj::count);
+    FX_WHEN_CHECKED(fxMisuse::releases(stream));
     if (stream && --stream->count == 0)
         delete stream;
 }
 
 void fxTranscriber::holdStream(fxStream* s) {
     stream = s;
+    FX_WHEN_CHECKED(fxMisuse::holds(stream));
     if (stream)
         ++stream->count;
 }
@@ -29,6 +33,7 @@ unsigned int fxTranscriber::objectVersion() const { return fxContents::versionOf
 
 unsigned char fxXdrContents(fxTypeObj& type, void* object, fxTranscriber& t,
                             unsigned char (*contents)(void*, fxTranscriber&)) {
+    FX_CHECK_NOT_NULL("fxTranscriber", contents);
     if (fxContents::tellsVersions(t))
         return contents(object, t);
     return fxContents::withVersion(t, type.version, [=, &t] { return contents(object, t); });
@@ -51,6 +56,7 @@ unsigned char fxTranscriber::xdr(unsigned int** block, unsigned int n) {
 }
 
 unsigned char readNullTerminatedString(fxStream* stream, fxStackBuffer& buffer) {
+    FX_CHECK_NOT_NULL("fxStream", stream);
     char c = 0;
     do {
         if (!stream->getBytes(&c, 1) || !buffer.tryAddc(c))

@@ -1,6 +1,7 @@
 // fxTranscriberFactory.cpp - making writers, and readers from stream headers.
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
+#include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxOrderedGlobal.h"
@@ -23,6 +24,7 @@ fxTranscriber* fxTranscriber::makeDefaultWriter(fxStream* stream) {
 }
 
 void fxTranscriber::changeDefaultWriter(fxTranscriber* (*factory)(fxStream*)) {
+    FX_CHECK_THREAD("fxTranscriber");
     if (factory)
         makeWriter = factory;
 }
@@ -31,6 +33,8 @@ void fxTranscriber::resetToDefaultWriter() { makeWriter = makeDefaultWriter; }
 
 void fxTranscriber::addTranscriber(const char* name,
                                    fxTranscriber* (*factory)(fxStream*, short, long, const char*)) {
+    FX_CHECK_THREAD("fxTranscriber");
+    FX_CHECK_NOT_NULL("fxTranscriber", name);
     if (!readers)
         readers = fxNew<fxVoidPtrDict>(0U);
     readers->add(name, reinterpret_cast<void*>(factory));
