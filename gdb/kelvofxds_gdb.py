@@ -1,7 +1,8 @@
 """kelvofxds in gdb: values that read as what they are, and the commands "fx ...".
 
 gdb loads this file by itself with an installed library, see docs/debugging.md;
-"source kelvofxds_gdb.py" loads it by hand.
+"source kelvofxds_gdb.py" loads it by hand. It is one file, long as it is, because gdb
+finds scripts by the name of the library's file, and because it is to be copied.
 
 The classes of the library with virtual functions are described in the library's
 debug information alone, which hosts seldom have: to gdb they are incomplete. So
@@ -29,6 +30,8 @@ LAYOUT = {
     "fxStr.size": 8,
     "fxTempStr.data": 100,
     "fxTempStr.slength": 104,
+    "fxStackBuffer.next": 1000,
+    "fxStackBuffer.base": 1008,
     "fxArray.data": 8,
     "fxArray.maxLen": 12,
     "fxArray.len": 16,
@@ -85,6 +88,7 @@ LAYOUT = {
     "fxInputChannel.flags": 8,
     "fxInputChannel.pending": 12,
     "fxInputChannel.sources": 20,
+    "fxOwnInput.owner": 24,
     "fxOutputChannel.type": 0,
     "fxOutputChannel.connections": 4,
     "fxEvent.next": 12,
@@ -129,6 +133,15 @@ VALUE_TYPES = [
     ("DataPtr", ""),
     ("fxStrArray", ""),
 ]
+
+# How the types are shown that are not called in C++ what their codes are called.
+SHOWN_TYPES = {
+    "fxBool": "bool",
+    "CharPtr": "char*",
+    "VoidPtr": "void*",
+    "ObjPtr": "fxObj*",
+    "DataPtr": "fxData*",
+}
 
 # The base of each class, which an incomplete type does not tell.
 BASES = {
@@ -217,6 +230,7 @@ ELEMENTS = {
 
 LATEST_ONLY = 1  # in an input's flags
 LINK = 2
+OWN = 0x80000000  # an fxOwnInput, which knows the object that it receives for
 TYPE_SHIFT = 2
 OBJECT_LIMIT = 1000  # that a command looks at
 FRAME_LIMIT = 50
@@ -611,7 +625,7 @@ class View:
         return "%s, count %d" % (self.name, self.at("fxRCObj.count", "int"))
 
     def items(self):
-        return iter(())
+        return self.own_fields()
 
     def own_fields(self):
         return fields_of(self.whole, self.type)
@@ -629,6 +643,25 @@ class Text(View):
 class TemporaryText(Text):
     def summary(self):
         return string(*text_of(self.address, "fxTempStr.slength", "fxTempStr.data"))
+
+
+class Buffer(Text):
+    def summary(self):
+        base, end = self.at("fxStackBuffer.base"), self.at("fxStackBuffer.next")
+        if not base or end < base:
+            raise Damaged("not constructed: bytes from 0x%x to 0x%x" % (base, end))
+        return string(base, end - base)
+
+
+class ReturnedText(Text):
+    """An fxStr that is not in memory, but what a function returned."""
+
+    def __init__(self, value):
+        super().__init__(0, "fxStr", None, "fxStr")
+        self.value = value
+
+    def summary(self):
+        return string(int(self.value["data"]), int(self.value["slength"]) - 1)
 
 
 def array_at(address):
@@ -802,9 +835,15 @@ class DictionaryIter(View):
             return "%s between entries" % self.name
         return "%s on %s" % (self.name, self.place(owner, bucket))
 
+    def container(self, owner, kind):
+        view = view_of_object(owner)
+        if not isinstance(view, kind):
+            raise Damaged("of a %s at 0x%x" % (view.name, owner))
+        return view
+
     def place(self, owner, bucket):
         at = get(bucket, "fxDictBucket.kvmem")
-        view = view_of_object(owner)
+        view = self.container(owner, Dictionary)
         value = at + get(owner, "fxDictionary.keySize")
         return "[%s] = %s" % (flat(view.key(at)), flat(view.value(value)))
 
@@ -838,7 +877,7 @@ class SetIter(DictionaryIter):
     dictionary, flags, bucket = "fxSetIter.set", "fxSetIter.flags", "fxSetIter.bucket"
 
     def place(self, owner, bucket):
-        return flat(view_of_object(owner).key(get(bucket, "fxSetBucket.key")))
+        return flat(self.container(owner, Set).key(get(bucket, "fxSetBucket.key")))
 
 
 class List(View):
@@ -931,6 +970,10 @@ def type_name(code):
     return VALUE_TYPES[code][0] if code < len(VALUE_TYPES) else "type %d" % code
 
 
+def shown_type(code):
+    return SHOWN_TYPES.get(type_name(code), type_name(code))
+
+
 def held(code, at):
     """The value of a type at an address, as in a holder or a property."""
     name, plain = VALUE_TYPES[code] if code < len(VALUE_TYPES) else ("", "")
@@ -957,17 +1000,14 @@ def value_in_holder(holder):
     field = "fx%sData.value" % {"fxBool": "Bool", "fxStr": "Str", "fxStrArray": "StrArray"}.get(
         name, name[:1].upper() + name[1:])
     if field not in LAYOUT:
-        return name
-    return of_type(name, flat(held(code, holder + offset(field))))
+        return shown_type(code)
+    return of_type(shown_type(code), flat(held(code, holder + offset(field))))
 
 
 class Holder(View):
     def summary(self):
         return "%s, %s, count %d" % (
             self.name, value_in_holder(self.address), self.at("fxData.count"))
-
-    def items(self):
-        return self.own_fields()
 
 
 def property_name(tag):
@@ -985,26 +1025,25 @@ def value_in_property(property_):
     code = get_short(property_, "fxProperty.type")
     at = property_ + offset("fxProperty.value")
     name = type_name(code)
+    shown_name = shown_type(code)
     if name == "fxStr":
         return "fxStr " + quoted(*text_of(word(at)))
     if name in ("VoidPtr", "ObjPtr", "DataPtr"):
         address = word(at)
         if not address:
-            return name + " null"
-        if name == "DataPtr":
-            return "DataPtr to " + value_in_holder(address)
-        return "ObjPtr to " + label(address) if name == "ObjPtr" else "VoidPtr 0x%x" % address
+            return shown_name + " null"
+        if name == "VoidPtr":
+            return "void* 0x%x" % address
+        return "%s to %s" % (
+            shown_name, value_in_holder(address) if name == "DataPtr" else label(address))
     value = held(code, at)
-    return name if value is None else of_type(name, flat(value))
+    return shown_name if value is None else of_type(shown_name, flat(value))
 
 
 class Property(View):
     def summary(self):
         tag = self.at("fxProperty.tag", "unsigned short")
         return "%s %s, %s" % (self.name, property_name(tag), value_in_property(self.address))
-
-    def items(self):
-        return self.own_fields()
 
 
 # --- objects and their wiring -------------------------------------------------------
@@ -1037,7 +1076,7 @@ def channels_of(address, which):
 
 
 def input_type(channel):
-    return type_name(get(channel, "fxInputChannel.flags") >> TYPE_SHIFT & 0xFFFF)
+    return shown_type(get(channel, "fxInputChannel.flags") >> TYPE_SHIFT & 0xFFFF)
 
 
 def final_channel(channel):
@@ -1046,6 +1085,13 @@ def final_channel(channel):
             return channel
         channel = get(channel, "fxInputChannel.target")
     raise Damaged("conversion links without end")
+
+
+def receiver_of(channel):
+    """The object that an input is for, as far as the input tells."""
+    if get(channel, "fxInputChannel.flags") & OWN:
+        return get(channel, "fxOwnInput.owner")
+    return get(channel, "fxInputChannel.target")
 
 
 def connections_of(output):
@@ -1059,7 +1105,7 @@ def sources_of(channel):
 
 
 def output_type(output):
-    return type_name(get_short(output, "fxOutputChannel.type"))
+    return shown_type(get_short(output, "fxOutputChannel.type"))
 
 
 class Wiring:
@@ -1095,7 +1141,7 @@ class Wiring:
         for name, channel in channels_of(address, "outputs"):
             self.outputs[channel] = (address, name)
             for connection in connections_of(channel):
-                found.append(get(final_channel(connection), "fxInputChannel.target"))
+                found.append(receiver_of(final_channel(connection)))
         return found
 
     def add_everything(self):
@@ -1120,7 +1166,7 @@ class Wiring:
         for event in queued_events():
             channel = channel_of_event(event)
             if channel:
-                self.add(get(final_channel(channel), "fxInputChannel.target"))
+                self.add(receiver_of(final_channel(channel)))
 
     def add_variables(self):
         frame = gdb.newest_frame()
@@ -1192,7 +1238,7 @@ class Wiring:
 
     def input(self, channel):
         """The input at the end of a connection."""
-        target = get(channel, "fxInputChannel.target")
+        target = receiver_of(channel)
         if channel not in self.inputs and target:
             self.add(target)
         if channel in self.inputs:
@@ -1391,6 +1437,7 @@ VIEWS = {
     "fxRCObj": View,
     "fxStr": Text,
     "fxTempStr": TemporaryText,
+    "fxStackBuffer": Buffer,
     "fxArray": Array,
     "fxStrArray": StrArray,
     "fxSeqRangeArray": RangeArray,
@@ -1550,8 +1597,11 @@ def printer_of(value):
     found = library_base(type_)
     if not found:
         return Fields(value) if has_incomplete_fields(type_) else None
-    if value.is_optimized_out or value.address is None:
+    if value.is_optimized_out:
         return None
+    if value.address is None:
+        is_text = found[0] == "fxStr" and not is_incomplete(found[1])
+        return Short(ReturnedText(value)) if is_text else None
     address = int(value.address)
     try:
         view = view_of(address, type_, found)

@@ -40,7 +40,9 @@ void texts() {
     const Title title("Dr");
     fxPath path("/usr/bin/env");
     const fxTempStr joined = name | " and " | "Bob";
-    keep(name, empty, reference, pointer, longOne, title, path, joined);
+    fxStackBuffer buffer;
+    buffer.put("bytes", 5);
+    keep(name, empty, reference, pointer, longOne, title, path, joined, buffer);
     atTexts(1);
 }
 
@@ -55,6 +57,13 @@ Array made(Value... value) {
 struct Place {
     fxStr street;
     int number = 0;
+};
+
+// Derived from what has no view of its own.
+class Chapter : public fxXDRObj {
+public:
+    fxStr title{"One"};
+    fxStrArray lines;
 };
 
 class Pages : public fxIntArray {
@@ -94,10 +103,11 @@ void arrays() {
     pages.append(&page);
     Card card;
     card.lines.append("Hello");
+    Chapter chapter;
     const fxArray& base = ints;
     fxArray* pointer = &strings;
     keep(none, bools, chars, shorts, longs, floats, doubles, bytes, words, sizes, pointers, own,
-         places, tables, pages, card, base, pointer);
+         places, tables, pages, card, chapter, base, pointer);
     atArrays(1);
 }
 
@@ -201,6 +211,9 @@ void values() {
     const fxData& base = number;
     fxProperty size(fxProperty::allocNewTag("size"), 12L);
     fxProperty title(fxProperty::allocNewTag("title"), fxStr("Dr"));
+    fxProperty place(fxProperty::allocNewTag("place"), static_cast<void*>(nullptr), nullptr);
+    fxProperty holder(fxProperty::allocNewTag("holder"), new fxIntData(8));
+    fxProperty owner(fxProperty::allocNewTag("owner"), new fxObj);
     fxSequencer codes;
     codes();
     codes();

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -16,6 +17,10 @@
 
 #include "kelvofxds/kelvofxds.h"
 #include "kelvofxds/values/fxValueTypesInternal.h"
+#if __has_include("kelvofxds/objects/fxInputFunction.h")
+#include "kelvofxds/objects/fxInputFunction.h"
+#define HAS_OWN_INPUTS
+#endif
 
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"  // classes with tables; compilers define this
 
@@ -35,6 +40,13 @@ struct fxTempStrLayout {
     static void enter(Offsets& offsets) {
         AT(fxTempStr, data);
         AT(fxTempStr, slength);
+    }
+};
+
+struct fxStackBufferLayout {
+    static void enter(Offsets& offsets) {
+        AT(fxStackBuffer, next);
+        AT(fxStackBuffer, base);
     }
 };
 
@@ -207,11 +219,47 @@ void enterPublicFields(Offsets& offsets) {
     offsets["fxRef.pointer"] = 0;
 }
 
+#ifdef HAS_OWN_INPUTS
+// An input that knows its owner.
+class OwnInput : public fxOwnInput {
+public:
+    OwnInput() : fxOwnInput(fxDT_void, nullptr, false, nullptr) {}
+
+    // Where it keeps the owner.
+    std::size_t offsetOfOwner() {
+        fxObj object;
+        setOwner(&object);
+        std::size_t offset = sizeof(fxInputChannel);
+        while (offset + sizeof(void*) <= sizeof(OwnInput) && !isAt(offset, &object))
+            offset += sizeof(void*);
+        setOwner(nullptr);
+        return offset;
+    }
+
+private:
+    bool isAt(std::size_t offset, const fxObj* object) const {
+        const fxObj* found;
+        std::memcpy(&found, reinterpret_cast<const char*>(this) + offset, sizeof found);
+        return found == object;
+    }
+};
+#endif
+
+void enterOwner(Offsets& offsets) {
+#ifdef HAS_OWN_INPUTS
+    offsets["fxOwnInput.owner"] = OwnInput().offsetOfOwner();
+#else
+    offsets["fxOwnInput.owner"] = sizeof(fxInputChannel);  // a class to come
+#endif
+}
+
 Offsets offsetsOfLibrary() {
     Offsets offsets;
+    enterOwner(offsets);
     enterPublicFields(offsets);
     fxStrLayout::enter(offsets);
     fxTempStrLayout::enter(offsets);
+    fxStackBufferLayout::enter(offsets);
     fxArrayLayout::enter(offsets);
     fxDictionaryLayout::enter(offsets);
     fxSetLayout::enter(offsets);
@@ -390,7 +438,7 @@ int compareBases(const std::string& script) {
 // The names of the types in the order of their codes.
 int compareTypes(const std::string& script) {
     Names library;
-#define NAMED(number, code, Holder, Type, name) library[#number] = #code;
+#define NAMED(number, code, ...) library[#number] = #code;
     FX_VALUE_TYPES(NAMED, NAMED, NAMED)
 #undef NAMED
     const std::string table = tableIn(script, "VALUE_TYPES = [");
@@ -403,6 +451,9 @@ int compareTypes(const std::string& script) {
 
 // The bits of an input's flags.
 int compareFlags(const std::string& script) {
+#ifdef HAS_OWN_INPUTS
+    static_assert(fxInputChannel::ownFlag == 0x80000000, "as the script has it");
+#endif
     const Names library = {{"LATEST_ONLY", std::to_string(fxInputChannel::latestOnlyFlag)},
                            {"LINK", std::to_string(fxInputChannel::linkFlag)},
                            {"TYPE_SHIFT", std::to_string(fxInputChannel::typeShift)}};

@@ -63,6 +63,7 @@ print *pointer
 print title
 print path
 print joined
+print buffer
 print longOne
 set print elements 3
 print name
@@ -89,6 +90,7 @@ print places
 print tables
 print pages
 print card
+print chapter
 print base
 print *pointer
 set print elements 2
@@ -138,6 +140,9 @@ print strings
 print base
 print size
 print title
+print place
+print holder
+print owner
 print codes
 print counted
 print none
