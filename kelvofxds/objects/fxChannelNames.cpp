@@ -22,10 +22,8 @@ const char* const typeNames[] = {FX_VALUE_TYPES(FX_SHOWN, FX_SHOWN, FX_SHOWN)};
 // The class of an object in C++: the word in front of its table. It is null in
 // what was compiled without run-time type information.
 const std::type_info* typeInfoOf(const void* object) {
-    const std::type_info* info;
-    const char* table = static_cast<const char*>(fxTableOf(object));
-    std::memcpy(&info, table - sizeof info, sizeof info);
-    return info;
+    const void* const* table = static_cast<const void* const*>(fxTableOf(object));
+    return static_cast<const std::type_info*>(table[-1]);
 }
 
 fxStr demangled(const std::type_info& info) {

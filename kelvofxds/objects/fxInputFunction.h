@@ -18,6 +18,7 @@
 template <class T>
 struct fxInputType;
 
+/// Says what parameters of type T are delivered as; for this file.
 #define FX_INPUT_TYPE(T, Delivers, typeCode)                     \
     template <>                                                  \
     struct fxInputType<T> {                                      \
@@ -80,21 +81,23 @@ struct Parameters {};
 /// Of anything that is no function: not known.
 template <class F>
 struct Signature {
-    static constexpr bool isKnown = false;
+    static constexpr bool isKnown = false;  ///< It is no function.
 };
 
 /// Of a function, or of a member function of `Object`.
-template <class Object, class Result, class... T>
+template <class Object, class... T>
 struct KnownSignature {
-    static constexpr bool isKnown = true;
-    using Class = Object;
-    using Returns = Result;
-    using Takes = Parameters<T...>;
+    static constexpr bool isKnown = true;  ///< It is a function.
+    using Class = Object;                  ///< Of which it is a member; void if it is none.
+    using Takes = Parameters<T...>;        ///< Its parameters.
 };
 
+// The macro's argument is no value.
+// NOLINTBEGIN(bugprone-macro-parentheses)
+/// Knows member functions with such qualifiers; for this file.
 #define FX_SIGNATURE(qualifiers)            \
     template <class R, class C, class... T> \
-    struct Signature<R (C::*)(T...) qualifiers> : KnownSignature<C, R, T...> {};
+    struct Signature<R (C::*)(T...) qualifiers> : KnownSignature<C, T...> {};
 FX_SIGNATURE()
 FX_SIGNATURE(const)
 FX_SIGNATURE(&)
@@ -104,10 +107,11 @@ FX_SIGNATURE(const noexcept)
 FX_SIGNATURE(&noexcept)
 FX_SIGNATURE(const& noexcept)
 #undef FX_SIGNATURE
+// NOLINTEND(bugprone-macro-parentheses)
 template <class R, class... T>
-struct Signature<R (*)(T...)> : KnownSignature<void, R, T...> {};
+struct Signature<R (*)(T...)> : KnownSignature<void, T...> {};
 template <class R, class... T>
-struct Signature<R (*)(T...) noexcept> : KnownSignature<void, R, T...> {};
+struct Signature<R (*)(T...) noexcept> : KnownSignature<void, T...> {};
 
 /// Of an object that can be called, such as a lambda: its operator's.
 template <class F, class = void>
@@ -116,15 +120,17 @@ template <class F>
 struct CallSignature<F, std::void_t<decltype(&F::operator())>>
     : Signature<decltype(&F::operator())> {};
 
+/// A parameter's type without const and reference.
 template <class T>
 using Bare = std::remove_cv_t<std::remove_reference_t<T>>;
 
+/// Whether values of the type have a code.
 template <class T, class = void>
 inline constexpr bool hasCode = false;
 template <class T>
 inline constexpr bool hasCode<T, std::void_t<decltype(fxInputType<T>::code())>> = true;
 
-/// A reference to something that may change would be one to a copy.
+/// Whether a parameter cannot change what it is given, which would be a copy.
 template <class T>
 inline constexpr bool isCopied =
     !std::is_lvalue_reference_v<T> || std::is_const_v<std::remove_reference_t<T>>;
@@ -164,6 +170,7 @@ decltype(auto) passed(typename fxInputType<Bare<T>>::Delivered& value) {
 /// A reference on an input, so that what it calls may remove it.
 class Calling {
 public:
+    /// Until the end of the object.
     explicit Calling(fxInputChannel* c) : channel(c) { ++channel->count; }
     Calling(const Calling&) = delete;
     Calling& operator=(const Calling&) = delete;
@@ -183,6 +190,7 @@ private:
 template <class F, class... T>
 class Owning final : public fxOwnInput {
 public:
+    /// A copy of `f`, or what is moved out of it.
     template <class Given>
     Owning(Given&& f, bool latestOnly)
         : fxOwnInput(codeOf(Parameters<T...>()), reinterpret_cast<void (*)()>(deliver), latestOnly,

@@ -18,9 +18,6 @@
 #include "kelvofxds/values/fxDataInternal.h"
 #include "kelvofxds/values/fxProperty.h"
 
-using fxChannels::inNamed;
-using fxChannels::outNamed;
-
 namespace {
 // The channels that the property called `name` holds; null if there is none. A
 // host may have put a value of another type under the channels' name.

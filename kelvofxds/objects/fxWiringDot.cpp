@@ -1,8 +1,7 @@
 // fxWiringDot.cpp - drawing the wiring of objects.
 
-#include <cstdint>
-
 #include "kelvofxds/containers/fxStrStrDictionary.h"
+#include "kelvofxds/containers/fxTypedArrays.h"
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/objects/fxChannelsInternal.h"
 #include "kelvofxds/objects/fxInputChannel.h"
@@ -88,13 +87,6 @@ fxStr typeIn(unsigned short code, bool isLatestOnly = false) {
            inLabel(fxChannels::typeName(code)) | (isLatestOnly ? ", latest only" : "") | "</font>";
 }
 
-// A number in a dictionary, one more than before.
-unsigned int raise(void*& number) {
-    const std::uintptr_t raised = reinterpret_cast<std::uintptr_t>(number) + 1;
-    number = reinterpret_cast<void*>(raised);
-    return static_cast<unsigned int>(raised);
-}
-
 // One picture. Objects are nodes n0, n1 and so on in the order of the list, their
 // inputs and outputs ports i0 and o0 and so on in the order of their names; x0 and
 // so on are channels of objects that are not in the list.
@@ -118,11 +110,11 @@ private:
     std::FILE* out;
     bool isWhole;  // until something cannot be written
     unsigned int others;
-    fxVoidPtrArray objects;      // each once
-    fxStrArray classes;          // of the objects
-    fxVoidPtrDict ofClass;       // numbers of objects of each class: all of them,
-    fxVoidPtrDict drawnOfClass;  // and those that are drawn
-    fxStrStrDictionary places;   // of channels, by address: nodes and ports
+    fxVoidPtrArray objects;     // each once
+    fxStrArray classes;         // of the objects
+    fxIntArray numbers;         // of each class: how many objects there are, how many drawn
+    fxVoidPtrDict ofClass;      // addresses of these pairs, by class
+    fxStrStrDictionary places;  // of channels, by address: nodes and ports
 };
 
 bool Picture::draw(fxObj* const* list, unsigned int n) {
@@ -154,17 +146,25 @@ void Picture::collect(fxObj* const* list, unsigned int n) {
         seen.add(fxChannels::keyOf(object), object);
         objects.append(&object);
         classes.append(fxChannels::className(object));
-        raise(ofClass.findCreate(classes[classes.length() - 1]));
+    }
+    numbers.resize(2 * classes.length());
+    for (unsigned int i = 0; i < classes.length(); ++i) {
+        void*& pair = ofClass.findCreate(classes[i]);
+        if (!pair) {
+            numbers[2 * i] = 0;
+            numbers[2 * i + 1] = 0;
+            pair = &numbers[2 * i];
+        }
+        ++*static_cast<int*>(pair);
     }
 }
 
 // The class; of several objects of one class, each has a number.
 fxStr Picture::title(unsigned int i) {
     const fxStr name = "<b>" | inLabel(classes[i]) | "</b>";
-    const unsigned int number = raise(drawnOfClass.findCreate(classes[i]));
-    if (reinterpret_cast<std::uintptr_t>(*ofClass.find(classes[i])) == 1)
-        return name;
-    return name | " " | numbered("#", number);
+    int* pair = static_cast<int*>(*ofClass.find(classes[i]));
+    const int number = ++pair[1];
+    return pair[0] == 1 ? name : fxStr(name | " " | fxStr(number, "#%d"));
 }
 
 void Picture::node(unsigned int i) {

@@ -63,16 +63,18 @@ void fxWiringLog::lookedUp(const char* operation, const fxObj& from, const char*
                            const fxOutputChannel* output, const fxObj* to, const char* inputName,
                            const fxInputChannel* in) {
     const fxStr ignored = "ignored " | fxStr(operation) | ": ";
-    if (!to)
+    if (!to) {
         write(ignored | fxChannels::className(&from) | " output " | fxChannels::quoted(outputName) |
               " and a null pointer to an object");
-    else if (output)
+        return;
+    }
+    if (output)
         remember(from, "output", outputName, output);
     else
         write(ignored | hasNo(from, "output", outputName));
     if (in)
         remember(*to, "input", inputName, in);
-    else if (to)
+    else
         write(ignored | hasNo(*to, "input", inputName));
 }
 

@@ -14,6 +14,8 @@
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "kelvofxds/objects/fxSelectHandler.h"
 #include "kelvofxds/objects/fxTimer.h"
+#include "kelvofxds/objects/fxWiring.h"
+#include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/values/fxConverter.h"
 #include "kelvofxds/values/fxData.h"
 #include "kelvofxds/values/fxProperty.h"
@@ -189,9 +191,35 @@ void loop() {
 
 }  // namespace
 
+// A class whose name in C++ nobody can tell.
+void wiring() {
+    HostObject sender;
+    int sum = 0;
+    auto* dying = new fxObj;
+    fxOnInput(dying, "in", [dying, &sum](int value) {
+        delete dying;
+        sum += value;
+    });
+    fxStr why;
+    check(fxTryConnect(&sender, "out", dying, "in", &why), "connection that was made");
+    sender.sendInt(sender.out, 5, fxObj::fxSendNow);
+    sender.sendInt(sender.out, 6, fxObj::fxSendNow);
+    check(sum == 5, "lambda that deletes its object");
+    check(!fxTryConnect(&sender, "tuo", &sender, "in", &why), "connection that was not");
+    check(why == "fxXDRObj has no output \"tuo\"; it has: out", "reason");
+    std::FILE* nowhere = std::fopen("/dev/null", "w");
+    fxObj* const objects[] = {&sender};
+    check(fxWriteDot(nowhere, objects, 1), "picture");
+    fxSetWiringLog(nowhere);
+    sender.connect("out", &sender, "in");
+    fxSetWiringLog(nullptr);
+    std::fclose(nowhere);
+}
+
 int main() {
     fxInitializeToolkit();
     messages();
+    wiring();
     removals();
     properties();
     holders();

@@ -136,7 +136,7 @@ TEST_F(tryConnect, saysWhichTypesDoNotConvert) {
     EXPECT_TRUE(fxTryConnect(&reader, "size", &meter, "tick", nullptr)) << "void takes all";
 }
 
-TEST_F(tryConnect, deliberateConnectItselfEndsTheProcessAndSaysNothing) {
+TEST_F(tryConnect, connectItselfEndsTheProcessAndSaysNothing) {
     EXPECT_EXIT(reader.connect("size", &meter, "number"), testing::KilledBySignal(SIGABRT),
                 "^Can't convert from 3 to 2\n$");
     reader.connect("lnie", &meter, "number");
