@@ -1,4 +1,4 @@
-// refused: fxAddInput takes a member function or a function void f(Class*, value); fxOnInput takes a lambda
+// refused: fxAddInput takes a member function or a function void f(Class*, value); fxOnInput
 
 #include "kelvofxds/objects/fxWiring.h"
 

@@ -1,4 +1,4 @@
-// refused: an input's function takes no value, or one of the types bool, unsigned char, int, long, float, double, const char*, char*, fxStr and fxStrArray
+// refused: an input's function takes no value, or one of the types bool, unsigned char, int,
 
 #include "kelvofxds/objects/fxWiring.h"
 

@@ -1,4 +1,4 @@
-// refused: fxOnInput takes a function with one call operator whose parameter has a type, such as [](int value) {}
+// refused: fxOnInput takes a function with one call operator whose parameter has a type
 
 #include "kelvofxds/objects/fxWiring.h"
 
