@@ -29,6 +29,7 @@ FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
 fxStdParts::Looped<A>* begin(A& array) {
     return fxStdParts::first(array);
 }
+/// The same.
 template <class A>
 FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
 fxStdParts::Looped<const A>* begin(const A& array) {
@@ -40,6 +41,7 @@ FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
 fxStdParts::Looped<A>* end(A& array) {
     return fxStdParts::first(array) + array.length();
 }
+/// The same.
 template <class A>
 FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
 fxStdParts::Looped<const A>* end(const A& array) {

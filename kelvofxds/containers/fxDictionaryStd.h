@@ -23,11 +23,11 @@
 template <class Key, class Value>
 class fxEntryIterator {
 public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = std::pair<const Key&, Value&>;
-    using difference_type = std::ptrdiff_t;
-    using reference = const value_type&;
-    using pointer = const value_type*;
+    using iterator_category = std::input_iterator_tag;  ///< It reads once over.
+    using value_type = std::pair<const Key&, Value&>;   ///< What it walks over.
+    using difference_type = std::ptrdiff_t;             ///< Of distances.
+    using reference = const value_type&;                ///< What * gives.
+    using pointer = const value_type*;                  ///< What -> gives.
 
     /// At the end of every dictionary.
     fxEntryIterator() = default;
@@ -45,12 +45,14 @@ public:
         return entry.emplace(*static_cast<const Key*>(walk.getKey()),
                              *static_cast<Value*>(walk.getValue()));
     }
+    /// The same.
     pointer operator->() const { return &**this; }
     /// On the next entry that is left.
     fxEntryIterator& operator++() {
         walk.next();
         return *this;
     }
+    /// The same; gives what it was before.
     fxEntryIterator operator++(int) {
         const fxEntryIterator before(*this);
         ++*this;
@@ -103,6 +105,7 @@ struct fxEntryTypes<D, std::enable_if_t<std::is_base_of_v<fxStrStrDictionary, D>
     using Key = fxStr;    ///< Of the keys.
     using Value = fxStr;  ///< Of the values.
 };
+/// Those of dictionaries of the library.
 template <class D>
 struct fxEntryTypes<D, std::enable_if_t<std::is_base_of_v<fxVoidPtrDict, D>>> {
     using Key = fxStr;    ///< Of the keys.
@@ -143,6 +146,7 @@ FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
 auto begin(D& dictionary) -> fxStdParts::EntryIteratorOf<D> {
     return fxStdParts::EntryIteratorOf<D>(dictionary);
 }
+/// The same.
 template <class D>
 FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
 auto begin(const D& dictionary) -> fxStdParts::EntryIteratorOf<const D> {
@@ -154,6 +158,7 @@ FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
 auto end(D&) -> fxStdParts::EntryIteratorOf<D> {
     return {};
 }
+/// The same.
 template <class D>
 FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
 auto end(const D&) -> fxStdParts::EntryIteratorOf<const D> {
@@ -185,6 +190,7 @@ template <class Key, class Value>
 bool contains(const fxEntryRange<Key, Value>& entries, const fxStdParts::Given<Key>& key) {
     return fxStdParts::findValue(entries, key) != nullptr;
 }
+/// The same.
 template <class D>
 bool contains(const D& dictionary, const fxStdParts::Given<fxStdParts::KeyOf<D>>& key) {
     return contains(fxEntries<fxStdParts::KeyOf<D>, fxStdParts::ValueOf<D>>(dictionary), key);
@@ -198,6 +204,7 @@ std::remove_const_t<Value> value_or(const fxEntryRange<Key, Value>& entries,
     const auto* const value = fxStdParts::findValue(entries, key);
     return value ? *value : fxStdParts::madeOf<std::remove_const_t<Value>>(fallback);
 }
+/// The same.
 template <class D>
 std::enable_if_t<!std::is_base_of_v<fxVoidPtrDict, D>, fxStdParts::ValueOf<D>> value_or(
     const D& dictionary, const fxStdParts::Given<fxStdParts::KeyOf<D>>& key,

@@ -81,6 +81,7 @@ std::ostream& operator<<(std::ostream& out, const fxEntryRange<Key, Value>& entr
         fxStdParts::printOne(out, entry.second);
     });
 }
+/// The same.
 template <class D>
 auto operator<<(std::ostream& out, const D& dictionary)
     -> std::enable_if_t<sizeof(fxStdParts::ValueOf<D>) != 0, std::ostream&> {
@@ -92,6 +93,7 @@ std::ostream& operator<<(std::ostream& out, const fxKeyRange<Key>& keys) {
     return fxStdParts::printAll(out, keys, "{}",
                                 [&out](const Key& key) { fxStdParts::printOne(out, key); });
 }
+/// The same.
 template <class S>
 auto operator<<(std::ostream& out, const S& set)
     -> std::enable_if_t<sizeof(fxStdParts::SetKeyOf<S>) != 0, std::ostream&> {

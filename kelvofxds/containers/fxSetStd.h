@@ -16,11 +16,11 @@
 template <class Key>
 class fxKeyIterator {
 public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = Key;
-    using difference_type = std::ptrdiff_t;
-    using reference = const Key&;
-    using pointer = const Key*;
+    using iterator_category = std::input_iterator_tag;  ///< It reads once over.
+    using value_type = Key;                             ///< What it walks over.
+    using difference_type = std::ptrdiff_t;             ///< Of distances.
+    using reference = const Key&;                       ///< What * gives.
+    using pointer = const Key*;                         ///< What -> gives.
 
     /// At the end of every set.
     fxKeyIterator() = default;
@@ -29,12 +29,14 @@ public:
 
     /// The present key. Requires: there is one, and it has not been removed.
     reference operator*() const { return *static_cast<const Key*>(walk.getKey()); }
+    /// The same.
     pointer operator->() const { return static_cast<const Key*>(walk.getKey()); }
     /// On the next key that is left.
     fxKeyIterator& operator++() {
         walk.next();
         return *this;
     }
+    /// The same; gives what it was before.
     fxKeyIterator operator++(int) {
         const fxKeyIterator before(*this);
         ++*this;
@@ -100,6 +102,7 @@ FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
 auto begin(S& set) -> fxStdParts::KeyIteratorOf<S> {
     return fxStdParts::KeyIteratorOf<S>(set);
 }
+/// The same.
 template <class S>
 FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
 auto begin(const S& set) -> fxStdParts::KeyIteratorOf<const S> {
@@ -111,6 +114,7 @@ FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
 auto end(S&) -> fxStdParts::KeyIteratorOf<S> {
     return {};
 }
+/// The same.
 template <class S>
 FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
 auto end(const S&) -> fxStdParts::KeyIteratorOf<const S> {
@@ -137,6 +141,7 @@ bool contains(const fxKeyRange<Key>& keys, const fxStdParts::Given<Key>& key) {
     const Key copy(fxStdParts::madeOf<Key>(key));
     return keys.set().fxSet::contains(&copy) != 0;
 }
+/// The same.
 template <class S>
 bool contains(const S& set, const fxStdParts::Given<fxStdParts::SetKeyOf<S>>& key) {
     return contains(fxKeys<fxStdParts::SetKeyOf<S>>(set), key);

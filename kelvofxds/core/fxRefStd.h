@@ -6,14 +6,16 @@
 
 #include "kelvofxds/core/fxRef.h"
 
+namespace std {
 /// The object's address counts, as in the comparisons.
 template <class T>
-struct std::hash<fxRef<T>> {
+struct hash<fxRef<T>> {
     /// O(1).
     std::size_t operator()(const fxRef<T>& ref) const noexcept {
         return std::hash<T*>()(ref.get());
     }
 };
+}  // namespace std
 
 // What is missing beside operator<, in its forms: by address, null in front of every object.
 

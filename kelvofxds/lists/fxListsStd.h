@@ -19,11 +19,12 @@
 template <class Node>
 class fxListIterator {
 public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = std::conditional_t<std::is_same_v<Node, GenericNode>, void*, Node>;
-    using difference_type = std::ptrdiff_t;
-    using reference = value_type&;
-    using pointer = value_type*;
+    using iterator_category = std::input_iterator_tag;  ///< It reads once over.
+    using value_type = std::conditional_t<std::is_same_v<Node, GenericNode>, void*,
+                                          Node>;  ///< What it walks over.
+    using difference_type = std::ptrdiff_t;       ///< Of distances.
+    using reference = value_type&;                ///< What * gives.
+    using pointer = value_type*;                  ///< What -> gives.
 
     /// On `first`; at the end if that is null.
     explicit fxListIterator(Node* first = nullptr)
@@ -36,9 +37,11 @@ public:
         else
             return *node;
     }
+    /// The same.
     pointer operator->() const { return &**this; }
     /// On the next one.
     fxListIterator& operator++() { return *this = fxListIterator(following); }
+    /// The same; gives what it was before.
     fxListIterator operator++(int) {
         const fxListIterator before(*this);
         ++*this;
@@ -58,16 +61,19 @@ private:
 inline fxListIterator<GenericNode> begin(const GenericList& list) {
     return fxListIterator<GenericNode>(list.first());
 }
+/// The same.
 inline fxListIterator<GenericNode> begin(GenericList& list) {
     return fxListIterator<GenericNode>(list.first());
 }
 /// The end.
 inline fxListIterator<GenericNode> end(const GenericList&) { return fxListIterator<GenericNode>(); }
+/// The same.
 inline fxListIterator<GenericNode> end(GenericList&) { return fxListIterator<GenericNode>(); }
 /// The links: for (fxLinkItem& link : list). To the last one, also after appendListAt.
 inline fxListIterator<fxLinkItem> begin(const fxIndexableList& list) {
     return fxListIterator<fxLinkItem>(list.first());
 }
+/// The same.
 inline fxListIterator<fxLinkItem> begin(fxIndexableList& list) {
     return fxListIterator<fxLinkItem>(list.first());
 }
@@ -75,6 +81,7 @@ inline fxListIterator<fxLinkItem> begin(fxIndexableList& list) {
 inline fxListIterator<fxLinkItem> end(const fxIndexableList&) {
     return fxListIterator<fxLinkItem>();
 }
+/// The same.
 inline fxListIterator<fxLinkItem> end(fxIndexableList&) { return fxListIterator<fxLinkItem>(); }
 
 /// Walks a list as one of objects of class T; see fxItems.
@@ -83,11 +90,11 @@ class fxItemIterator {
     static constexpr bool ofPointers = std::is_same_v<Node, GenericNode>;
 
 public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = std::conditional_t<ofPointers, T*, T>;
-    using difference_type = std::ptrdiff_t;
-    using reference = std::conditional_t<ofPointers, T*, T&>;
-    using pointer = T*;
+    using iterator_category = std::input_iterator_tag;         ///< It reads once over.
+    using value_type = std::conditional_t<ofPointers, T*, T>;  ///< What it walks over.
+    using difference_type = std::ptrdiff_t;                    ///< Of distances.
+    using reference = std::conditional_t<ofPointers, T*, T&>;  ///< What * gives.
+    using pointer = T*;                                        ///< What -> gives.
 
     /// At the end.
     fxItemIterator() = default;
@@ -101,6 +108,7 @@ public:
         ++walk;
         return *this;
     }
+    /// The same; gives what it was before.
     fxItemIterator operator++(int) {
         const fxItemIterator before(*this);
         ++*this;
@@ -184,18 +192,20 @@ void fxForEach(HashTable& table, Call call) {
 /// its name: for (auto [atom, name] : names). Names may be added during the walk, and are visited.
 class fxAtomIterator {
 public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = std::pair<unsigned long, const char*>;
-    using difference_type = std::ptrdiff_t;
-    using reference = const value_type&;
-    using pointer = const value_type*;
+    using iterator_category = std::input_iterator_tag;         ///< It reads once over.
+    using value_type = std::pair<unsigned long, const char*>;  ///< What it walks over.
+    using difference_type = std::ptrdiff_t;                    ///< Of distances.
+    using reference = const value_type&;                       ///< What * gives.
+    using pointer = const value_type*;                         ///< What -> gives.
 
     /// At the end.
     fxAtomIterator() = default;
     /// On the first atom of `s`.
     explicit fxAtomIterator(NameSpace& s) : space(&s) { ++*this; }
 
+    /// The present entry.
     reference operator*() const { return entry; }
+    /// The same.
     pointer operator->() const { return &entry; }
     /// On the next atom.
     fxAtomIterator& operator++() {
@@ -207,6 +217,7 @@ public:
         }
         return *this = fxAtomIterator();
     }
+    /// The same; gives what it was before.
     fxAtomIterator operator++(int) {
         const fxAtomIterator before(*this);
         ++*this;

@@ -70,15 +70,17 @@ inline bool contains(const fxStr& s, const fxText& part) {
 /// Whether `c` is somewhere in `s`.
 inline bool contains(const fxStr& s, char c) { return fxView(s).find(c) != std::string_view::npos; }
 
+namespace std {
 /// Of all bytes, unlike fxStr::hash(), which looks at eight of them: strings that are equal have
 /// equal values, others hardly ever. The value is not one to be stored.
 template <>
-struct std::hash<fxStr> {
+struct hash<fxStr> {
     /// Linear.
     std::size_t operator()(const fxStr& s) const noexcept {
         return std::hash<std::string_view>()(fxView(s));
     }
 };
+}  // namespace std
 
 #ifdef __cpp_lib_format
 /// For std::format: "{}", and all else that texts have.
