@@ -206,7 +206,7 @@ void wiring() {
     sender.sendInt(sender.out, 6, fxObj::fxSendNow);
     check(sum == 5, "lambda that deletes its object");
     check(!fxTryConnect(&sender, "tuo", &sender, "in", &why), "connection that was not");
-    check(why == "fxXDRObj has no output \"tuo\"; it has: out", "reason");
+    check(why == "object has no output \"tuo\"; it has: out", "reason");
     std::FILE* nowhere = std::fopen("/dev/null", "w");
     fxObj* const objects[] = {&sender};
     check(fxWriteDot(nowhere, objects, 1), "picture");
