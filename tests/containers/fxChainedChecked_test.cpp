@@ -146,7 +146,7 @@ struct Ended {
     Container* container;
 };
 
-const Misuse ends[] = {
+const Misuse leftovers[] = {
     {"a set that forgets its keys",
      [] {
          Tidy();
@@ -159,6 +159,9 @@ const Misuse ends[] = {
      "fxDictionary::~fxDictionary: 1 of 31 buckets have entries: the destructor of the class has "
      "to call "
      "cleanup()"},
+};
+
+const Misuse ends[] = {
     {"a dictionary, destroyed twice", [] { Ended<Capitals>(); },
      [] { Ended<Capitals>().container->fxStrStrDictionary::~fxStrStrDictionary(); },
      "fxDictionary::cleanup: the object has been destroyed already"},
@@ -179,4 +182,6 @@ TEST(fxChainedCheckedDeathTest, nullWhereAKeyOrValueHasToBe) { expectStops(nulls
 
 TEST(fxChainedCheckedDeathTest, iteratorsThatLeadNowhere) { expectStops(iterators); }
 
-TEST(fxChainedCheckedDeathTest, containersThatEndWrongly) { expectStops(ends); }
+TEST(fxChainedCheckedDeathTest, containersThatEndWithEntries) { expectStops(leftovers); }
+
+TEST(fxChainedCheckedDeathTest, containersThatHaveEnded) { expectEndsToStop(ends); }

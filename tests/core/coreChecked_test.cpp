@@ -28,6 +28,9 @@ const Misuse table[] = {
     {"a version to nowhere", [] { libkelvofxds_sprintf_verid(line); },
      [] { libkelvofxds_sprintf_verid(nullptr); },
      "libkelvofxds::libkelvofxds_sprintf_verid: buffer is null"},
+};
+
+const Misuse ends[] = {
     {"a counted object, destroyed twice", [] { Ended<fxRCObj>(); },
      [] { Ended<fxRCObj>().object->~fxRCObj(); },
      "fxRCObj::~fxRCObj: the object has been destroyed already"},
@@ -35,7 +38,9 @@ const Misuse table[] = {
 
 }  // namespace
 
-TEST(coreCheckedDeathTest, startUpAndCountedObjects) { expectStops(table); }
+TEST(coreCheckedDeathTest, whatStartUpIsGiven) { expectStops(table); }
+
+TEST(coreCheckedDeathTest, countedObjectsThatHaveEnded) { expectEndsToStop(ends); }
 
 // Whose count it is nobody knows: a variable may hold itself, so that no holder deletes it.
 TEST(coreCheckedDeathTest, aHostsOwnCountIsItsOwn) {

@@ -144,9 +144,12 @@ void endTwice() {
     object->fxObj::~fxObj();
 }
 
-const Misuse properties[] = {
+const Misuse ends[] = {
     {"an object, destroyed twice", [] { const fxObj object; }, endTwice,
      "fxObj::~fxObj: the object has been destroyed already"},
+};
+
+const Misuse properties[] = {
     {"a property by its position", [] { Wired().getProperty(1); }, [] { Wired().getProperty(2); },
      "Wired::getProperty: i 2 not below number of properties 2"},
     {"none there ever was", [] { EXPECT_EQ(nullptr, fxObj().getProperty(9)); },
@@ -355,6 +358,8 @@ TEST_F(objectsCheckedDeathTest, outputsThatAreNone) { expectStops(outputs); }
 TEST_F(objectsCheckedDeathTest, inputsAndTheirReferences) { expectStops(inputs); }
 
 TEST_F(objectsCheckedDeathTest, propertiesThatAreNone) { expectStops(properties); }
+
+TEST_F(objectsCheckedDeathTest, objectsThatHaveEnded) { expectEndsToStop(ends); }
 
 TEST_F(objectsCheckedDeathTest, eventsAndWhereTheyAre) { expectStops(events); }
 

@@ -115,12 +115,6 @@ const Misuse nulls[] = {
      "fxSLinearPattern::findBuffer: text is null"},
 };
 
-#ifdef __SANITIZE_ADDRESS__
-const bool memoryIsWatched = true;  // which speaks first
-#else
-const bool memoryIsWatched = false;
-#endif
-
 const Misuse holders[] = {
     {"deleted although a property has it",
      [] {
@@ -162,7 +156,7 @@ TEST(valuesCheckedDeathTest, whatThePropertiesHoldIsNotDeleted) {
 }
 
 TEST(valuesCheckedDeathTest, aHolderIsDeletedOnce) {
-    if (!libraryIsChecked || memoryIsWatched)
+    if (!libraryIsChecked || endsAreWatched)
         GTEST_SKIP() << "the library is not checked, or a sanitizer speaks first";
     const auto deleteTwice = [] {
         fxData* volatile holder = new fxIntData(1);
