@@ -84,8 +84,7 @@ class FX_EXPORT fxVoidPtrArray : public fxArray {
     void append(T* pointer) {
         fxArray::append(static_cast<const void*>(pointer));
     }
-    template <class T, class = std::enable_if_t<!std::is_pointer_v<T> && !std::is_void_v<T> &&
-                                                !std::is_base_of_v<fxArray, T>>>
+    template <class T, class = std::enable_if_t<!std::is_pointer_v<T> && !std::is_void_v<T>>>
     FX_SURPRISING(
         "append takes the address of a pointer, and appends what is there; "
         "fxAppend(array, pointer) of <kelvofxds/std.h> appends the pointer itself")
