@@ -82,6 +82,19 @@ int layerOf(const std::string& file, const std::vector<std::vector<std::string>>
     return layer;
 }
 
+// `header` and all that it includes by any detour.
+std::set<std::string> reachedFrom(const std::string& header,
+                                  const std::map<std::string, std::vector<std::string>>& all) {
+    std::set<std::string> reached{header};
+    for (std::vector<std::string> rest = all.at(header); !rest.empty();) {
+        const std::string file = rest.back();
+        rest.pop_back();
+        if (reached.insert(file).second)
+            rest.insert(rest.end(), all.at(file).begin(), all.at(file).end());
+    }
+    return reached;
+}
+
 const char* const layerTable = "| layer | files |";
 const char* const pairTable = "| folders | why both ways |";
 
@@ -104,7 +117,7 @@ TEST(architecture, listsIncludeNothingButInterfacesAndNothingIncludesThem) {
             const bool toLists = folderOf(other) == "lists";
             EXPECT_TRUE(!fromLists || toLists || folderOf(other) == "core")
                 << file << " includes " << other;
-            EXPECT_TRUE(!toLists || fromLists || file == "kelvofxds.h")
+            EXPECT_TRUE(!toLists || fromLists || file == "kelvofxds.h" || file == "std.h")
                 << file << " includes " << other;
         }
     }
@@ -113,20 +126,27 @@ TEST(architecture, listsIncludeNothingButInterfacesAndNothingIncludesThem) {
 TEST(architecture, everySourceIsLinkedAndEveryPublicHeaderIsInTheOneOfAll) {
     const std::string sources = bytesOf(library + "CMakeLists.txt");
     const auto all = includes();
-    std::set<std::string> offered{"kelvofxds.h"};
-    for (std::vector<std::string> rest = all.at("kelvofxds.h"); !rest.empty();) {
-        const std::string file = rest.back();
-        rest.pop_back();
-        if (offered.insert(file).second)
-            rest.insert(rest.end(), all.at(file).begin(), all.at(file).end());
-    }
+    const std::set<std::string> offered = reachedFrom("kelvofxds.h", all);
+    const std::set<std::string> besides = reachedFrom("std.h", all);
     for (const auto& entry : all) {
         const std::string& file = entry.first;
         const bool isSource = fs::path(file).extension() == ".cpp";
         const bool isInternal = file.find("Internal.h") != std::string::npos;
         const bool isLinked = sources.find("\n    " + file + "\n") != std::string::npos;
-        EXPECT_TRUE(isSource ? isLinked : isInternal || offered.count(file) == 1) << file;
+        EXPECT_TRUE(isSource ? isLinked : isInternal || offered.count(file) + besides.count(file))
+            << file;
     }
+}
+
+TEST(architecture, theOneOfAllDoesNotBringWhatTheStandardLibraryIsAsked) {
+    const auto all = includes();
+    const std::set<std::string> offered = reachedFrom("kelvofxds.h", all);
+    for (const std::string& file : offered) {
+        EXPECT_NE("std.h", file);
+        EXPECT_EQ(std::string::npos, file.find("Std.h")) << file;
+    }
+    EXPECT_EQ(0U, offered.count("containers/fxArrayStdParts.h"));
+    EXPECT_EQ(1U, reachedFrom("std.h", all).count("lists/fxListsStd.h"));
 }
 
 TEST(architecture, noFileIncludesItselfByADetour) {
