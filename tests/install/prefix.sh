@@ -75,8 +75,9 @@ documents() {
     [ -s LICENSE ] || fail "no place for a licence"
     [ -s "$prefix/share/man/man1/fxdump.1" ] || fail "no manual of fxdump"
     # What the documents link to, in each file's own folder.
-    for file in README.md docs/*.md; do
-        grep -o '](\([^):#]*\))' "$file" | sed -e 's/^](//' -e 's/)$//' | while read -r link; do
+    for file in *.md docs/*.md docs/*/*.md; do
+        awk '/^```/ { inCode = !inCode } !inCode' "$file" | sed 's,`[^`]*`,,g' | grep -o '](\([^):#]*\)[)#]' |
+            sed -e 's/^](//' -e 's/.$//' -e '/^$/d' | while read -r link; do
             [ -e "$(dirname "$file")/$link" ] || echo "$file: $link"
         done
     done | grep . && fail "the links above lead nowhere"

@@ -93,12 +93,12 @@ TEST_F(tryConnect, saysWhichNamesThereAre) {
         const char* why;
     } cases[] = {
         {&reader, "lnie", &meter, "number",
-         "object has no output \"lnie\"; it has: done, line, size"},
-        {&reader, "", &meter, "number", "object has no output \"\"; it has: done, line, size"},
+         "object has no output \"lnie\"; it has: size, line, done"},
+        {&reader, "", &meter, "number", "object has no output \"\"; it has: size, line, done"},
         {&reader, "Line", &meter, "nmuber",
-         "object has no output \"Line\"; it has: done, line, size"},
+         "object has no output \"Line\"; it has: size, line, done"},
         {&reader, "line", &meter, "line",
-         "object has no input \"line\"; it has: number, share, tick"},
+         "object has no input \"line\"; it has: tick, number, share"},
         {&reader, "line", &reader, "line", "object has no input \"line\"; it has none"},
         {&meter, "tick", &meter, "tick", "object has no output \"tick\"; it has none"},
         {&empty, "a\nb\x7F", &meter, "tick", "object has no output \"a\\x0Ab\\x7F\"; it has none"},

@@ -87,7 +87,7 @@ TEST_F(fxWiringLogTest, tellsConversions) {
 TEST_F(fxWiringLogTest, tellsNamesThatAreIgnored) {
     Reader reader;
     Sum sum;
-    const std::string noOutput = "Reader has no output \"lnie\"; it has: line, size\n";
+    const std::string noOutput = "Reader has no output \"lnie\"; it has: size, line\n";
     const std::string noInput = "Sum has no input \"nubmer\"; it has: number\n";
     reader.connect("lnie", &sum, "number");
     EXPECT_EQ("wiring: ignored connect: " + noOutput, said());
