@@ -148,7 +148,7 @@ void fxProperty::abandon() {
 #ifdef KELVOFXDS_CHECKED
 namespace {
 const char* nameOfType(unsigned short code) {
-#define FX_NAME(number, name, Holder, Type, dataName) #name,
+#define FX_NAME(number, name, Holder, Type, dataName, shown) #name,
     static const char* const names[] = {FX_VALUE_TYPES(FX_NAME, FX_NAME, FX_NAME)};
 #undef FX_NAME
     return code < sizeof names / sizeof *names ? names[code] : "other";

@@ -113,7 +113,8 @@ TEST_F(tryConnect, saysWhichNamesThereAre) {
 TEST_F(tryConnect, callsAClassByTheNameThatItGivesItself) {
     Page page;
     fxTimer timer(1);
-    EXPECT_EQ("object has no output \"line\"; it has none", whyNot(&page, "line", &meter, "number"));
+    EXPECT_EQ("object has no output \"line\"; it has none",
+              whyNot(&page, "line", &meter, "number"));
     EXPECT_EQ("object has no output \"tock\"; it has: tick",
               whyNot(&timer, "tock", &meter, "number"));
 }
