@@ -271,6 +271,13 @@ void send(fxOutputChannel* out, fxObj::fxSendFlags flags, Value... value) {
 }
 }  // namespace
 
+// Receivers are called as functions of the output's type. One that takes no value may be sent any.
+#define FX_CHECK_SENDS(out, code)                                            \
+    FX_CHECK_THAT(fxClassOf(*this),                                          \
+                  out->getType() == (code) || out->getType() == fxDT_void || \
+                      out->getNumberOfConnections() == 0,                    \
+                  "the output is of type %s", fxChannels::typeName(out->getType()).c_str())
+
 void fxObj::sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags) {
     FX_CHECK_NOT_NULL(fxClassOf(*this), out);
     FX_CHECK_THREAD(fxClassOf(*this));
@@ -287,36 +294,42 @@ void fxObj::sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags) {
 void fxObj::sendVoid(fxOutputChannel* out, fxSendFlags flags) {
     FX_CHECK_NOT_NULL(fxClassOf(*this), out);
     FX_CHECK_THREAD(fxClassOf(*this));
+    FX_CHECK_SENDS(out, fxDT_void);
     send<fxVoidData>(out, flags);
 }
 
 void fxObj::sendBool(fxOutputChannel* out, unsigned char value, fxSendFlags flags) {
     FX_CHECK_NOT_NULL(fxClassOf(*this), out);
     FX_CHECK_THREAD(fxClassOf(*this));
+    FX_CHECK_SENDS(out, fxDT_fxBool);
     send<fxBoolData>(out, flags, value);
 }
 
 void fxObj::sendInt(fxOutputChannel* out, int value, fxSendFlags flags) {
     FX_CHECK_NOT_NULL(fxClassOf(*this), out);
     FX_CHECK_THREAD(fxClassOf(*this));
+    FX_CHECK_SENDS(out, fxDT_int);
     send<fxIntData>(out, flags, value);
 }
 
 void fxObj::sendLong(fxOutputChannel* out, long value, fxSendFlags flags) {
     FX_CHECK_NOT_NULL(fxClassOf(*this), out);
     FX_CHECK_THREAD(fxClassOf(*this));
+    FX_CHECK_SENDS(out, fxDT_long);
     send<fxLongData>(out, flags, value);
 }
 
 void fxObj::sendFloat(fxOutputChannel* out, float value, fxSendFlags flags) {
     FX_CHECK_NOT_NULL(fxClassOf(*this), out);
     FX_CHECK_THREAD(fxClassOf(*this));
+    FX_CHECK_SENDS(out, fxDT_float);
     send<fxFloatData>(out, flags, value);
 }
 
 void fxObj::sendDouble(fxOutputChannel* out, double value, fxSendFlags flags) {
     FX_CHECK_NOT_NULL(fxClassOf(*this), out);
     FX_CHECK_THREAD(fxClassOf(*this));
+    FX_CHECK_SENDS(out, fxDT_double);
     send<fxDoubleData>(out, flags, value);
 }
 
@@ -329,6 +342,7 @@ const unsigned int shortText = 64;  // bytes, with the NUL
 void fxObj::sendCharPtr(fxOutputChannel* out, const char* text, fxSendFlags flags) {
     FX_CHECK_NOT_NULL(fxClassOf(*this), out);
     FX_CHECK_THREAD(fxClassOf(*this));
+    FX_CHECK_SENDS(out, fxDT_CharPtr);
     if (!hasReceivers(out))
         return;
     const char* source = text ? text : "";

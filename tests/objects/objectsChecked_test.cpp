@@ -75,6 +75,17 @@ const Misuse outputs[] = {
          w.sendData(w.out, nullptr, fxObj::fxSendNow);
      },
      [] { Wired().sendData(nullptr, nullptr, fxObj::fxSendNow); }, "Wired::sendData: out is null"},
+    {"a value of another type than the output's",
+     [] {
+         Wired w;
+         w.disconnect("out", &w, "in");
+         w.sendDouble(w.out, 1, fxObj::fxSendNow);  // to nobody
+     },
+     [] {
+         Wired w;
+         w.sendDouble(w.out, 1, fxObj::fxSendNow);
+     },
+     "Wired::sendDouble: the output is of type int"},
     {"a connection by its index",
      [] {
          Wired w;
