@@ -91,6 +91,8 @@ public:
         }
     }
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual"  // fxArrayOf hides it, and calls it
     /// Transcribes the elements in use. 0 for elements that cannot be.
     unsigned char xdr(fxTranscriber& t) override {
         if constexpr (fxElementXDR<T>::kind() == fxElementXDR<T>::cannotBe)
@@ -100,6 +102,7 @@ public:
         else
             return t.isReading() ? readElements(t) : writeElements(t);
     }
+#pragma GCC diagnostic pop
 
 protected:
     /// Of an element, in bytes.

@@ -78,7 +78,7 @@ fxInputChannel* fxOnInput(fxObj* object, const char* name, Function&& function,
 /// counts. It is not asked where the types of two channels that are there do not
 /// convert.
 FX_EXPORT bool fxTryConnect(fxObj* from, const char* outputName, fxObj* to, const char* inputName,
-                            fxStr* why);
+                            fxStr* why = nullptr);
 
 /// From now on writes to `out`, one line each: every name that connect, disconnect,
 /// removeInput and removeOutput ignore because there is no such channel; every
