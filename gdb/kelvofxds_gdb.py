@@ -1823,7 +1823,8 @@ the queue have, those in variables in sight, and those that they are wired to.""
         if not address:
             raise Damaged("%s is null" % argument)
         if not is_object(address + at):
-            raise Damaged("%s is neither an fxObj nor of a class derived from it" % argument)
+            hint = "; of a smart pointer, give *%s" % argument if type_.code == gdb.TYPE_CODE_STRUCT else ""
+            raise Damaged("%s is neither an fxObj nor of a class derived from it%s" % (argument, hint))
         return address + at
 
 
