@@ -11,6 +11,7 @@
 #include "kelvofxds/containers/fxStrSet.h"
 #include "kelvofxds/containers/fxStrStrDictionary.h"
 #include "kelvofxds/containers/fxTypedArrays.h"
+#include "kelvofxds/core/fxRef.h"
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/str/fxStrArray.h"
 #include "kelvofxds/transcribe/fxFile.h"
@@ -34,8 +35,8 @@ protected:
 
     // Writes the object as a program of old did, and returns the file's bytes.
     std::string writeOld(const char* name, fxXDRObj& object) const {
-        fxStdioStream* file = fxStdioStream::createFile((folder / name).c_str());
-        ++file->count;
+        const fxRef<fxStdioStream> held(fxStdioStream::createFile((folder / name).c_str()));
+        fxStdioStream* const file = held.get();
         fxTranscriber::resetToDefaultWriter();
         const std::unique_ptr<fxTranscriber> writer(fxTranscriber::getWriter(file));
         EXPECT_TRUE(writer && writer->writeObject(&object, &object));

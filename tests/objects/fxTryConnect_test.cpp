@@ -180,6 +180,7 @@ TEST_F(tryConnect, knowsConversionsOfTheHost) {
     const unsigned short own = 2037;
     meter.addInput("own", own, nullptr, nullptr, 0);
     EXPECT_FALSE(fxTryConnect(&reader, "size", &meter, "own", nullptr));
-    new fxConverter(fxDT_long, own, nullptr);
+    void (*const convertNothing)(fxInputChannel*, long) = [](fxInputChannel*, long) {};
+    new fxConverter(fxDT_long, own, reinterpret_cast<void (*)()>(convertNothing));
     EXPECT_TRUE(fxTryConnect(&reader, "size", &meter, "own", nullptr));
 }
