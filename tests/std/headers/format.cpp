@@ -4,9 +4,9 @@
 int main() {
 #ifdef STAND_IN
     std::formatter<fxStr> formatter;
-    std::format_parse_context specification;
+    std::format_parse_context options;
     std::format_context context;
-    formatter.parse(specification);
+    formatter.parse(options);
     formatter.format(fxStrOf(std::string_view("a\0b", 3)), context);
     return context.text == std::string("a\0b", 3) ? 0 : 1;
 #elif defined __cpp_lib_format
