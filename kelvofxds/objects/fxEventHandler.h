@@ -47,7 +47,8 @@ public:
     void removeMessageEvents(fxInputChannel* ch);
     /// Removes the messages that would be delivered to `target`, directly or
     /// through a conversion link. In a long queue, its cost is that of the
-    /// messages removed and of a look at each channel that has messages.
+    /// messages removed and of a look at each channel that has messages, but
+    /// for inputs of fxOnInput and of member functions.
     void removeEventsFor(const void* target);
 
     /// The queue itself.

@@ -33,6 +33,21 @@ const unsigned int mostLooks = 64;
 template <class Block>
 fxFreeList<sizeof(Block)> freeBlocks;
 
+// The object that a channel receives for as long as it has messages; null if a
+// host may make it another one, of which nothing would be heard.
+const void* lastingOwnerOf(const fxInputChannel* channel) {
+    const unsigned int kind = fxInputChannel::ownFlag | fxInputChannel::linkFlag;
+    const bool isOwn = (channel->flags & kind) == fxInputChannel::ownFlag;
+    return isOwn ? static_cast<const fxOwnInput*>(channel)->getOwner() : nullptr;
+}
+
+// fxChannels::receiverOf, but most channels are plain.
+bool receivesFor(const fxInputChannel* channel, const void* target) {
+    const unsigned int kind = fxInputChannel::ownFlag | fxInputChannel::linkFlag;
+    const bool isPlain = (channel->flags & kind) == 0;
+    return (isPlain ? channel->target : fxChannels::receiverOf(channel)) == target;
+}
+
 // The channel of a message; null for any other event.
 fxInputChannel* channelOf(fxEvent* e) {
     return e->getType() == fxET_MessageEvent ? e->getChannel() : nullptr;
@@ -55,10 +70,20 @@ struct fxEventQueue::Index::Entry {
 struct fxEventQueue::Index::Chain {
     fxInputChannel* key;
     Chain* following;  // in the bucket
-    Chain* previous;
-    Chain* next;
     List messages;
     unsigned int count;
+    unsigned int askedAt;  // index in `asked`, if it is
+    Owner* owner;          // null if it is asked
+    Chain* previous;       // of the owner's
+    Chain* next;
+    Chain* nextMatching;  // of Matching
+};
+
+// What lastingOwnerOf says, and the channels of which it says so.
+struct fxEventQueue::Index::Owner {
+    const void* key;
+    Owner* following;  // in the bucket
+    Chain* chains;
 };
 
 fxEventQueue::Index* fxEventQueue::Index::newest = nullptr;
@@ -74,7 +99,10 @@ fxEventQueue::Index::Index(fxEventQueue* owner)
       highest(-1),
       entries(),
       channels(),
-      chains(nullptr),
+      owners(),
+      asked(nullptr),
+      askedSize(0),
+      numberAsked(0),
       young(),
       lookUps(0),
       hasBeenLookedUp(false) {
@@ -94,6 +122,8 @@ fxEventQueue::Index::~Index() {
     }
     std::free(entries.buckets);
     std::free(channels.buckets);
+    std::free(owners.buckets);
+    std::free(asked);
 }
 
 fxEventQueue::Index* fxEventQueue::Index::among(const fxEventQueue* queue) {
@@ -183,39 +213,97 @@ bool fxEventQueue::Index::removeFor(fxEventQueue& queue, fxInputChannel* channel
     return true;
 }
 
+// The messages that reach a target, from a place on. What goes may retarget
+// channels and send more, so all are asked again behind each message, unless that
+// one is known to have called nobody.
+class fxEventQueue::Index::Matching {
+public:
+    Matching(const Index& i, const void* t)
+        : index(i), target(t), first(nullptr), messages(0), chains(0), isKnown(false) {
+        ask();
+    }
+
+    bool isEmpty() const { return !first; }
+
+    // Channels looked at if all messages are taken, in the worst case.
+    unsigned long long cost() const {
+        unsigned long long callers = 0;
+        for (const Chain* chain = first; chain; chain = chain->nextMatching) {
+            for (const Entry* entry = chain->messages.first; entry; entry = entry->next[ofChannel])
+                callers += fxMessageEvent::Pool::callsNobody(entry->key) ? 0 : 1;
+        }
+        return messages * chains + callers * index.numberAsked;
+    }
+
+    // The entry that will be removed next; null at the end.
+    Entry* take(long long place) {
+        if (!isKnown)
+            ask();
+        Entry* found = nullptr;
+        for (const Chain* chain = first; chain; chain = chain->nextMatching) {
+            Entry* entry = chain->messages.first;
+            while (entry && entry->place <= place)
+                entry = entry->next[ofChannel];
+            if (entry && (!found || entry->place < found->place))
+                found = entry;
+        }
+        isKnown = found && fxMessageEvent::Pool::callsNobody(found->key);
+        if (isKnown && found->chain->count == 1)
+            drop(found->chain);
+        return found;
+    }
+
+private:
+    void ask() {
+        first = nullptr;
+        messages = 0;
+        chains = 0;
+        isKnown = true;
+        const Owner* owner = index.owners.find(target);
+        for (Chain* chain = owner ? owner->chains : nullptr; chain; chain = chain->next) {
+            if (receivesFor(chain->key, target))
+                add(chain);
+        }
+        for (unsigned int i = 0; i < index.numberAsked; ++i) {
+            if (__builtin_expect(receivesFor(index.asked[i], target), false))
+                add(index.channels.find(index.asked[i]));
+        }
+    }
+
+    void add(Chain* chain) {
+        chain->nextMatching = first;
+        first = chain;
+        messages += chain->count;
+        ++chains;
+    }
+
+    void drop(const Chain* chain) {
+        Chain** link = &first;
+        while (*link != chain)
+            link = &(*link)->nextMatching;
+        *link = chain->nextMatching;
+    }
+
+    const Index& index;
+    const void* target;
+    Chain* first;
+    unsigned long long messages;
+    unsigned long long chains;
+    bool isKnown;  // the list is what asking would give
+};
+
 bool fxEventQueue::Index::removeForTarget(fxEventQueue& queue, void* target, Predicate predicate) {
     LookUp lookUp(queue);
     const Index* index = lookUp.found();
     if (!index)
         return false;
-    unsigned long long messages = 0;
-    for (const Chain* chain = index->chains; chain; chain = chain->next) {
-        if (fxChannels::receiverOf(chain->key) == target)
-            messages += chain->count;
-    }
-    // What goes may retarget others, so all are asked again for each message.
-    if (messages * index->channels.used > queue.count)
+    Matching matching(*index, target);
+    if (matching.isEmpty())
+        return true;
+    if (matching.cost() > queue.count)
         return false;
-    if (messages != 0)
-        lookUp.remove(target, predicate, [index, target](long long place) {
-            return index->firstBehind(place, target);
-        });
+    lookUp.remove(target, predicate, [&matching](long long place) { return matching.take(place); });
     return true;
-}
-
-fxEventQueue::Index::Entry* fxEventQueue::Index::firstBehind(long long place,
-                                                             const void* target) const {
-    Entry* found = nullptr;
-    for (const Chain* chain = chains; chain; chain = chain->next) {
-        if (fxChannels::receiverOf(chain->key) != target)
-            continue;
-        Entry* entry = chain->messages.first;
-        while (entry && entry->place <= place)
-            entry = entry->next[ofChannel];
-        if (entry && (!found || entry->place < found->place))
-            found = entry;
-    }
-    return found;
 }
 
 // Entering and leaving.
@@ -295,15 +383,8 @@ void fxEventQueue::Index::join(Entry* entry) {
     if (!channel)
         return;
     Chain* chain = channels.find(channel);
-    if (!chain) {
-        chain = new (freeBlocks<Chain>.allocate(sizeof(Chain))) Chain();
-        chain->key = channel;
-        chain->next = chains;
-        if (chains)
-            chains->previous = chain;
-        chains = chain;
-        channels.add(chain);
-    }
+    if (!chain)
+        chain = makeChain(channel);
     Entry* before = chain->messages.last;
     if (before && entry->place < chain->messages.first->place)
         before = nullptr;
@@ -319,13 +400,73 @@ void fxEventQueue::Index::part(Entry* entry) {
     if (!chain)
         return;
     unlink(chain->messages, ofChannel, entry);
-    if (--chain->count != 0)
-        return;
-    (chain->previous ? chain->previous->next : chains) = chain->next;
-    if (chain->next)
-        chain->next->previous = chain->previous;
+    if (--chain->count == 0)
+        endChain(chain);
+}
+
+fxEventQueue::Index::Chain* fxEventQueue::Index::makeChain(fxInputChannel* channel) {
+    auto* chain = new (freeBlocks<Chain>.allocate(sizeof(Chain))) Chain();
+    chain->key = channel;
+    channels.add(chain);
+    if (const void* owner = lastingOwnerOf(channel))
+        joinOwner(chain, owner);
+    else
+        joinAsked(chain);
+    return chain;
+}
+
+void fxEventQueue::Index::endChain(Chain* chain) {
+    if (chain->owner)
+        partOwner(chain);
+    else
+        partAsked(chain);
     channels.cut(chain);
     freeBlocks<Chain>.release(chain, sizeof(Chain));
+}
+
+void fxEventQueue::Index::joinOwner(Chain* chain, const void* itsOwner) {
+    Owner* owner = owners.find(itsOwner);
+    if (!owner) {
+        owner = new (freeBlocks<Owner>.allocate(sizeof(Owner))) Owner();
+        owner->key = itsOwner;
+        owners.add(owner);
+    }
+    chain->owner = owner;
+    chain->next = owner->chains;
+    if (chain->next)
+        chain->next->previous = chain;
+    owner->chains = chain;
+}
+
+void fxEventQueue::Index::partOwner(Chain* chain) {
+    Owner* owner = chain->owner;
+    (chain->previous ? chain->previous->next : owner->chains) = chain->next;
+    if (chain->next)
+        chain->next->previous = chain->previous;
+    if (owner->chains)
+        return;
+    owners.cut(owner);
+    freeBlocks<Owner>.release(owner, sizeof(Owner));
+}
+
+void fxEventQueue::Index::joinAsked(Chain* chain) {
+    if (numberAsked == askedSize) {
+        askedSize = askedSize != 0 ? askedSize * 2 : fewestBuckets;
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): the elements are pointers.
+        void* grown = std::realloc(asked, askedSize * sizeof *asked);
+        if (!grown)
+            fxOutOfMemory();
+        asked = static_cast<fxInputChannel**>(grown);
+    }
+    chain->askedAt = numberAsked;
+    asked[numberAsked++] = chain->key;
+}
+
+// The last one takes its place.
+void fxEventQueue::Index::partAsked(const Chain* chain) {
+    fxInputChannel* last = asked[--numberAsked];
+    channels.find(last)->askedAt = chain->askedAt;
+    asked[chain->askedAt] = last;
 }
 
 void fxEventQueue::Index::link(List& list, Relation relation, Entry* entry, Entry* before) {

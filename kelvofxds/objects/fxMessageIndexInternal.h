@@ -7,10 +7,11 @@ class fxInputChannel;
 
 /// Finds the queued messages for a channel or a target without a look at the
 /// others, so that the end of an object costs what is queued for it, and a look
-/// at each channel that messages are queued for.
+/// at each channel that has messages and whose target may have changed.
 ///
-/// A channel's target is asked for at each look-up, never remembered: hosts may
-/// set it at any time, of which nothing is heard.
+/// That is every one but an fxOwnInput, which receives for its owner. A target is
+/// asked for at each look-up, never remembered: hosts may set it at any time, of
+/// which nothing is heard.
 ///
 /// A queue has an index from the first look-up in a long queue until a look-up
 /// or a distribution finds it short, or a distribution has passed without a
@@ -54,7 +55,9 @@ public:
 private:
     struct Entry;
     struct Chain;
+    struct Owner;
     class LookUp;
+    class Matching;
     enum Relation { ofChannel, unsettled, relations };
 
     struct List {
@@ -85,9 +88,14 @@ private:
     void leave(Entry* entry);
     void join(Entry* entry);
     void part(Entry* entry);
+    Chain* makeChain(fxInputChannel* channel);
+    void endChain(Chain* chain);
+    void joinOwner(Chain* chain, const void* itsOwner);
+    void partOwner(Chain* chain);
+    void joinAsked(Chain* chain);
+    void partAsked(const Chain* chain);
     static void link(List& list, Relation relation, Entry* entry, Entry* before);
     static void unlink(List& list, Relation relation, Entry* entry);
-    Entry* firstBehind(long long place, const void* target) const;
 
     static Index* newest;  // all of them; there is hardly ever more than one
 
@@ -99,7 +107,10 @@ private:
     long long highest;  // place of lastEntered
     Table<Entry> entries;
     Table<Chain> channels;
-    Chain* chains;         // those in `channels`
+    Table<Owner> owners;     // of the channels that are never asked for a target
+    fxInputChannel** asked;  // the other ones: dense, since all are asked each time
+    unsigned int askedSize;
+    unsigned int numberAsked;
     List young;            // events that may be under construction
     unsigned int lookUps;  // in progress
     bool hasBeenLookedUp;  // since a distribution ended

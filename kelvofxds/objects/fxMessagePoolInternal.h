@@ -100,6 +100,14 @@ public:
     /// True of a message that the library has made.
     static bool isPooled(const fxEvent* e) { return fxTableOf(e) == ownTable; }
 
+    /// True of a message whose end, now, is the library's business alone.
+    static bool callsNobody(const fxEvent* event) {
+        if (!isPooled(event))
+            return false;
+        const auto* e = static_cast<const Message*>(event);
+        return e->carriesItsOwn() && e->channel->count > 1 && !e->properties;
+    }
+
 private:
     static constexpr int noType = -1;
 

@@ -1,3 +1,6 @@
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <deque>
 #include <memory>
 #include <new>
@@ -9,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/objects/fxMessageEvent.h"
+#include "kelvofxds/objects/fxWiring.h"
 #include "tests/support/dataFlow.h"
 #include "tests/support/heapCalls.h"
 
@@ -73,6 +77,34 @@ private:
     fxInputChannel* channel;
 };
 
+// A page of inputs that own their function, which nobody reads while it is shut.
+class InputPage {
+public:
+    InputPage()
+        : size(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
+          page(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {}
+    InputPage(const InputPage&) = delete;
+    InputPage& operator=(const InputPage&) = delete;
+    ~InputPage() { munmap(page, size); }
+
+    fxInputChannel* add(fxObj& owner) {
+        auto* input = new (static_cast<Input*>(page) + made++) Input;
+        return fxAddOwnInput(&owner, std::to_string(made).c_str(), input);
+    }
+    void shut() { ASSERT_EQ(0, mprotect(page, size, PROT_NONE)); }
+    void open() { ASSERT_EQ(0, mprotect(page, size, PROT_READ | PROT_WRITE)); }
+
+private:
+    struct Input : fxOwnInput {
+        Input() : fxOwnInput(fxDT_int, receiver(receive), false, [](fxOwnInput*) {}) {}
+        static void receive(void*, int) {}
+    };
+
+    std::size_t size;
+    void* page;
+    unsigned int made = 0;
+};
+
 class longQueue : public DataFlowTest {
 protected:
     longQueue()
@@ -100,9 +132,40 @@ protected:
     fxInputChannel elsewhere;
 };
 
+using longQueueDeathTest = longQueue;
+
 }  // namespace
 
 // Cost.
+
+TEST_F(longQueueDeathTest, endingObjectsLooksAtNoInputOfOthersThatOwnsItsFunction) {
+    const auto endAnObject = [this] {
+        InputPage page;
+        fxObj owner;
+        for (int i = 0; i < 50; ++i) {
+            fxInputChannel* in = page.add(owner);
+            for (int k = 0; k < 10; ++k)
+                fx_theEventHandler->postEvent(new fxMessageEvent(in, new SpyData(k)),
+                                              static_cast<unsigned char>(k % 2));
+        }
+        { const FlowNode entering(log); }
+        FlowNode node(log, "node");
+        fxInputChannel* own = fxOnInput(&node, "own", [](int) {});
+        sender.connect("out", &node, "own");
+        sender.connect("out", &node, "in");
+        page.shut();
+        sender.send(1);
+        fx_theEventHandler->removeEventsFor(&node);
+        fx_theEventHandler->removeMessageEvents(own);
+        EXPECT_EQ(500U, queued());
+        { const FlowNode ending(log); }
+        page.open();
+        fx_theEventHandler->removeEventsFor(&owner);
+        EXPECT_EQ(0U, queued());
+    };
+    EXPECT_EXIT(endAnObject();
+                _exit(testing::Test::HasFailure() ? 1 : 0), testing::ExitedWithCode(0), "");
+}
 
 TEST_F(longQueue, endingObjectsAsksNothingOfTheEventsOfOthers) {
     for (const unsigned int objects : {10U, 100U, 1000U}) {
@@ -363,6 +426,68 @@ TEST_F(longQueue, heirsThatEndInNumbersEndTheirMessages) {
     EXPECT_EQ(0, SpyData::alive);
 }
 
+TEST_F(longQueue, ownAndRetargetedAndConvertedInputsGoTogetherInTheOrderOfTheQueue) {
+    FlowNode holder(log, "holder");
+    auto* object = new fxObj;
+    const auto ignored = [](auto) {};
+    fxOnInput(object, "first", [=](int n) { ignored(n); });
+    fxOnInput(object, "text", [=](const char* t) { ignored(t); });
+    fxOnInput(object, "last", [=](int n) { ignored(n); });
+    const struct {
+        fxObj* to;
+        const char* in;
+    } receivers[] = {
+        {object, "last"}, {&holder, "in"}, {object, "text"}, {object, "first"}, {&other, "in"}};
+    const auto noting = [this](int value) {
+        return new SpyData(value, [this, value] { log.note(std::to_string(value)); });
+    };
+    for (const bool quiet : {false, true}) {
+        fill();
+        { const FlowNode ending(log); }
+        for (int i = 0; i < 10; ++i) {
+            const auto& receiver = receivers[i % 5];
+            sender.connect("out", receiver.to, receiver.in);
+            if (quiet)
+                sender.send(i);
+            else
+                sender.sendData(sender.out, noting(i), fxObj::fxSendQueued);
+            sender.disconnect("out", receiver.to, receiver.in);
+        }
+        holder.in->target = object;
+        EXPECT_EQ(510U, queued());
+        log.take();
+        fx_theEventHandler->removeEventsFor(object);
+        EXPECT_EQ(quiet ? "" : "0 1 2 3 5 6 7 8", log.take());
+        EXPECT_EQ(502U, queued());
+        EXPECT_EQ(quiet ? "other=4 other=9" : "other=4 4 other=9 9", distributeAll());
+        holder.in->target = &holder;
+    }
+    delete object;
+}
+
+TEST_F(longQueue, inputThatIsBeingRemovedLeavesWhatItsOwnerDoesNotReceive) {
+    auto* object = new fxObj;
+    fxInputChannel* in = fxOnInput(object, "in", [](int) {});
+    sender.connect("out", object, "in");
+    fill();
+    { const FlowNode ending(log); }
+    ++in->count;
+    sender.sendData(sender.out, new SpyData(1, [&] { delete std::exchange(object, nullptr); }),
+                    fxObj::fxSendQueued);
+    sender.sendData(sender.out, new SpyData(2), fxObj::fxSendQueued);
+    object->removeInput("in");
+    EXPECT_EQ(nullptr, object);
+    EXPECT_EQ(500U, queued());
+    EXPECT_EQ(0, SpyData::alive);
+    fx_theEventHandler->postEvent(new fxMessageEvent(in, new SpyData(3)), 0);
+    { const FlowNode ending(log); }
+    EXPECT_EQ(501U, queued());
+    fx_theEventHandler->removeEventsFor(nullptr);
+    EXPECT_EQ(500U, queued()) << "nobody is its receiver";
+    in->dec();
+    distributeAll();
+}
+
 // Without a look at a channel, nobody can tell whether it was retargeted before
 // or after the end of the object whose address its target is.
 TEST_F(longQueue, targetWhereAnEndedObjectWasGetsItsMessages) {
@@ -560,7 +685,11 @@ public:
 private:
     std::unique_ptr<FlowNode> make() {
         const unsigned short type = random() % 2 != 0 ? fxDT_int : fxDT_float;
-        return std::make_unique<FlowNode>(log, "n" + std::to_string(++made), type);
+        auto node = std::make_unique<FlowNode>(log, "n" + std::to_string(++made), type);
+        if (type == fxDT_int && random() % 2 != 0)
+            node->in = fxOnInput(node.get(), "in",
+                                 [to = node.get()](int value) { FlowNode::receiveInt(to, value); });
+        return node;
     }
 
     void send(FlowNode& node, int value, bool urgent) {
