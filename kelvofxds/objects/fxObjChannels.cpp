@@ -160,7 +160,7 @@ struct Ends {
 void fxObj::connect(const char* outputName, fxObj* dst, const char* inputName) {
     FX_CHECK_THREAD(fxClassOf(*this));
     const Ends ends("connect", *this, outputName, dst, inputName);
-    if (ends.out && ends.in && !ends.out->isConnectedTo(ends.in))
+    if (ends.out && ends.in && !fxOutputChannel::Walk::leadsTo(ends.out, ends.in))
         ends.out->add(ends.in);
 }
 

@@ -4,6 +4,7 @@
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
+#include "kelvofxds/objects/fxSendWalkInternal.h"
 #include "kelvofxds/objects/fxWiring.h"
 #include "kelvofxds/str/fxTempStr.h"
 #include "kelvofxds/values/fxConverter.h"
@@ -85,7 +86,7 @@ private:
     bool isConnected() const {
         fxOutputChannel* out = fxChannels::outNamed(*from, outputName);
         fxInputChannel* in = fxChannels::inNamed(*to, inputName);
-        return out && in && out->isConnectedTo(in);
+        return out && in && fxOutputChannel::Walk::leadsTo(out, in);
     }
 
     bool explain(fxStr& why) const {

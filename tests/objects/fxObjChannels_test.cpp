@@ -1,4 +1,7 @@
+#include <unistd.h>
+
 #include <csignal>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -6,8 +9,10 @@
 
 #include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/objects/fxObj.h"
+#include "kelvofxds/objects/fxWiring.h"
 #include "kelvofxds/values/fxProperty.h"
 #include "tests/support/dataFlow.h"
+#include "tests/support/inputPage.h"
 
 namespace {
 
@@ -301,6 +306,46 @@ TEST_F(fxObjChannels, connectingTwiceMakesOneConnection) {
         EXPECT_EQ(1U, sources(object.in));
         EXPECT_EQ(2U, object.in->count);
     }
+}
+
+TEST_F(fxObjChannels, connectingTwiceMakesOneConnectionAmongMany) {
+    FlowNode hub(log, "hub");
+    std::vector<std::unique_ptr<FlowNode>> nodes;
+    for (unsigned int i = 0; i < 5; ++i)
+        nodes.push_back(std::make_unique<FlowNode>(log, "n", i % 2 ? fxDT_int : fxDT_float));
+    for (unsigned int round = 1; round <= 3; ++round) {
+        for (const auto& node : nodes) {
+            hub.connect("out", node.get(), "in");
+            node->connect("out", &hub, "in");
+        }
+        EXPECT_EQ(nodes.size(), hub.out->getNumberOfConnections());
+        EXPECT_EQ(nodes.size(), hub.in->sources->length());
+        for (const auto& node : nodes) {
+            EXPECT_TRUE(hub.out->isConnectedTo(node->in));
+            EXPECT_EQ(1U, node->in->sources->length());
+            EXPECT_EQ(1U, node->out->getNumberOfConnections());
+        }
+        hub.disconnect("out", nodes[round].get(), "in");
+        nodes[round]->disconnect("out", &hub, "in");
+    }
+}
+
+TEST_F(fxObjChannelsDeathTest, connectLooksAtNoOtherConnectionOfAnInputWithFewer) {
+    const auto connectMore = [this] {
+        InputPage page;
+        FlowNode hub(log), first(log), second(log);
+        fxObj owner;
+        for (int i = 0; i < 10; ++i)
+            hub.out->add(page.add(owner));
+        second.connect("out", &first, "in");
+        page.shut();
+        hub.connect("out", &first, "in");
+        EXPECT_TRUE(fxTryConnect(&hub, "out", &second, "in"));
+        page.open();
+        EXPECT_EQ(12U, hub.out->getNumberOfConnections());
+    };
+    EXPECT_EXIT(connectMore();
+                _exit(testing::Test::HasFailure() ? 1 : 0), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(fxObjChannels, disconnectUndoesConnect) {

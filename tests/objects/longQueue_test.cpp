@@ -1,4 +1,3 @@
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <deque>
@@ -15,6 +14,7 @@
 #include "kelvofxds/objects/fxWiring.h"
 #include "tests/support/dataFlow.h"
 #include "tests/support/heapCalls.h"
+#include "tests/support/inputPage.h"
 
 // The end of an object while many events are queued that are not for it: what
 // is for it goes, at a cost that the others have no part in.
@@ -75,34 +75,6 @@ public:
 
 private:
     fxInputChannel* channel;
-};
-
-// A page of inputs that own their function, which nobody reads while it is shut.
-class InputPage {
-public:
-    InputPage()
-        : size(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
-          page(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {}
-    InputPage(const InputPage&) = delete;
-    InputPage& operator=(const InputPage&) = delete;
-    ~InputPage() { munmap(page, size); }
-
-    fxInputChannel* add(fxObj& owner) {
-        auto* input = new (static_cast<Input*>(page) + made++) Input;
-        return fxAddOwnInput(&owner, std::to_string(made).c_str(), input);
-    }
-    void shut() { ASSERT_EQ(0, mprotect(page, size, PROT_NONE)); }
-    void open() { ASSERT_EQ(0, mprotect(page, size, PROT_READ | PROT_WRITE)); }
-
-private:
-    struct Input : fxOwnInput {
-        Input() : fxOwnInput(fxDT_int, receiver(receive), false, [](fxOwnInput*) {}) {}
-        static void receive(void*, int) {}
-    };
-
-    std::size_t size;
-    void* page;
-    unsigned int made = 0;
 };
 
 class longQueue : public DataFlowTest {
