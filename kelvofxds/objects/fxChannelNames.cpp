@@ -36,6 +36,23 @@ fxStr demangled(const std::type_info& info) {
         name.remove(0, sizeof unnamed - 1);
     return name;
 }
+
+// On one line: with escapes for what is no character of a line.
+fxStr escaped(const char* name) {
+    fxStr text;
+    for (const char* at = name ? name : ""; *at; ++at) {
+        const unsigned char byte = static_cast<unsigned char>(*at);
+        const unsigned char firstPrintable = 0x20;
+        const unsigned char deleted = 0x7F;
+        if (byte < firstPrintable || byte == deleted)
+            text.append(fxStr(static_cast<int>(byte), "\\x%02X").c_str());
+        else
+            text.append(*at);
+    }
+    return text;
+}
+
+const unsigned int mostListed = 20;
 }  // namespace
 
 fxStr fxChannels::typeName(unsigned short code) {
@@ -48,23 +65,10 @@ fxStr fxChannels::className(const fxObj* object) {
     const char* said = object->className();
     const std::type_info* info = typeInfoOf(object);
     const bool isOwn = said && std::strcmp(said, "fxXDRObj") != 0;
-    return isOwn || !info ? fxStr(said) : demangled(*info);
+    return isOwn || !info ? escaped(said) : demangled(*info);
 }
 
-fxStr fxChannels::quoted(const char* name) {
-    fxStr text("\"");
-    for (const char* at = name ? name : ""; *at; ++at) {
-        const unsigned char byte = static_cast<unsigned char>(*at);
-        const unsigned char firstPrintable = 0x20;
-        const unsigned char deleted = 0x7F;
-        if (byte < firstPrintable || byte == deleted)
-            text.append(fxStr(static_cast<int>(byte), "\\x%02X").c_str());
-        else
-            text.append(*at);
-    }
-    text.append('"');
-    return text;
-}
+fxStr fxChannels::quoted(const char* name) { return "\"" | escaped(name) | "\""; }
 
 fxStrArray fxChannels::namesIn(fxVoidPtrDict* channels) {
     fxStrArray names;
@@ -82,7 +86,11 @@ fxStr fxChannels::joined(const fxStrArray& names) {
     for (unsigned int i = 0; i < names.length(); ++i) {
         if (i != 0)
             text.append(", ");
-        text.append(names[i].c_str());
+        if (i == mostListed) {
+            text.append("...");
+            break;
+        }
+        text.append(names[i].length() == 0 ? "\"\"" : escaped(names[i].c_str()).c_str());
     }
     return text;
 }

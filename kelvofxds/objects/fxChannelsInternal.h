@@ -33,13 +33,15 @@ inline const void* receiverOf(const fxInputChannel* channel) {
 /// host's own.
 fxStr typeName(unsigned short code);
 /// The name of the object's class: what className() says or, where no class
-/// but fxXDRObj says it, the class's own name in C++, if the host has it.
+/// but fxXDRObj says it, the class's own name in C++, if the host has it. With
+/// escapes, as in `quoted`.
 fxStr className(const fxObj* object);
 /// `name` in quotation marks, with escapes for what is no character of a line.
 fxStr quoted(const char* name);
 /// The names of the channels in `channels`, which may be null, in its order.
 fxStrArray namesIn(fxVoidPtrDict* channels);
-/// The names with commas between them.
+/// The names with commas between them, and escapes, as in `quoted`; behind the
+/// twentieth, "..." stands for the others.
 fxStr joined(const fxStrArray& names);
 /// Class, name and type of a channel; `kind` is "input" or "output".
 fxStr named(const fxObj* owner, const char* kind, const char* name, unsigned short type);

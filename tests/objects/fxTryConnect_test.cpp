@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <memory>
 #include <string>
@@ -57,6 +58,12 @@ struct Choosy : Reader {
     bool isWilling = false;
 };
 
+// One whose name for streams is no line.
+struct TwoLines : fxObj {
+    const char* className() const override { return "Two\nLines\x7F"; }
+    void connect(const char*, fxObj*, const char*) override {}
+};
+
 class tryConnect : public DataFlowTest {
 protected:
     std::string whyNot(fxObj* from, const char* out, fxObj* to, const char* in) {
@@ -107,6 +114,37 @@ TEST_F(tryConnect, saysWhichNamesThereAre) {
         SCOPED_TRACE(c.why);
         EXPECT_EQ(c.why, whyNot(c.from, c.out, c.to, c.in));
         EXPECT_FALSE(fxTryConnect(c.from, c.out, c.to, c.in, nullptr));
+    }
+}
+
+TEST_F(tryConnect, saysItInOneLine) {
+    TwoLines two;
+    two.addOutput("o\tut", fxDT_int);
+    EXPECT_EQ("object has no output \"out\"; it has: o\\x09ut",
+              whyNot(&two, "out", &meter, "number"));
+    EXPECT_EQ(
+        "Two\\x0ALines\\x7F overrides connect, which left output \"o\\x09ut\" without input "
+        "\"number\" of Meter",
+        whyNot(&two, "o\tut", &meter, "number"));
+    fxObj unnamed;
+    unnamed.addOutput("", fxDT_int);
+    EXPECT_EQ("object has no output \"out\"; it has: \"\"",
+              whyNot(&unnamed, "out", &meter, "number"));
+}
+
+TEST_F(tryConnect, namesTwentyChannelsAndNoMore) {
+    fxObj many;
+    const auto names = [&] { return whyNot(&many, "?", &meter, "number"); };
+    for (int i = 0; i < 20; ++i)
+        many.addOutput(("out" + std::to_string(i)).c_str(), fxDT_int);
+    const std::string all = names();
+    EXPECT_EQ(19, std::count(all.begin(), all.end(), ','));
+    EXPECT_EQ(std::string::npos, all.find("..."));
+    for (const char* another : {"another", "a third"}) {
+        many.addOutput(another, fxDT_int);
+        const std::string some = names();
+        EXPECT_EQ(20, std::count(some.begin(), some.end(), ','));
+        EXPECT_EQ(some.size() - 5, some.find(", ..."));
     }
 }
 
@@ -172,6 +210,7 @@ TEST_F(tryConnect, asksAClassThatOverridesConnect) {
 TEST_F(tryConnect, findsAConnectionThatWasPassedOn) {
     Box box(&reader);
     EXPECT_EQ("connected", whyNot(&box, "line", &meter, "number"));
+    EXPECT_FALSE(fxTryConnect(&box, "line", &meter, "number")) << "it is no news any more";
     EXPECT_TRUE(fxTryConnect(&reader, "line", &meter, "number", nullptr));
     EXPECT_EQ("object has no output \"lnie\"; it has none", whyNot(&box, "lnie", &meter, "number"));
 }

@@ -210,6 +210,17 @@ TEST_F(fxWiringLogTest, keepsALineInOneLine) {
     EXPECT_EQ(
         "wiring: connected Reader output \"size\" (int) to Sum input \"two\\x0Alines\" (void)\n",
         said());
+    reader.connect("size", &sum, "tow\nlines");
+    EXPECT_EQ(
+        "wiring: ignored connect: Sum has no input \"tow\\x0Alines\"; it has: number, "
+        "two\\x0Alines\n",
+        said());
+    struct : fxObj {
+        const char* className() const override { return "My\nReader"; }
+    } named;
+    named.connect("size", &sum, "number");
+    EXPECT_EQ("wiring: ignored connect: My\\x0AReader has no output \"size\"; it has none\n",
+              said());
 }
 
 TEST_F(fxWiringLogDeathTest, saysWhichTypesEndTheProcess) {
