@@ -266,12 +266,35 @@ fxInputChannel* addPlain(Object* object, const char* name, R (*function)(Class*,
     }
 }
 
+/// Whether it is a function whose first argument is an object.
+template <class F>
+inline constexpr bool isPlainReceiver = false;
+template <class R, class C, class... T>
+inline constexpr bool isPlainReceiver<R (*)(C*, T...)> = true;
+template <class R, class C, class... T>
+inline constexpr bool isPlainReceiver<R (*)(C*, T...) noexcept> = true;
+
 /// Whether fxAddInput takes such a function.
 template <class F>
-inline constexpr bool isReceiver = std::is_member_function_pointer_v<F>;
-template <class R, class C, class... T>
-inline constexpr bool isReceiver<R (*)(C*, T...)> = true;
-template <class R, class C, class... T>
-inline constexpr bool isReceiver<R (*)(C*, T...) noexcept> = true;
+inline constexpr bool isReceiver = std::is_member_function_pointer_v<F> || isPlainReceiver<F>;
+
+/// Whether `F` is a member function that can be called on an `Object`; one that is
+/// none that can be does not compile, and says why.
+template <class Object, class F>
+constexpr bool isMemberOf() {
+    if constexpr (!std::is_member_function_pointer_v<F>) {
+        return false;
+    } else if constexpr (!Signature<F>::isKnown) {
+        static_assert(Signature<F>::isKnown,
+                      "fxAddInput takes a member function that is not declared with &&, volatile "
+                      "or ...");
+        return false;
+    } else {
+        using Class = typename Signature<F>::Class;
+        static_assert(std::is_base_of_v<Class, Object>,
+                      "fxAddInput takes a member function of the object's class or of its bases");
+        return std::is_base_of_v<Class, Object>;
+    }
+}
 
 }  // namespace fxInputs

@@ -34,20 +34,21 @@ fxInputChannel* fxAddInput(Object* object, const char* name, Function function,
     static_assert(fxInputs::isReceiver<Function>,
                   "fxAddInput takes a member function or a function void f(Class*, value); "
                   "fxOnInput takes a lambda");
-    if constexpr (std::is_member_function_pointer_v<Function>) {
+    if constexpr (fxInputs::isMemberOf<Object, Function>()) {
         using Signature = fxInputs::Signature<Function>;
         typename Signature::Class* self = object;
         return fxInputs::addMember(object, name, self, function, latestOnly,
                                    typename Signature::Takes());
-    } else if constexpr (fxInputs::isReceiver<Function>) {
+    } else if constexpr (fxInputs::isPlainReceiver<Function>) {
         return fxInputs::addPlain(object, name, function, latestOnly);
     } else {
         return nullptr;
     }
 }
 
-/// Adds an input to `object`, whose values go to `function`, a lambda or anything
-/// else that can be called; the input owns it, and ends it when it ends itself:
+/// Adds an input to `object`, whose values go to `function`, a lambda, a plain
+/// function or anything else with one call operator whose parameter has a type; the
+/// input owns it, and ends it when it ends itself:
 ///
 ///     fxOnInput(this, "tick", [this] { redraw(); });
 ///
@@ -56,11 +57,14 @@ fxInputChannel* fxAddInput(Object* object, const char* name, Function function,
 template <class Function>
 fxInputChannel* fxOnInput(fxObj* object, const char* name, Function&& function,
                           bool latestOnly = false) {
-    using Signature = fxInputs::CallSignature<std::decay_t<Function>>;
-    static_assert(Signature::isKnown,
+    using Callee = std::decay_t<Function>;
+    using Signature = fxInputs::CallSignature<Callee>;
+    static_assert(!std::is_member_pointer_v<Callee>,
+                  "fxOnInput takes a lambda; fxAddInput takes a member function");
+    static_assert(Signature::isKnown || std::is_member_pointer_v<Callee>,
                   "fxOnInput takes a function with one call operator whose parameter has a type, "
                   "such as [](int value) {}");
-    if constexpr (Signature::isKnown)
+    if constexpr (Signature::isKnown && !std::is_member_pointer_v<Callee>)
         return fxInputs::add(object, name, std::forward<Function>(function), latestOnly,
                              typename Signature::Takes());
     else
