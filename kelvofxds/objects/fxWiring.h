@@ -80,8 +80,8 @@ fxInputChannel* fxOnInput(fxObj* object, const char* name, Function&& function,
 /// A class that overrides connect is asked also for names that it has no channel of:
 /// it may pass them on to another object, and a connection that is new at the input
 /// counts, but one that was there is not told from those of others: a second call of
-/// the same returns false. It is not asked where the types of two channels that are there do not
-/// convert.
+/// the same returns false. It is not asked where the types of two channels that are
+/// there do not convert.
 FX_EXPORT bool fxTryConnect(fxObj* from, const char* outputName, fxObj* to, const char* inputName,
                             fxStr* why = nullptr);
 
