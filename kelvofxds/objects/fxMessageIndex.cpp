@@ -278,10 +278,12 @@ private:
     }
 
     void drop(const Chain* chain) {
-        Chain** link = &first;
-        while (*link != chain)
-            link = &(*link)->nextMatching;
-        *link = chain->nextMatching;
+        for (Chain** link = &first; *link; link = &(*link)->nextMatching) {
+            if (*link == chain) {
+                *link = chain->nextMatching;
+                return;
+            }
+        }
     }
 
     const Index& index;
