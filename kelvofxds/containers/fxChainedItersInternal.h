@@ -78,7 +78,7 @@ struct fxChainedIters {
     static void leave(Iter& iter, const Bucket* b) {
         if (iter.bucket != b || !containerOf(iter) || (iter.flags & Iter::parked))
             return;
-        if (iter.flags & Iter::advanced) {
+        if ((iter.flags & Iter::advanced) && !(iter.flags & Iter::follows)) {
             // A second removal leaves the iterator on the removed entry.
             iter.flags |= Iter::parked;
         } else {

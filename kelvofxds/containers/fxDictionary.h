@@ -237,6 +237,7 @@ protected:
 
     static const unsigned int advanced = 1;  // already on the next entry, or at the end
     static const unsigned int parked = 2;    // on an entry that has been removed
+    static const unsigned int follows = 4;   // never parks, but moves on again: loops of std.h
 
     /// Whether there is a present entry.
     bool atEntry() const { return !(flags & advanced) && bucket; }

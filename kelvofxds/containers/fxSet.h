@@ -249,6 +249,7 @@ protected:
 
     static const unsigned int advanced = 1;  // already on the next key, or at the end
     static const unsigned int parked = 2;    // on an entry that has been removed
+    static const unsigned int follows = 4;   // never parks, but moves on again: loops of std.h
 
     /// What ++ does where it is not just a move along a chain.
     void step();

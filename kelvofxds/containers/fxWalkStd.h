@@ -1,139 +1,87 @@
 // fxWalkStd.h - the walk behind loops over dictionaries and sets; not for hosts.
 #pragma once
 
-#include <cstdint>
-#include <vector>
-
 #include "kelvofxds/containers/fxDictionary.h"
 #include "kelvofxds/containers/fxSet.h"
 
 namespace fxStdParts {
 
-/// What fxDictIter keeps for those that are derived from it.
+/// What fxDictIter and its dictionary keep for those that are derived from them.
 struct DictSteps : fxDictIter {
     using Container = fxDictionary;
-    using Bucket = fxDictBucket;
     using fxDictIter::fxDictIter;
 
     Container* container() const { return dict; }
-    Bucket* head() const {
+    static void end(fxDictIter& iter) {
+        iter.*(&DictSteps::dict) = nullptr;
+        iter.*(&DictSteps::bucket) = nullptr;
+        iter.*(&DictSteps::flags) = advanced;
+    }
+    static fxDictIters& itersOf(Container& d) {
         struct Fields : fxDictionary {
-            static const fxDictBuckets& heads(const fxDictionary& d) {
-                return d.*(&Fields::buckets);
-            }
+            static fxDictIters& of(fxDictionary& d) { return d.*(&Fields::iters); }
         };
-        return Fields::heads(*dict)[bucketIndex];
+        return Fields::of(d);
     }
 };
 
-/// What fxSetIter keeps.
+/// What fxSetIter and its set keep.
 struct SetSteps : fxSetIter {
     using Container = fxSet;
-    using Bucket = fxSetBucket;
     using fxSetIter::fxSetIter;
 
     Container* container() const { return set; }
-    Bucket* head() const {
+    static void end(fxSetIter& iter) {
+        iter.*(&SetSteps::set) = nullptr;
+        iter.*(&SetSteps::bucket) = nullptr;
+        iter.*(&SetSteps::flags) = advanced;
+    }
+    static fxSetIters& itersOf(Container& s) {
         struct Fields : fxSet {
-            static const fxSetBuckets& heads(const fxSet& s) { return s.*(&Fields::buckets); }
+            static fxSetIters& of(fxSet& s) { return s.*(&Fields::iters); }
         };
-        return Fields::heads(*set)[bucketIndex];
+        return Fields::of(s);
     }
-};
-
-/// The entries of the present bucket that a walk has seen. They may be gone: addresses are
-/// compared, never followed.
-class Seen {
-public:
-    void clear() { count = 0; }
-    void add(const void* entry) {
-        const auto address = reinterpret_cast<std::uintptr_t>(entry);
-        if (count < few)
-            inPlace[count] = address;
-        else if (count - few < rest.size())
-            rest[count - few] = address;
-        else
-            rest.push_back(address);
-        ++count;
-    }
-    bool none() const { return count == 0; }
-    bool lastIs(const void* entry) const {
-        const unsigned int i = count - 1;
-        return reinterpret_cast<std::uintptr_t>(entry) == (i < few ? inPlace[i] : rest[i - few]);
-    }
-    void dropLast() { --count; }
-
-private:
-    static const unsigned int few = 6;
-
-    unsigned int count = 0;
-    std::uintptr_t inPlace[few];
-    std::vector<std::uintptr_t> rest;
 };
 
 /// A registered iterator that skips nothing, whatever is removed.
 ///
-/// When the present entry is removed, the iterator of the library stands on the one behind it.
-/// If that is removed, too, before the next step, it does not know any more where it was, and
-/// goes to the next bucket. This one knows what it has seen of the bucket, and goes on behind the
-/// last of that. New entries are in front of their bucket: where they are before all that was
-/// seen, they are not visited; where nothing of that is left, they may be.
+/// When the present entry is removed, the iterators of the library stand on the one behind it. If
+/// that is removed, too, before the next step, those of hosts do not know any more where they
+/// were, and go to the next bucket. This one follows: it is moved on again. New entries are in
+/// front of their bucket, so none of the present bucket is visited.
 template <class Steps>
 class Walk : public Steps {
 public:
-    using typename Steps::Bucket;
     using typename Steps::Container;
 
     Walk() = default;
-    explicit Walk(Container& c) : Steps(c) { arrive(); }
+    explicit Walk(Container& c) : Steps(c) { this->flags |= Steps::follows; }
 
     void next() {
-        if (this->container() && (this->flags & Steps::parked))
-            goOn();
-        else
-            Steps::operator++();
-        arrive();
+        if (this->flags == Steps::follows && this->bucket && this->bucket->next) {
+            this->bucket = this->bucket->next;
+        } else {
+            Steps::step();
+            this->flags |= Steps::follows;
+        }
     }
     bool isOver() const { return !this->container(); }
     bool isWith(const Walk& other) const {
         return isOver() ? other.isOver()
                         : this->container() == other.container() && this->bucket == other.bucket;
     }
-
-private:
-    void arrive() {
-        if (isOver())
-            return;
-        if (this->bucketIndex != bucketSeen) {
-            seen.clear();
-            bucketSeen = this->bucketIndex;
-        }
-        seen.add(this->bucket);
-    }
-
-    void goOn() {
-        this->flags = 0;
-        this->bucket = behindSeen();
-        if (!this->bucket)
-            this->advanceToValid();
-    }
-
-    Bucket* behindSeen() {
-        if (this->bucketIndex != bucketSeen)
-            return this->head();
-        for (; !seen.none(); seen.dropLast()) {
-            for (Bucket* b = this->head(); b; b = b->next) {
-                if (seen.lastIs(b))
-                    return b->next;
-            }
-        }
-        return this->head();
-    }
-
-    static const unsigned int noBucket = 0xFFFFFFFF;
-
-    unsigned int bucketSeen = noBucket;
-    Seen seen;
 };
+
+/// Brings all iterators on `c` to their end.
+template <class Steps>
+void endIters(typename Steps::Container& c) {
+    auto& iters = Steps::itersOf(c);
+    for (unsigned int i = 0; i < iters.length(); ++i) {
+        if (iters[i])
+            Steps::end(*iters[i]);
+        iters[i] = nullptr;
+    }
+}
 
 }  // namespace fxStdParts

@@ -274,6 +274,73 @@ TYPED_TEST(fxWalkStd, entriesAddedBeforeWhatWasSeenDoNotRepeatTheWalk) {
     EXPECT_EQ(10, visits);
 }
 
+TYPED_TEST(fxWalkStd, anEntryInTheMemoryOfOneThatWasSeenIsNoPlaceOfTheWalk) {
+    const auto key = [](int i) { return fxStr(i, "a key with many letters %d"); };
+    TypeParam c(1);
+    for (int i = 0; i < 4; ++i)
+        addTo(c, key(i));
+    std::vector<std::string> visited;
+    for (auto& entry : c) {
+        visited.push_back(fxString(keyOf(entry)));
+        if (visited.back() == fxView(key(3)) && visited.size() == 1) {
+            c.remove(key(0));
+            addTo(c, key(4));  // likely to be where that was
+        } else if (visited.back() == fxView(key(2))) {
+            c.remove(key(2));
+            c.remove(key(1));
+            addTo(c, key(5));
+            addTo(c, key(6));
+        }
+    }
+    EXPECT_EQ((std::vector<std::string>{fxString(key(3)), fxString(key(2))}), visited);
+}
+
+TYPED_TEST(fxWalkStd, whateverIsAddedAndRemovedEachEntryComesOnce) {
+    for (unsigned int seed = 0; seed < 3000; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        TypeParam c(1 + seed % 3);
+        int made = 0;
+        std::set<std::string> alive, visited;
+        const auto add = [&] {
+            alive.insert(std::to_string(made));
+            addTo(c, fxStrOf(std::to_string(made++)));
+        };
+        for (unsigned int n = random() % 12; n != 0; --n)
+            add();
+        std::set<std::string> staying = alive;
+        for (auto& entry : c) {
+            const std::string present = fxString(keyOf(entry));
+            ASSERT_TRUE(visited.insert(present).second) << present;
+            ASSERT_TRUE(alive.count(present)) << present;
+            for (unsigned int n = random() % 5; n != 0; --n) {
+                if (random() % 3 == 0 && made < 100)
+                    add();
+                const std::string going =
+                    random() % 2 ? present : std::to_string(random() % static_cast<unsigned>(made));
+                c.remove(fxStrOf(going));
+                alive.erase(going);
+                staying.erase(going);
+            }
+        }
+        EXPECT_TRUE(std::includes(visited.begin(), visited.end(), staying.begin(), staying.end()));
+    }
+}
+
+TYPED_TEST(fxWalkStd, removingThePresentEntryAndTheNextTakesNoSearch) {
+    TypeParam c(1);
+    const int n = 60000;
+    fill(c, n);
+    int visits = 0;
+    for (auto& entry : c) {
+        const int present = std::stoi(fxString(keyOf(entry)));
+        c.remove(fxStrOf(std::to_string(present)));
+        c.remove(fxStrOf(std::to_string(present - 1)));
+        ++visits;
+    }
+    EXPECT_EQ(n / 2, visits);
+}
+
 TYPED_TEST(fxWalkStd, walksAreNestedAndBrokenOff) {
     TypeParam c(2);
     fill(c, 10);
