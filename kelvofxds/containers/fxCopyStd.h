@@ -33,9 +33,10 @@ inline void addBackwards(const fxSet& from, fxSet& to) {
         to.add(keys[i - 1]);
 }
 
-/// Removes every entry by the container's own remove, which moves iterators on.
+/// Removes every entry by the container's own remove, when its iterators are at their end.
 template <class Steps, class Container>
 void removeAll(Container& c) {
+    endIters<Steps>(c);
     for (Walk<Steps> walk(c); !walk.isOver(); walk.next())
         c.remove(walk.getKey());
 }
@@ -89,7 +90,8 @@ To& copyInto(const From& from, To& to) {
 /// Makes `to` a copy of `from` and returns it: what it held goes, and it gets copies of all
 /// entries, made by its class's own operations. This is what a copy constructor and an assignment
 /// of dictionaries and sets do not do. Where both have as many buckets, walks of both are alike.
-/// A dictionary is left alone that is copied into itself. Linear; iterators on `to` go to its end.
+/// A dictionary is left alone that is copied into itself. Linear; iterators on `to`, those of
+/// loops among them, are at their end then.
 /// To add entries only, assign a dictionary, or use operator|= of sets.
 template <class From, class To>
 std::enable_if_t<std::is_base_of_v<fxDictionary, From> && std::is_base_of_v<fxDictionary, To>, To&>

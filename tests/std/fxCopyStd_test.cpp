@@ -92,6 +92,58 @@ TEST(fxCopyInto, setsAreCopiedToo) {
     EXPECT_EQ(walk(from), walk(to));
 }
 
+TEST(fxCopyInto, walksOfTheTargetAreAtTheirEnd) {
+    fxStrStrDictionary from(1), to(1);
+    fxAddAll(from, {{"a", "1"}, {"b", "2"}, {"c", "3"}});
+    fxAddAll(to, {{"x", "1"}, {"y", "2"}});
+    auto walked = begin(to);
+    fxStrStrDictionaryIter iter(to);
+    fxCopyInto(from, to);
+    EXPECT_TRUE(walked == end(to));
+    EXPECT_TRUE(++walked == end(to));
+    EXPECT_EQ(nullptr, iter.key());
+    ++iter;
+    EXPECT_EQ(nullptr, iter.key());
+    iter = fxStrStrDictionaryIter(to);
+    EXPECT_NE(nullptr, iter.key());
+    EXPECT_EQ(3U, walk(to).size());
+
+    fxStrSet some(1), others(1);
+    fxAddAll(some, {"a", "b"});
+    fxAddAll(others, {"x", "y"});
+    auto key = begin(others);
+    fxStrSetIter setIter(others);
+    fxCopyInto(some, others);
+    EXPECT_TRUE(key == end(others));
+    EXPECT_TRUE(++key == end(others));
+    EXPECT_EQ(nullptr, setIter.getKey());
+    EXPECT_EQ(2U, walk(others).size());
+}
+
+TEST(fxCopyInto, aLoopOverTheTargetEnds) {
+    for (const unsigned int buckets : {1U, 31U}) {
+        SCOPED_TRACE(buckets);
+        fxStrStrDictionary from(buckets), to(buckets);
+        fxAddAll(from, {{"a", "1"}, {"b", "2"}, {"c", "3"}});
+        fxAddAll(to, {{"x", "1"}, {"y", "2"}});
+        int visits = 0;
+        for (auto& entry : to) {
+            (void)entry;
+            fxCopyInto(from, to);
+            ASSERT_EQ(1, ++visits);
+        }
+        fxStrSet some(buckets), others(buckets);
+        fxAddAll(some, {"a", "b"});
+        fxAddAll(others, {"x", "y"});
+        for (auto& key : others) {
+            (void)key;
+            fxCopyInto(some, others);
+            ASSERT_EQ(2, ++visits);
+        }
+        EXPECT_EQ(2, visits);
+    }
+}
+
 TEST(fxCopyInto, aHostsOperationsMakeAndEndEveryKeyAndValue) {
     int numbers[] = {1, 2, 3};
     TestDictionary from(2), to(5);
