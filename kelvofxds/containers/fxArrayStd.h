@@ -25,25 +25,25 @@ using fxElementOf = typename fxStdParts::ElementOf<std::remove_const_t<A>>::type
 
 /// The first element.
 template <class A>
-FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
+FX_STD_REQUIRES((fxStdParts::From<fxArray, A>::value))
 fxStdParts::Looped<A>* begin(A& array) {
     return fxStdParts::first(array);
 }
 /// The same.
 template <class A>
-FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
+FX_STD_REQUIRES((fxStdParts::From<fxArray, A>::value))
 fxStdParts::Looped<const A>* begin(const A& array) {
     return fxStdParts::first(array);
 }
 /// Behind the last element.
 template <class A>
-FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
+FX_STD_REQUIRES((fxStdParts::From<fxArray, A>::value))
 fxStdParts::Looped<A>* end(A& array) {
     return fxStdParts::first(array) + array.length();
 }
 /// The same.
 template <class A>
-FX_STD_REQUIRES((std::is_base_of_v<fxArray, A>))
+FX_STD_REQUIRES((fxStdParts::From<fxArray, A>::value))
 fxStdParts::Looped<const A>* end(const A& array) {
     return fxStdParts::first(array) + array.length();
 }
@@ -57,7 +57,8 @@ fxStdParts::Looped<const A>* end(const A& array) {
 /// written, as always.
 template <class A>
 void fxAppend(A& array, const fxElementOf<A>& value) {
-    if constexpr (fxStdParts::HasBegin<A>::value)
+    using T = fxElementOf<A>;
+    if constexpr (fxStdParts::IsArrayOf<A, T>::value)
         array.append(value);
     else if constexpr (fxStdParts::TakesBytes<A>::value)
         fxStdParts::appendBytes(array, value);
@@ -68,23 +69,32 @@ void fxAppend(A& array, const fxElementOf<A>& value) {
 /// over.
 template <class A>
 void fxAppend(A& array, fxElementOf<A>&& value) {
-    if constexpr (fxStdParts::HasBegin<A>::value)
+    using T = fxElementOf<A>;
+    if constexpr (fxStdParts::IsArrayOf<A, T>::value)
         array.append(std::move(value));
     else if constexpr (std::is_same_v<A, fxStrArray>)
         fxStdParts::appendMoved(array, value);
     else
-        fxAppend(array, static_cast<const fxElementOf<A>&>(value));
+        fxAppend(array, static_cast<const T&>(value));
 }
-/// The same with a text of any kind.
-inline void fxAppend(fxStrArray& array, const fxText& text) { fxAppend(array, text.str()); }
+/// The same with a text of any kind, to any array of strings.
+template <class A, class Text>
+std::enable_if_t<fxStdParts::IsTextFor<fxElementOf<A>, Text>::value> fxAppend(A& array,
+                                                                              const Text& text) {
+    fxAppend(array, fxText(text).str());
+}
+/// Numbers and null are no texts.
+template <class A, class Value>
+std::enable_if_t<fxStdParts::IsNoTextFor<fxElementOf<A>, Value>::value> fxAppend(
+    A& array, const Value& value) = delete;
 
 /// An array of the values of any range, such as a std::vector. It has room for them and no more.
 template <class A, class Range>
-A fxMake(const Range& values) {
+A fxMake(Range&& values) {
     using Element = typename fxStdParts::ElementOf<A>::type;
     static_assert(sizeof(typename fxStdParts::ItemOf<A>::type) != 0);
     A array;
-    for (const auto& value : values)
+    for (auto&& value : values)
         fxAppend(array, fxStdParts::madeOf<Element>(value));
     array.setMaxLength(0);
     return array;
@@ -101,12 +111,23 @@ A fxMake(std::initializer_list<typename fxStdParts::ItemOf<A>::type> values) {
     return array;
 }
 
-/// Whether an element equals `value`, by ==: numbers as numbers, where find compares bytes;
-/// strings in all their bytes, where find stops at a NUL. O(n).
+/// Whether an element equals `value`, by ==: numbers as numbers of whatever types, so that no
+/// short equals 65537, where find compares bytes; strings in all their bytes, where find stops at
+/// a NUL. O(n).
 template <class A>
 bool contains(const A& array, const fxElementOf<A>& value) {
     for (const auto& element : array) {
         if (element == value)
+            return true;
+    }
+    return false;
+}
+/// The same for a number of another type than that of the elements.
+template <class A, class Number>
+std::enable_if_t<fxStdParts::OtherNumber<fxElementOf<A>, Number>::value, bool> contains(
+    const A& array, const Number& value) {
+    for (const auto& element : array) {
+        if (fxStdParts::sameNumber(element, value))
             return true;
     }
     return false;

@@ -63,7 +63,8 @@ void sortByBytes(T* first, unsigned int n, Less less) {
 /// Whether the elements of an array class know no other move than by bytes, or none as quick.
 template <class A, class T>
 constexpr bool movesByBytesAlone() {
-    return !std::is_trivially_copyable_v<T> && (!HasBegin<A>::value || fxMovesByBytes<T>::value);
+    return !std::is_trivially_copyable_v<T> &&
+           (!From<fxArrayOfElements<T>, A>::value || fxMovesByBytes<T>::value);
 }
 
 }  // namespace fxStdParts

@@ -33,7 +33,37 @@ class Points : public fxArray {
 int Points::copies = 0;
 FX_DEFINE_ARRAY(Points, Point)
 
-class Names : public fxStrArray {};
+class Names : public fxStrArray {
+public:
+    void copyElements(const void* from, void* to, unsigned int bytes) const override {
+        ++copies;
+        fxStrArray::copyElements(from, to, bytes);
+    }
+    mutable int copies = 0;
+};
+
+// Classes with loops of their own.
+class Pointers : public fxVoidPtrArray {
+public:
+    void** begin() { return static_cast<void**>(at(0)); }
+    void** end() { return begin() + length(); }
+};
+class Numbers : public fxIntArray {
+public:
+    int* begin() { return static_cast<int*>(at(0)); }
+    int* end() { return begin() + length(); }
+};
+
+// A range that cannot be iterated where it is const.
+struct Countdown {
+    int left;
+    struct End {};
+    Countdown& begin() { return *this; }
+    End end() { return {}; }
+    int operator*() const { return left; }
+    void operator++() { --left; }
+    bool operator!=(End) const { return left != 0; }
+};
 
 template <class Container>
 int countAll(Container& container) {
@@ -175,6 +205,45 @@ TEST(fxArrayStd, arraysOfAHostGoThroughTheirOwnOperations) {
     EXPECT_EQ(102, host::countAll(points));
 }
 
+TEST(fxArrayStd, textsOfEveryKindGoThroughTheOperationsOfADerivedClass) {
+    host::Names names;
+    const fxStr text("c");
+    fxAppend(names, "a");
+    EXPECT_EQ(1, names.copies);
+    fxAppend(names, "b"s);
+    EXPECT_EQ(2, names.copies);
+    fxAppend(names, "d"sv);
+    EXPECT_EQ(3, names.copies);
+    fxAppend(names, text);
+    EXPECT_EQ(4, names.copies);
+    fxAppend(names, text | "d");
+    EXPECT_EQ(5, names.copies);
+    ASSERT_EQ(5U, names.length());
+    EXPECT_EQ("cd"sv, fxView(names[4U]));
+}
+
+TEST(fxArrayStd, textsOfEveryKindAreAppendedToAnyArrayOfStrings) {
+    fxArrayOf<fxStr> texts;
+    fxAppend(texts, "a"s);
+    fxAppend(texts, "b\0"sv);
+    fxAppend(texts, "c");
+    fxAppend(texts, {"d"});
+    ASSERT_EQ(4U, texts.length());
+    EXPECT_EQ("b\0"sv, fxView(texts[1U]));
+}
+
+TEST(fxArrayStd, aClassWithLoopsOfItsOwnIsNoArrayOf) {
+    static int object = 0x11111111;
+    host::Pointers pointers;
+    fxAppend(pointers, &object);
+    ASSERT_EQ(1U, pointers.length());
+    EXPECT_EQ(&object, pointers[0U]);
+    host::Numbers numbers;
+    fxAppend(numbers, 5);
+    fxAppend(numbers, 0);
+    EXPECT_EQ((std::vector<int>{5, 0}), std::vector<int>(numbers.begin(), numbers.end()));
+}
+
 TEST(fxArrayStd, derivedClassesAndNamespacesAreFoundInTemplates) {
     host::Names names;
     fxAppend(names, "a");
@@ -202,6 +271,37 @@ TEST(fxArrayStd, containsComparesValuesWhereFindComparesBytes) {
     EXPECT_TRUE(contains(a, minusZero));
     EXPECT_EQ(0xFFFFFFFFU, a.find(&minusZero));
     EXPECT_FALSE(contains(a, 2));
+}
+
+TEST(fxArrayStd, rangesThatChangeAsTheyAreReadBecomeArrays) {
+    host::Countdown three{3};
+    const auto numbers = fxMake<fxIntArray>(three);
+    EXPECT_EQ((std::vector<int>{3, 2, 1}), std::vector<int>(begin(numbers), end(numbers)));
+    EXPECT_EQ(2U, fxMake<fxIntArray>(host::Countdown{2}).length());
+    auto list = {1, 2};
+    EXPECT_EQ(2U, fxMake<fxIntArray>(list).length());
+    const std::vector<bool> flags{true, false};
+    EXPECT_EQ(2U, fxMake<fxBoolArray>(flags).length());
+}
+
+TEST(fxArrayStd, containsNarrowsNoNumber) {
+    EXPECT_FALSE(contains(fxMake<fxUnsignedCharArray>({44}), 300));
+    EXPECT_FALSE(contains(fxMake<fxShortArray>({1}), 65537));
+    EXPECT_FALSE(contains(fxMake<fxIntArray>({2}), 2.5));
+    EXPECT_FALSE(contains(fxMake<fxBoolArray>({true}), 256));
+    EXPECT_FALSE(contains(fxMake<fxIntArray>({-1}), 0xFFFFFFFFU));
+    EXPECT_FALSE(contains(fxMake<fxUnsignedLongArray>({0xFFFFFFFFUL}), -1));
+    EXPECT_FALSE(contains(fxMake<fxIntArray>({0}), 1LL << 32));
+    EXPECT_FALSE(contains(fxMake<fxFloatArray>({0.1F}), 0.1));
+    enum Size { large = 300 };
+    EXPECT_FALSE(contains(fxMake<fxUnsignedCharArray>({44}), large));
+    EXPECT_TRUE(contains(fxMake<fxShortArray>({300}), large));
+    EXPECT_TRUE(contains(fxMake<fxUnsignedCharArray>({44}), 44LL));
+    EXPECT_TRUE(contains(fxMake<fxLongArray>({16777217}), 16777217U));
+    EXPECT_TRUE(contains(fxMake<fxIntArray>({2}), 2.0F));
+    EXPECT_TRUE(contains(fxMake<fxFloatArray>({0.5F}), 0.5));
+    EXPECT_TRUE(contains(fxMake<fxBoolArray>({true}), true));
+    EXPECT_TRUE(contains(fxMake<fxVoidPtrArray>({nullptr}), nullptr));
 }
 
 TEST(fxArrayStd, containsLooksAtAllBytesOfStrings) {
