@@ -28,6 +28,8 @@ for version in $versions; do
         "$@" -std=c++$version $warnings -DKELVOFXDS_WARN_SURPRISES -I"$source" -fsyntax-only \
             "$work/alone.cpp"
     done
+    # shellcheck disable=SC2086 - so are they here
+    "$@" -std=c++$version $warnings -I"$source" -fsyntax-only "$programs/incomplete.cpp"
     for options in "" "-DKELVOFXDS_WARN_SURPRISES -O2" "-fno-exceptions -fno-rtti"; do
         # shellcheck disable=SC2086 - so are the options
         "$@" -std=c++$version $warnings $options -I"$source" "$programs/use.cpp" -o "$work/use" \

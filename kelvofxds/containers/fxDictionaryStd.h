@@ -95,6 +95,9 @@ template <class Key, class Value>
 fxEntryRange<Key, const Value> fxEntries(const fxDictionary& d) {
     return fxEntryRange<Key, const Value>(const_cast<fxDictionary&>(d));
 }
+/// A temporary one would end before its entries are walked.
+template <class Key, class Value>
+void fxEntries(const fxDictionary&&) = delete;
 
 /// The types of the entries of a dictionary class. Specialise it for a class of your own, with
 /// the members Key and Value, and everything here takes that class, too.
@@ -114,7 +117,7 @@ struct fxEntryTypes<D, std::enable_if_t<std::is_base_of_v<fxVoidPtrDict, D>>> {
 
 namespace fxStdParts {
 /// Types of dictionaries that are known; nothing for other classes.
-template <class D, bool = std::is_base_of_v<fxDictionary, D>>
+template <class D, bool = From<fxDictionary, D>::value>
 struct KnownEntries {};
 template <class D>
 struct KnownEntries<D, true> : fxEntryTypes<std::remove_const_t<D>> {};
@@ -142,25 +145,25 @@ Value* findValue(const fxEntryRange<Key, Value>& entries, const Given<Key>& key)
 
 /// The first entry, for loops.
 template <class D>
-FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
+FX_STD_REQUIRES((fxStdParts::From<fxDictionary, D>::value))
 auto begin(D& dictionary) -> fxStdParts::EntryIteratorOf<D> {
     return fxStdParts::EntryIteratorOf<D>(dictionary);
 }
 /// The same.
 template <class D>
-FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
+FX_STD_REQUIRES((fxStdParts::From<fxDictionary, D>::value))
 auto begin(const D& dictionary) -> fxStdParts::EntryIteratorOf<const D> {
     return fxStdParts::EntryIteratorOf<const D>(const_cast<D&>(dictionary));
 }
 /// The end.
 template <class D>
-FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
+FX_STD_REQUIRES((fxStdParts::From<fxDictionary, D>::value))
 auto end(D&) -> fxStdParts::EntryIteratorOf<D> {
     return {};
 }
 /// The same.
 template <class D>
-FX_STD_REQUIRES((std::is_base_of_v<fxDictionary, D>))
+FX_STD_REQUIRES((fxStdParts::From<fxDictionary, D>::value))
 auto end(const D&) -> fxStdParts::EntryIteratorOf<const D> {
     return {};
 }
@@ -206,7 +209,7 @@ std::remove_const_t<Value> value_or(const fxEntryRange<Key, Value>& entries,
 }
 /// The same.
 template <class D>
-std::enable_if_t<!std::is_base_of_v<fxVoidPtrDict, D>, fxStdParts::ValueOf<D>> value_or(
+std::enable_if_t<!fxStdParts::From<fxVoidPtrDict, D>::value, fxStdParts::ValueOf<D>> value_or(
     const D& dictionary, const fxStdParts::Given<fxStdParts::KeyOf<D>>& key,
     const fxStdParts::Given<fxStdParts::ValueOf<D>>& fallback) {
     return value_or(fxEntries<fxStdParts::KeyOf<D>, fxStdParts::ValueOf<D>>(dictionary), key,

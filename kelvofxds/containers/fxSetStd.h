@@ -73,6 +73,9 @@ template <class Key>
 fxKeyRange<Key> fxKeys(const fxSet& s) {
     return fxKeyRange<Key>(const_cast<fxSet&>(s));
 }
+/// A temporary one would end before its keys are walked.
+template <class Key>
+void fxKeys(const fxSet&&) = delete;
 
 /// The type of the keys of a set class. Specialise it for a class of your own, with the member
 /// Key, and everything here takes that class, too.
@@ -85,7 +88,7 @@ struct fxKeyTypes<S, std::enable_if_t<std::is_base_of_v<fxStrSet, S>>> {
 
 namespace fxStdParts {
 /// Types of sets that are known; nothing for other classes.
-template <class S, bool = std::is_base_of_v<fxSet, S>>
+template <class S, bool = From<fxSet, S>::value>
 struct KnownKeys {};
 template <class S>
 struct KnownKeys<S, true> : fxKeyTypes<std::remove_const_t<S>> {};
@@ -98,25 +101,25 @@ using KeyIteratorOf = std::enable_if_t<!HasBegin<S>::value, fxKeyIterator<SetKey
 
 /// The first key, for loops.
 template <class S>
-FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
+FX_STD_REQUIRES((fxStdParts::From<fxSet, S>::value))
 auto begin(S& set) -> fxStdParts::KeyIteratorOf<S> {
     return fxStdParts::KeyIteratorOf<S>(set);
 }
 /// The same.
 template <class S>
-FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
+FX_STD_REQUIRES((fxStdParts::From<fxSet, S>::value))
 auto begin(const S& set) -> fxStdParts::KeyIteratorOf<const S> {
     return fxStdParts::KeyIteratorOf<S>(const_cast<S&>(set));
 }
 /// The end.
 template <class S>
-FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
+FX_STD_REQUIRES((fxStdParts::From<fxSet, S>::value))
 auto end(S&) -> fxStdParts::KeyIteratorOf<S> {
     return {};
 }
 /// The same.
 template <class S>
-FX_STD_REQUIRES((std::is_base_of_v<fxSet, S>))
+FX_STD_REQUIRES((fxStdParts::From<fxSet, S>::value))
 auto end(const S&) -> fxStdParts::KeyIteratorOf<const S> {
     return {};
 }

@@ -148,6 +148,12 @@ fxItemRange<T, fxLinkItem> fxItems(const fxIndexableList& list) {
     static_assert(std::is_base_of_v<fxLinkItem, T>, "fxItems: links are classes from fxLinkItem");
     return fxItemRange<T, fxLinkItem>(begin(list));
 }
+/// A temporary one would end before its items are walked.
+template <class T>
+void fxItems(const GenericList&&) = delete;
+/// The same.
+template <class T>
+void fxItems(const fxIndexableList&&) = delete;
 
 /// Whether the list has exactly that pointer. Linear.
 inline bool contains(const GenericList& list, const void* item) {
