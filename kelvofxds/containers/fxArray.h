@@ -4,10 +4,6 @@
 #include "kelvofxds/core/fxSurprise.h"
 #include "kelvofxds/core/fxXDRObj.h"
 
-#ifdef KELVOFXDS_WARN_SURPRISES
-#include "kelvofxds/core/fxFatal.h"
-#endif
-
 /// Elements of one fixed size, back to back in a single malloced block.
 ///
 /// What an element means is left to six virtual operations that subclasses
@@ -82,31 +78,13 @@ public:
     FX_EXPORT unsigned int length() const { return len / elemSize; }
 
     /// Appends a copy of `*elem`, which may be an element of this array.
-    /// Amortised over four elements.
-    void append(const void* elem);
-#ifdef KELVOFXDS_WARN_SURPRISES
-    // What append(0) is taken for: a number. It is the null address of an element, which nobody
-    // may append, insert or look for; here that ends the process.
-    FX_SURPRISING(
-        "append takes the address of an element, so append(0) appends what is at null; "
-        "fxAppend(array, 0) of <kelvofxds/std.h> appends a value")
-    void append(int) { fxFatal("fxArray: append takes the address of an element"); }
-    FX_SURPRISING(
-        "insert takes the address of an element, so insert(0, index) reads from null; "
-        "pass the address of a variable")
-    void insert(int, unsigned int) { fxFatal("fxArray: insert takes the address of an element"); }
-    FX_SURPRISING(
-        "find takes the address of an element, so find(0) reads from null; "
-        "contains(array, 0) of <kelvofxds/std.h> looks for a value")
-    unsigned int find(int, unsigned int = 0) const {
-        fxFatal("fxArray: find takes the address of an element");
-    }
-#endif
+    /// Amortised over four elements. fxAppend(array, value) of <kelvofxds/std.h> appends a value.
+    FX_TAKES_ADDRESS void append(const void* elem);
     /// Appends copies of all of `other`'s elements; `other` may be this array.
     void append(const fxArray& other);
     /// Inserts a copy of `*elem` before position `index`. An element of this
     /// array is read after the elements behind `index` have moved. O(n).
-    void insert(const void* elem, unsigned int index);
+    FX_TAKES_ADDRESS void insert(const void* elem, unsigned int index);
     /// Inserts copies of all of `other`'s elements before `index`.
     void insert(const fxArray& other, unsigned int index);
     /// Ends and removes `n` elements from `start` on. Capacity stays. O(n).
@@ -122,8 +100,8 @@ public:
     void swap(unsigned int i, unsigned int j);
 
     /// Position of the first element from `start` on that compares equal to
-    /// `*elem`, or 0xFFFFFFFF. O(n).
-    unsigned int find(const void* elem, unsigned int start = 0) const;
+    /// `*elem`, or 0xFFFFFFFF. O(n). contains(array, value) of <kelvofxds/std.h> looks for a value.
+    FX_TAKES_ADDRESS unsigned int find(const void* elem, unsigned int start = 0) const;
 
     /// Sorts by compareElements, `n` elements from `start` on.
     /// Deliberate: the pivot's final placement copies the temporary over two

@@ -75,16 +75,10 @@ class FX_EXPORT fxVoidPtrArray : public fxArray {
     FX_ARRAY_MEMBERS(fxVoidPtrArray, void*)
 #ifdef KELVOFXDS_WARN_SURPRISES
     using fxArray::append;
-    FX_SURPRISING(
-        "append takes the address of a pointer, and appends what is there; "
-        "fxAppend(array, pointer) of <kelvofxds/std.h> appends the pointer itself")
-    void append(void* object) { fxArray::append(static_cast<const void*>(object)); }
-    // The address of a pointer is what it takes.
-    template <class T, std::enable_if_t<std::is_pointer_v<T>, int> = 0>
-    void append(T* pointer) {
-        fxArray::append(static_cast<const void*>(pointer));
-    }
-    template <class T, class = std::enable_if_t<!std::is_pointer_v<T> && !std::is_void_v<T>>>
+    // An address of anything else than a pointer is taken for the pointer itself. What a void*
+    // leads to is not known: it may be an element.
+    template <class T, class = std::enable_if_t<std::is_convertible_v<T*, const void*> &&
+                                                !std::is_pointer_v<T> && !std::is_void_v<T>>>
     FX_SURPRISING(
         "append takes the address of a pointer, and appends what is there; "
         "fxAppend(array, pointer) of <kelvofxds/std.h> appends the pointer itself")

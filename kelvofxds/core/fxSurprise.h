@@ -5,8 +5,14 @@
 /// something else than its name says to a newcomer. Where a host defines KELVOFXDS_WARN_SURPRISES
 /// before it includes anything of the library, using one is a warning with that text; else the
 /// mark is nothing. Layouts and symbols are the same either way.
+///
+/// FX_TAKES_ADDRESS stands in front of a member function whose first argument is an address that
+/// leads somewhere. A 0 that is meant as a number is one that does not; compilers warn of it then
+/// as of any null (-Wnonnull, a part of -Wall).
 #ifdef KELVOFXDS_WARN_SURPRISES
 #define FX_SURPRISING(text) [[deprecated(text)]]
+#define FX_TAKES_ADDRESS [[gnu::nonnull(2)]]
 #else
 #define FX_SURPRISING(text)
+#define FX_TAKES_ADDRESS
 #endif

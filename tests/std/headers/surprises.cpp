@@ -7,15 +7,17 @@
 void surprising(fxIntArray& numbers, fxArray& any, fxVoidPtrArray& pointers, fxDictionary& mere,
                 fxStrStrDictionary& d, fxVoidPtrDict& p, fxStrSet& set, fxSet& base) {
     int object = 0;
-    void* pointer = &object;
     numbers.qsort();                  // warns: fxSort(array)
     numbers.qsort(0, 1);              // warns: fxSort(array)
     any.qsort();                      // warns: fxSort(array)
-    numbers.append(0);                // warns: fxAppend(array, 0)
-    numbers.insert(0, 0);             // warns: the address of a variable
-    numbers.find(0);                  // warns: contains(array, 0)
+    numbers.append(0);                // warns: non-null
+    numbers.append(nullptr);          // warns: non-null
+    numbers.insert(0, 0);             // warns: non-null
+    numbers.find(0);                  // warns: non-null
+    numbers.find(nullptr, 0);         // warns: non-null
+    pointers.append(0);               // warns: non-null
     pointers.append(&object);         // warns: fxAppend(array, pointer)
-    pointers.append(pointer);         // warns: fxAppend(array, pointer)
+    pointers.append(&numbers);        // warns: fxAppend(array, pointer)
     const fxStrStrDictionary one(d);  // warns: fxCopyInto(from, to)
     const fxVoidPtrDict two(p);       // warns: fxCopyInto(from, to)
     const fxStrSet three(set);        // warns: fxCopyInto(from, to)
@@ -46,6 +48,8 @@ void safe(fxIntArray& numbers, fxVoidPtrArray& pointers, fxStrArray& texts, fxAr
     fxAppend(pointers, pointer);
     fxAppend(pointers, &object);
     pointers.append(&pointer);
+    pointers.append(pointers.at(0));
+    pointers.append(static_cast<const fxArray&>(pointers).at(0));
     pointers.append(pointers);
     texts.append("text");
     fxStrStrDictionary copy;
