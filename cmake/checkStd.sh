@@ -48,6 +48,13 @@ fi
     -Wl,-rpath,"$(dirname "$library")"
 "$work/format"
 
+for order in "" -DBEHIND; do
+    # shellcheck disable=SC2086 - none or one word
+    "$@" -std=c++17 $order -I"$source" "$programs/fmt.cpp" -o "$work/fmt" "$library" \
+        -Wl,-rpath,"$(dirname "$library")"
+    "$work/fmt"
+done
+
 echo '#include <kelvofxds/kelvofxds.h>' >"$work/umbrella.cpp"
 if "$@" -std=c++17 -I"$source" -M "$work/umbrella.cpp" | grep -E 'kelvofxds/std\.h|[a-z]Std\.h'; then
     echo "kelvofxds.h includes the above"

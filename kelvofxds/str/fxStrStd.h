@@ -94,6 +94,14 @@ struct std::formatter<fxStr> : std::formatter<std::string_view> {
 };
 #endif
 
+// For fmt::format where its header is included behind this one: what it looks for in the namespace
+// of a type, older versions and newer ones. Without it, fmt would write a list of characters.
+
+/// All bytes.
+inline std::string_view to_string_view(const fxStr& s) noexcept { return fxView(s); }
+/// The same.
+inline std::string_view format_as(const fxStr& s) noexcept { return fxView(s); }
+
 #ifdef FMT_VERSION
 /// For fmt::format, if its header was included before this one.
 template <>
