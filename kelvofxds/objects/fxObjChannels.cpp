@@ -160,7 +160,7 @@ struct Ends {
 void fxObj::connect(const char* outputName, fxObj* dst, const char* inputName) {
     FX_CHECK_THREAD(fxClassOf(*this));
     const Ends ends("connect", *this, outputName, dst, inputName);
-    if (ends.out && ends.in && !fxOutputChannel::Walk::leadsTo(ends.out, ends.in))
+    if (ends.out && ends.in && !ends.out->isConnectedTo(ends.in))
         ends.out->add(ends.in);
 }
 
@@ -272,11 +272,11 @@ void send(fxOutputChannel* out, fxObj::fxSendFlags flags, Value... value) {
 }  // namespace
 
 // Receivers are called as functions of the output's type. One that takes no value may be sent any.
-#define FX_CHECK_SENDS(out, code)                                            \
-    FX_CHECK_THAT(fxClassOf(*this),                                          \
-                  out->getType() == (code) || out->getType() == fxDT_void || \
-                      out->getNumberOfConnections() == 0,                    \
-                  "the output is of type %s", fxChannels::typeName(out->getType()).c_str())
+#define FX_CHECK_SENDS(out, code)                                                \
+    FX_CHECK_THAT(fxClassOf(*this),                                              \
+                  (out)->getType() == (code) || (out)->getType() == fxDT_void || \
+                      (out)->getNumberOfConnections() == 0,                      \
+                  "the output is of type %s", fxChannels::typeName((out)->getType()).c_str())
 
 void fxObj::sendData(fxOutputChannel* out, fxData* data, fxSendFlags flags) {
     FX_CHECK_NOT_NULL(fxClassOf(*this), out);

@@ -36,11 +36,7 @@ void fxOutputChannel::Walk::destroyed(const fxOutputChannel* out) {
 }
 
 bool fxOutputChannel::Walk::leadsTo(const fxOutputChannel* out, const fxInputChannel* in) {
-    const unsigned int n = countOf(out);
-    const unsigned int sources = in->sources ? in->sources->length() : 0;
-    if (sources < n && (sources == 0 || in->sources->find(&out) >= sources))
-        return false;
-    for (unsigned int i = n; i-- > 0;) {
+    for (unsigned int i = countOf(out); i-- > 0;) {
         auto* connection = static_cast<fxInputChannel*>((*out->connections)[i]);
         if ((connection->isLink() ? connection->finalChannel() : connection) == in)
             return true;

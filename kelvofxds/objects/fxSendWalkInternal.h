@@ -37,8 +37,7 @@ public:
         return static_cast<fxInputChannel*>((*output->connections)[index++]);
     }
 
-    /// What out->isConnectedTo(in) says, but if few outputs lead to the input, it
-    /// is asked, and the latest connections are looked at first.
+    /// What out->isConnectedTo(in) says; the latest connections are looked at first.
     static bool leadsTo(const fxOutputChannel* out, const fxInputChannel* in);
 
     /// False once the connection that next() returned last has been removed.
