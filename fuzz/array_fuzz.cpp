@@ -1,0 +1,9 @@
+// Runs scripts of operations on arrays of numbers and of strings beside std::vector.
+
+#include "tests/support/arrayScript.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Script script(data, size);
+    arrayScript::run(script);
+    return 0;
+}

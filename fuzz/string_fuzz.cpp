@@ -1,0 +1,9 @@
+// Edits, takes apart and compares strings as the input says, beside std::string.
+
+#include "tests/support/stringScript.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Script script(data, size);
+    stringScript::run(script);
+    return 0;
+}
