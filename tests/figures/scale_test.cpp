@@ -1,0 +1,152 @@
+// Large graphs: how time grows with their size, and that their depth costs no stack.
+
+#include <pthread.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "kelvofxds/core/fxToolkit.h"
+#include "tests/support/figure.h"
+#include "tests/support/graphs.h"
+#include "tests/support/inChild.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Writer = fxTranscriber* (*)(fxStream*);  // null: the one that getWriter makes by itself
+
+// An object and a block each; everybody knows two others, one of them in a circle.
+class Crowd {
+public:
+    explicit Crowd(unsigned int n) : people(new Person[n]) {
+        for (unsigned int i = 0; i < n; ++i) {
+            people[i].mother = &people[(i + 1) % n];
+            people[i].friends[0] = &people[i / 2];
+            people[i].setShorts({static_cast<short>(i)});
+        }
+    }
+    Person& root() { return people[0]; }
+
+private:
+    std::unique_ptr<Person[]> people;
+};
+
+bool write(Crowd& crowd, Writer kind) {
+    const Held<> stream;
+    if (kind)
+        fxTranscriber::changeDefaultWriter(kind);
+    const std::unique_ptr<fxTranscriber> writer(fxTranscriber::getWriter(stream.get()));
+    fxTranscriber::resetToDefaultWriter();
+    return writer->writeObject(&crowd.root(), &crowd.root()) == 1;
+}
+
+// The median of some writings, in a process whose memory nothing else has scattered.
+double secondsToWrite(unsigned int n, Writer kind) {
+    const std::string text = inChild([n, kind] {
+        Crowd crowd(n);
+        std::vector<double> times(7);
+        for (double& seconds : times) {
+            const auto start = Clock::now();
+            if (!write(crowd, kind))
+                return std::string("not written");
+            seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        }
+        std::sort(times.begin(), times.end());
+        return std::to_string(times[times.size() / 2]);
+    });
+    return std::atof(text.c_str());
+}
+
+std::string rounded(double value) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.2f", value);
+    return text;
+}
+
+// --- how much of a stack is used ---
+
+const std::uint8_t untouched = 0xA5;
+
+struct Chain {
+    unsigned int length;
+    bool isSame;
+};
+
+// Writes a chain of persons, reads it and counts them.
+void* goAndComeBack(void* argument) {
+    auto& chain = *static_cast<Chain*>(argument);
+    const std::unique_ptr<Person[]> people(new Person[chain.length]);
+    for (unsigned int i = 0; i + 1 < chain.length; ++i)
+        people[i].mother = &people[i + 1];
+    const Held<> stream;
+    fxTranscriber::changeDefaultWriter(makeGraphWriter);
+    const std::unique_ptr<fxTranscriber> writer(fxTranscriber::getWriter(stream.get()));
+    fxTranscriber::resetToDefaultWriter();
+    chain.isSame = writer->writeObject(&people[0], &people[0]) == 1;
+    const auto reader = graphReaderOn(stream.get());
+    unsigned int found = 0;
+    for (auto* person = static_cast<Person*>(reader->readObject(Person_type)); person; ++found) {
+        Person* const next = person->mother;
+        delete person;
+        person = next;
+    }
+    chain.isSame = chain.isSame && found == chain.length;
+    return nullptr;
+}
+
+// Bytes of a stack of 256 KiB that `chain` takes.
+std::size_t stackOf(Chain& chain) {
+    const std::size_t size = 256 * 1024;
+    const std::unique_ptr<std::uint8_t[]> block(new std::uint8_t[size + 4096]);
+    std::uint8_t* const stack =
+        block.get() + 4096 - reinterpret_cast<std::uintptr_t>(block.get()) % 4096;
+    std::memset(stack, untouched, size);
+    pthread_attr_t attributes;
+    EXPECT_EQ(0, pthread_attr_init(&attributes));
+    EXPECT_EQ(0, pthread_attr_setstack(&attributes, stack, size));
+    pthread_t thread;
+    EXPECT_EQ(0, pthread_create(&thread, &attributes, goAndComeBack, &chain));
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    std::size_t unused = 0;
+    while (unused < size && stack[unused] == untouched)
+        ++unused;
+    return size - unused;
+}
+
+}  // namespace
+
+TEST(fullFigureS1, timeToWriteGrowsWithTheNumberOfObjectsAndBlocks) {
+    fxInitializeToolkit();
+    const auto most = static_cast<unsigned int>(figureSize(500000, 20000));
+    double worst = 0;
+    std::string value;
+    const Writer kinds[] = {nullptr, makeGraphWriter};
+    for (const Writer kind : kinds) {
+        double before = 0;
+        for (const unsigned int n : {most / 4, most / 2, most}) {
+            const double seconds = secondsToWrite(n, kind);
+            ASSERT_LT(0, seconds);
+            if (before > 0)
+                worst = std::max(worst, seconds / before);
+            before = seconds;
+        }
+        value += rounded(before) + "s,";
+    }
+    reportFigure("S1", value + rounded(worst), "print;2.3", worst <= 2.3);
+}
+
+TEST(fullFigureS2, aChainTakesNoStack) {
+    fxInitializeToolkit();
+    Chain brief{10, false};
+    Chain chain{static_cast<unsigned int>(figureSize(1000000, 50000)), false};
+    const std::size_t base = stackOf(brief);
+    const std::size_t most = stackOf(chain);
+    const std::size_t growth = most > base ? most - base : 0;
+    reportFigure("S2", std::to_string(growth) + "B", "65536B",
+                 brief.isSame && chain.isSame && growth <= 65536);
+}
