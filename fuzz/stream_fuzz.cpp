@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -170,9 +171,9 @@ void use(fxStrSet& set) {
 void readSets(const std::string& bytes) {
     fxInitializeToolkit();
     MemoryStream stream(bytes);
-    fxTranscriber* reader = fxTranscriber::getReader(&stream);
+    std::unique_ptr<fxTranscriber> reader(fxTranscriber::getReader(&stream));
     const bool complete = reader && reader->readObject(setType());
-    delete reader;
+    reader.reset();
     if (!complete)
         return;
     for (fxStrSet* set : sets) {

@@ -20,10 +20,12 @@ fxBinaryReader::fxBinaryReader(fxStream* s, short shortMark, long longMark, cons
       floatsConv(nullptr),
       doublesConv(nullptr),
       unreadPayload(0),
-      index(fxNew<Index>(table, *this)) {
+      index(nullptr) {
     reading = 1;
     holdStream(s);
     selectConverters(shortMark, longMark, floatFormat);
+    // Last: a reader that is refused has entered its table nowhere.
+    index = fxNew<Index>(table, *this);
 }
 
 fxBinaryReader::~fxBinaryReader() { delete index; }

@@ -4,6 +4,7 @@
 #include <malloc.h>
 
 #include <cstring>
+#include <memory>
 #include <set>
 #include <string>
 
@@ -183,7 +184,7 @@ inline bool readAndUse(const std::string& bytes, int roots = 3) {
     bool any = false;
     {
         MemoryStream stream(bytes);
-        fxTranscriber* reader = fxTranscriber::getReader(&stream);
+        const std::unique_ptr<fxTranscriber> reader(fxTranscriber::getReader(&stream));
         if (!reader)
             return false;
         // What a failing root made stays with the reader, unfinished.
@@ -191,7 +192,6 @@ inline bool readAndUse(const std::string& bytes, int roots = 3) {
             any = true;
             complete = made();
         }
-        delete reader;
     }
     useAndDelete(complete);
     return any;
@@ -201,10 +201,9 @@ inline bool readAndUse(const std::string& bytes, int roots = 3) {
 /// the caller made. Returns true when all of them could be read.
 inline bool readInPlace(const std::string& bytes, fxXDRObj& object) {
     MemoryStream stream(bytes);
-    fxTranscriber* reader = makeBinaryReader(&stream, 0x1122, 0x33445566, "ieee");
-    const bool read = object.xdr(*reader) != 0;
-    delete reader;
-    return read;
+    const std::unique_ptr<fxTranscriber> reader(
+        makeBinaryReader(&stream, 0x1122, 0x33445566, "ieee"));
+    return object.xdr(*reader) != 0;
 }
 
 /// True for the text of one of the messages that reading may end with.
