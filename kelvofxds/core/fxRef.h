@@ -120,10 +120,18 @@ private:
         if (object)
             ++counted(object)->count;
     }
+// Of two pointers to one object g++ may believe that each was the last, and warn of the second.
+#if defined(__GNUC__) && !defined(__clang__) && __GNUC__ >= 12
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuse-after-free"
+#endif
     static void give(T* object) {
         if (object && --counted(object)->count == 0)
             delete counted(object);
     }
+#if defined(__GNUC__) && !defined(__clang__) && __GNUC__ >= 12
+#pragma GCC diagnostic pop
+#endif
 
     T* pointer;  // counted, or null
 };

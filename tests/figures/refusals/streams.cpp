@@ -123,11 +123,9 @@ void registerTypes() {
     fxTypeObj type("A type of the host", 1, nullptr, nullptr, nullptr);
     fxTypeObj::findType("A type of the host");
 }
-// A function of its own: g++ takes the second pointer's end for one behind a deletion.
-[[gnu::noinline]] void holdOnceMore(const fxRef<Node>& node) { const fxRef<Node> other(node); }
 void countPointers() {
     const fxRef<Node> node(made<Node>());
-    holdOnceMore(node);
+    const fxRef<Node> other(node);
 }
 
 // What the standard reader says of a root that fails.
