@@ -53,8 +53,8 @@ fxStdParts::Looped<const A>* end(const A& array) {
 /// arrays of numbers and pointers are put into the block without a call; those of a class of your
 /// own go through its append.
 ///
-/// An array of numbers writes its whole capacity to streams: call setMaxLength(0) before it is
-/// written, as always.
+/// The standard writer writes an array of numbers with its spare capacity: call setMaxLength(0)
+/// before, as always. fxSaveFile and graph streams have the elements in use alone.
 template <class A>
 void fxAppend(A& array, const fxElementOf<A>& value) {
     using T = fxElementOf<A>;
