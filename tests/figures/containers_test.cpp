@@ -40,7 +40,7 @@ TEST(fullFigureS4, randomOperationsMatchTheModels) {
         for (const auto run : {arrayScript::run, containerScript::run, stringScript::run})
             taken += runAtRandom(run, seed, -1, steps / seeds / 3 + 1);
     }
-    reportFigure("S4", std::to_string(taken) + ";0", "10000000;0", taken >= steps);
+    reportFigure("S4", std::to_string(taken) + ";0", std::to_string(steps) + ";0", taken >= steps);
 }
 
 // Few buckets, so that an index answers what a walk along the chain would.
@@ -52,5 +52,6 @@ TEST(fullFigureG2, indexAnswersAsTheWalkDoes) {
         runAtRandom(containerScript::run, 1, oneBucketOfADictionary, steps);
     const unsigned long ofSets = runAtRandom(containerScript::run, 2, oneBucketOfASet, steps);
     reportFigure("G2", std::to_string(ofDictionaries) + "," + std::to_string(ofSets) + ";0",
-                 "10000000,10000000;0", ofDictionaries >= steps && ofSets >= steps);
+                 std::to_string(steps) + "," + std::to_string(steps) + ";0",
+                 ofDictionaries >= steps && ofSets >= steps);
 }

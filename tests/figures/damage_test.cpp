@@ -86,7 +86,8 @@ TEST(figureI1, everyPrefixEndsAsStated) {
                      tryEvery(figureSize(1, 13), stream.bytes.size(), isReadWhenCut, stream), 0);
     }
     const unsigned long wanted = figureSize(20000, 1500);
-    reportFigure("I1", shown(outcomes), "20000;0", outcomes.trials >= wanted && outcomes.bad == 0);
+    reportFigure("I1", shown(outcomes), std::to_string(wanted) + ";0",
+                 outcomes.trials >= wanted && outcomes.bad == 0);
 }
 
 TEST(figureI2, everyChangedBitEndsAsStated) {
@@ -96,5 +97,6 @@ TEST(figureI2, everyChangedBitEndsAsStated) {
             stream,
             tryEvery(figureSize(1, 61), stream.bytes.size() * 8, isReadWithABitChanged, stream), 0);
     const unsigned long wanted = figureSize(200000, 3000);
-    reportFigure("I2", shown(outcomes), "200000;0", outcomes.trials >= wanted && outcomes.bad == 0);
+    reportFigure("I2", shown(outcomes), std::to_string(wanted) + ";0",
+                 outcomes.trials >= wanted && outcomes.bad == 0);
 }

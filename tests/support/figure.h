@@ -16,9 +16,10 @@ inline unsigned long figureSize(unsigned long full, unsigned long part) {
     return isFullFigure() ? full : part;
 }
 
-/// Prints the line of figure `id`, and fails the test where the goal was not reached.
-inline void reportFigure(const char* id, const std::string& value, const char* goal,
+/// Prints the line of figure `id`, and fails the test where the goal was not reached. The goal is
+/// that of the size it was measured at.
+inline void reportFigure(const char* id, const std::string& value, const std::string& goal,
                          bool isReached) {
-    std::printf("GOAL %s %s %s %s\n", id, value.c_str(), goal, isReached ? "PASS" : "FAIL");
+    std::printf("GOAL %s %s %s %s\n", id, value.c_str(), goal.c_str(), isReached ? "PASS" : "FAIL");
     EXPECT_TRUE(isReached) << id << ": " << value << " instead of " << goal;
 }
