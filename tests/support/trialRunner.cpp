@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tests/support/dying.h"
+
 #ifdef __SANITIZE_ADDRESS__
 // The sanitizer writes its shadow, an eighth, of memory that is only reserved.
 const long trialMemoryLimit = (64 + 512) * 1024;
@@ -90,7 +92,7 @@ private:
     [[noreturn]] void makeTrials(unsigned int end) {
         const rlimit noCore = {0, 0};
         ::setrlimit(RLIMIT_CORE, &noCore);
-        std::signal(SIGABRT, SIG_DFL);
+        letAbortEndUs();
         std::signal(SIGALRM, SIG_DFL);
         std::signal(SIGPROF, SIG_DFL);
         ::dup2(::fileno(output), STDERR_FILENO);
