@@ -3,8 +3,11 @@
 #
 #   GOAL <id> <value> <goal> PASS|FAIL
 #
-# All figures, or the named ones; -s measures those that have a short form, in that form. Called by
-# ./dev goals, which builds what is needed first.
+# All figures, or the named ones; -s measures those that have a short form, in that form. What a
+# figure is measured with is built before. Called by ./dev goals.
+#
+# What is said on the way goes to standard error, logs to build/goals, and the line of the last
+# measurement of each figure, with the commit, to build/goals/ID.line for report.sh.
 set -u
 
 short=
@@ -14,9 +17,12 @@ cd "$top" || exit 1
 cores=$(nproc)
 logs=build/goals
 mkdir -p "$logs"
+commit=$(git rev-parse --short HEAD 2>/dev/null || echo unknown)
 
-in_order="F1 F2 I1 I2 I3 I4 I6 S1 S2 S3 S4 G2 L1 L3"
-in_short="F1 F2 I1 I2 I3"
+in_order="F1 F2 C1 C2 C3 C4 M1 M2 M3 I1 I2 I3 I4 I5 I6 H1 H2 S1 S2 S3 S4 X1 X2 E1 E2 G1 G2 T1 \
+L1 L2 L3 A1 A2"
+# These are measured by the suite, too, but for the fuzzers.
+in_short="F1 F2 I1 I2 I3 H1 H2 X2 L2 A1 A2"
 
 # report ID VALUE GOAL STATUS: STATUS is 0 for a goal that is reached.
 report() {
@@ -88,47 +94,179 @@ goal_F2() {
     fuzz_figure F2 "$([ "$short" ] && echo 100000 || echo 5000000)" $targets
 }
 
-# --- memory that is refused -----------------------------------------------------------------------
+# --- suites --------------------------------------------------------------------------------------
 
+# suite PRESET: builds the preset and runs its suite; prints "PASSED FAILED SKIPPED", in tests of
+# GoogleTest and entries of ctest.
+suite() {
+    ./dev suite "$1" >"$logs/suite-$1.log" 2>&1
+    tail -n 1 "$logs/suite-$1.log" | sed -n 's/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p'
+}
+
+# failed_in PRESET: how many tests of its suite failed; 9999 when it could not be run.
+failed_in() {
+    # shellcheck disable=SC2046 # two words
+    set -- "$1" $(suite "$1")
+    echo "$1: ${2:-0} passed, ${3:-not run} failed" >&2
+    [ "${2:-0}" -gt 0 ] && echo "$3" || echo 9999
+}
+
+# A report ends the test that it is of.
+goal_M1() {
+    failed=$(failed_in asan)
+    report M1 "$failed" 0 "$failed"
+}
+
+goal_M2() {
+    ./dev valgrind >"$logs/M2.log" 2>&1
+    status=$?
+    errors=$(grep -c -E "$valgrind_error" "$logs/M2.log")
+    [ "$status" -eq 0 ] || [ "$errors" -gt 0 ] || errors=failed
+    report M2 "$errors" 0 "$status"
+}
+valgrind_error='^==[0-9]+== (Invalid|Mismatched|Conditional|Use of|Syscall|Source and|.* lost in)'
+
+goal_M3() {
+    failed=0
+    for preset in gcc-O0 gcc-O3 clang-O2; do
+        failed=$((failed + $(failed_in "$preset")))
+    done
+    report M3 "$failed" 0 "$failed"
+}
+
+# The tests' own word of what could not be tried on an emulator.
+skipped_in() {
+    sed -n 's/^\[  SKIPPED \] \([A-Za-z_/0-9]*\.[A-Za-z_/0-9]*\)$/\1/p' "build/$1/Testing/Temporary/LastTest.log" |
+        sort -u
+}
+goal_E1() {
+    failed=0
+    most=0
+    for preset in powerpc armhf; do
+        failed=$((failed + $(failed_in "$preset")))
+        names=$(skipped_in "$preset")
+        echo "$preset: skipped:" "${names:-nothing}" >&2
+        n=$(echo "$names" | grep -c .)
+        [ "$n" -le "$most" ] || most=$n
+    done
+    [ "$failed" -eq 0 ] && [ "$most" -le 5 ]
+    report E1 "$failed;$most" "0;5" $?
+}
+
+# Each machine writes all streams of its byte order anew, which have to be those that are kept, and
+# reads those of both orders.
+goal_E2() {
+    differing=0
+    for preset in release powerpc armhf; do
+        ./dev build "$preset" >&2 || differing=$((differing + 1))
+        case $preset in
+        release) emulator= ;;
+        powerpc) emulator="qemu-ppc -L /usr/powerpc-linux-gnu" ;;
+        armhf) emulator="qemu-arm -L /usr/arm-linux-gnueabihf" ;;
+        esac
+        written=$logs/E2/$preset
+        rm -rf "$written"
+        mkdir -p "$written"
+        # shellcheck disable=SC2086 # several words or none
+        KELVOFXDS_GOLDEN=$written $emulator "build/$preset/tests/kelvofxds_tests" \
+            --gtest_filter='goldenStreams*:*eneratedGraph*:fxGraphGenerated*' >"$logs/E2/$preset.log" 2>&1 ||
+            differing=$((differing + 1))
+        # shellcheck disable=SC2086
+        $emulator "build/$preset/tests/kelvofxds_tests" --gtest_filter="$streams" \
+            >>"$logs/E2/$preset.log" 2>&1 || differing=$((differing + 1))
+        n=$(find "$written" -type f | wc -l)
+        [ "$n" -ge 15 ] || differing=$((differing + 1))
+        for file in "$written"/*; do
+            bytes=$(cmp -l "$file" "tests/transcribe/golden/${file##*/}" 2>&1 | wc -l)
+            differing=$((differing + bytes))
+        done
+        echo "E2: $preset: $n streams written and compared" >&2
+    done
+    report E2 "$differing" 0 "$differing"
+}
+streams='*olden*:fxGraphGenerated*:*Stream*-*DeathTest*'
+
+# failed_tests FILTER: how many of these tests of the release suite fail, or are skipped; one more
+# if there are none.
+failed_tests() {
+    build/release/tests/kelvofxds_tests --gtest_filter="$1" >"$logs/tests.log" 2>&1
+    cat "$logs/tests.log" >>"$logs/G1.log"
+    passed_tests=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) tests*\.$/\1/p' "$logs/tests.log")
+    all=$(sed -n 's/^\[==========\] \([0-9]*\) tests* from .* ran\..*/\1/p' "$logs/tests.log")
+    [ "${all:-0}" -gt 0 ] && echo $((all - ${passed_tests:-0})) || echo 1
+}
+goal_G1() {
+    : >"$logs/G1.log"
+    damaged=$(failed_tests 'fxGraphDamage.*:fxGraphGenerated.noDamagedFileLoads:fxGraphStandard.noTruncatedStreamLoads')
+    killed=$(failed_tests 'fxFileFaults.*')
+    [ "$damaged" -eq 0 ] && [ "$killed" -eq 0 ]
+    report G1 "$damaged;$killed" "0;0" $?
+}
+
+# --- programs and scripts that print their line themselves ---------------------------------------
+
+# printed ID COMMAND...: what COMMAND printed of the figure.
+printed() {
+    id=$1
+    shift
+    line=$("$@" 2>"$logs/$id.err" | grep "^GOAL $id ")
+    if [ -n "$line" ]; then
+        echo "$line"
+    else
+        report "$id" none measured 1
+    fi
+}
+
+goal_C1() { printed C1 tests/figures/coverage.sh; }
+goal_C2() { printed C2 tests/figures/messages.py; }
+goal_C3() { printed C3 tests/figures/deliberate.py; }
+goal_C4() { printed C4 tests/figures/mutants.py; }
+goal_A1() { printed A1 tests/figures/abi.sh; }
+goal_T1() { printed T1 tests/figures/helgrind.sh; }
 goal_I6() {
     mkdir -p "$logs/refusals"
-    line=$(KELVOFXDS_FOLDER=$logs/refusals build/release/tests/figures/refusals 2>"$logs/I6.log")
-    echo "${line:-GOAL I6 none 0 FAIL}"
+    KELVOFXDS_FOLDER=$logs/refusals printed I6 build/release/tests/figures/refusals
 }
 
 # --- figures that the test program measures ------------------------------------------------------
 
 # The line is printed by the test; a program that ended before has none.
 measured() {
-    line=$("$figures" --gtest_filter="*igure$1.*" 2>"$logs/$1.err" | tee "$logs/$1.log" |
-        grep "^GOAL $1 ")
-    if [ -n "$line" ]; then
-        echo "$line"
-    else
-        report "$1" none measured 1
-    fi
+    case $1 in
+    I2 | H1 | H2 | L2) preset=asan ;; # what they look for is what a sanitizer or the checks report
+    *) preset=release ;;
+    esac
+    ./dev build "$preset" >&2
+    [ "$short" ] || set -- "$1" env KELVOFXDS_FIGURES=1
+    printed "$@" "build/$preset/tests/figures/kelvofxds_figures" "--gtest_filter=*igure$id.*"
 }
 
-[ "$short" ] || export KELVOFXDS_FIGURES=1
-figures=build/release/tests/figures/kelvofxds_figures
-"$figures" --gtest_list_tests | sed 's/\.$//' >"$logs/list"
-passed=0
-failed_goals=0
-[ "$short" ] && in_order=$in_short
-for id in ${*:-$in_order}; do
-    if command -v "goal_$id" >/dev/null; then
-        line=$("goal_$id")
-    elif grep -q "igure$id\$" "$logs/list"; then
-        line=$(measured "$id")
-    else
-        echo "goals.sh: no figure \"$id\"" >&2
+[ -z "$short" ] || in_order=$in_short
+# shellcheck disable=SC2086 # a word each
+[ $# -gt 0 ] || set -- $in_order
+for id in "$@"; do
+    case " $in_order " in
+    *" $id "*) ;;
+    *)
+        echo "goals.sh: no figure \"$id\"; there are: $in_order" >&2
         exit 2
-    fi
-    echo "$line"
-    case $line in
-    *PASS) passed=$((passed + 1)) ;;
-    *) failed_goals=$((failed_goals + 1)) ;;
+        ;;
     esac
 done
-echo "$passed passed, $failed_goals failed"
-[ "$failed_goals" -eq 0 ]
+passed=0
+failed=0
+for id in "$@"; do
+    if command -v "goal_$id" >/dev/null; then
+        line=$("goal_$id")
+    else
+        line=$(measured "$id")
+    fi
+    echo "$line"
+    [ "$short" ] || echo "$line $commit" >"$logs/$id.line"
+    case $line in
+    *PASS) passed=$((passed + 1)) ;;
+    *) failed=$((failed + 1)) ;;
+    esac
+done
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
