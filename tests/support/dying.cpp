@@ -6,6 +6,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <initializer_list>
+
 namespace {
 
 // The emulator tells on standard error that its program has ended, and why. Who reads that compares
