@@ -1,0 +1,51 @@
+// GenericListMemory_test.cpp - a list that gets no memory for a node ends the process.
+
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include <gtest/gtest.h>
+
+#include "kelvofxds/lists/GenericList.h"
+
+#ifndef __SANITIZE_ADDRESS__
+// A sanitizer's allocator needs memory of its own to say that there is none.
+namespace {
+
+// From now on the process gets no more memory than it has.
+void freezeMemory() {
+    const rlimit none = {0, 0};
+    ::setrlimit(RLIMIT_AS, &none);
+}
+
+void appendForEver() {
+    GenericList list;
+    freezeMemory();
+    for (;;)
+        list.append(nullptr);
+}
+
+void prependForEver() {
+    GenericList list;
+    freezeMemory();
+    for (;;)
+        list.prepend(nullptr);
+}
+
+void insertForEver() {
+    GenericList list;
+    list.append(nullptr);
+    list.append(nullptr);
+    freezeMemory();
+    for (;;)
+        list.insertAt(1, nullptr);
+}
+
+}  // namespace
+
+TEST(GenericListDeathTest, runningOutOfMemoryAbortsWithoutAMessage) {
+    EXPECT_EXIT(appendForEver(), testing::KilledBySignal(SIGABRT), "^$");
+    EXPECT_EXIT(prependForEver(), testing::KilledBySignal(SIGABRT), "^$");
+    EXPECT_EXIT(insertForEver(), testing::KilledBySignal(SIGABRT), "^$");
+}
+#endif
