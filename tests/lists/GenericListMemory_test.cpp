@@ -1,22 +1,14 @@
 // GenericListMemory_test.cpp - a list that gets no memory for a node ends the process.
 
-#include <sys/resource.h>
-
 #include <csignal>
 
 #include <gtest/gtest.h>
 
 #include "kelvofxds/lists/GenericList.h"
+#include "tests/support/noMemory.h"
 
 #ifndef __SANITIZE_ADDRESS__
-// A sanitizer's allocator needs memory of its own to say that there is none.
 namespace {
-
-// From now on the process gets no more memory than it has.
-void freezeMemory() {
-    const rlimit none = {0, 0};
-    ::setrlimit(RLIMIT_AS, &none);
-}
 
 void appendForEver() {
     GenericList list;

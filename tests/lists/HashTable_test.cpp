@@ -9,7 +9,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
+
+#include "tests/support/noMemory.h"
 
 struct HashTableLayout {
 #pragma GCC diagnostic push
@@ -513,18 +514,7 @@ TEST(HashTableDeathTest, aTableThatCannotBeDoubledAborts) {
 }
 
 #ifndef __SANITIZE_ADDRESS__
-// A sanitizer's allocator needs memory of its own to say that there is none.
 namespace {
-/// From now on malloc has no block, also none that was freed.
-void exhaustMemory() {
-    const rlimit none = {0, 0};
-    ::setrlimit(RLIMIT_AS, &none);
-    for (std::size_t size = 1 << 16; size > 0; size -= size > 1024 ? 1024 : 4) {
-        while (void* volatile block = std::malloc(size))
-            static_cast<void>(block);
-    }
-}
-
 void addWithoutMemory() {
     HashTable table;
     exhaustMemory();

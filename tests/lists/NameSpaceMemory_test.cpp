@@ -1,7 +1,5 @@
 // NameSpaceMemory_test.cpp - the table of a name space, freeing it, and misuse.
 
-#include <sys/resource.h>
-
 #include <climits>
 #include <csignal>
 #include <cstddef>
@@ -14,6 +12,7 @@
 
 #include "kelvofxds/lists/NameSpace.h"
 #include "tests/support/nameSpaces.h"
+#include "tests/support/noMemory.h"
 
 using namespace nameSpaces;
 
@@ -281,27 +280,16 @@ TEST(NameSpaceDeathTest, anAtomThatNoTableHasRoomForAborts) {
 }
 
 #ifndef __SANITIZE_ADDRESS__
-// A sanitizer's allocator needs memory of its own to say that there is none.
 namespace {
 
-/// From now on malloc has no block of `smallest` bytes or more.
-void exhaustMemory(std::size_t smallest) {
-    const rlimit none = {0, 0};
-    ::setrlimit(RLIMIT_AS, &none);
-    for (std::size_t size = 1 << 16; size >= smallest; size -= size > 1024 ? 1024 : 4) {
-        while (void* volatile block = std::malloc(size))
-            static_cast<void>(block);
-    }
-}
-
 void makeWithoutMemory() {
-    exhaustMemory(4);
+    exhaustMemory();
     NameSpace names(nothing, 0);
 }
 
 void createWithoutMemory() {
     Names names;
-    exhaustMemory(4);
+    exhaustMemory();
     names.makeAtom("a", 1);
 }
 

@@ -1,5 +1,4 @@
 #include <malloc.h>
-#include <sys/resource.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -10,6 +9,7 @@
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "tests/support/dataFlow.h"
 #include "tests/support/heapCalls.h"
+#include "tests/support/noMemory.h"
 
 // Holders and messages that come and go take their memory from what earlier
 // ones have left.
@@ -177,36 +177,30 @@ TEST_F(sendingMemory, memoryKeptIsThatOfTheLongestQueue) {
 }
 
 #ifndef __SANITIZE_ADDRESS__
-// A sanitizer's allocator needs memory of its own to say that there is none.
 namespace {
-
-void takeAllMemory() {
-    const rlimit none = {0, 0};
-    ::setrlimit(RLIMIT_AS, &none);
-}
 
 // Of which the library makes more and more.
 void sendForEver(fxObj& object, fxOutputChannel& out) {
-    takeAllMemory();
+    freezeMemory();
     for (;;)
         object.sendInt(&out, 1, fxObj::fxSendQueued);
 }
 
 void sendTextsForEver(fxObj& object, fxOutputChannel& out) {
     const std::string text(1000, 'x');
-    takeAllMemory();
+    freezeMemory();
     for (;;)
         object.sendCharPtr(&out, text.c_str(), fxObj::fxSendQueued);
 }
 
 void addInputsForEver(fxObj& object) {
-    takeAllMemory();
+    freezeMemory();
     for (int i = 0;; ++i)
         object.addInput(std::to_string(i).c_str(), fxDT_int, nullptr, nullptr, 0);
 }
 
 void connectForEver(fxOutputChannel& out, fxInputChannel* in) {
-    takeAllMemory();
+    freezeMemory();
     for (;;)
         out.add(in);
 }

@@ -1,7 +1,5 @@
 #include "kelvofxds/values/fxData.h"
 
-#include <sys/resource.h>
-
 #include <climits>
 #include <cmath>
 #include <csignal>
@@ -22,6 +20,7 @@
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/values/fxDataInternal.h"
 #include "tests/support/heapCalls.h"
+#include "tests/support/noMemory.h"
 #include "tests/support/vtable.h"
 
 #pragma GCC diagnostic push
@@ -522,22 +521,16 @@ TEST_F(fxDataTest, holdersMayBePlacedAndMadeWithNothrowNew) {
 }
 
 #ifndef __SANITIZE_ADDRESS__
-// A sanitizer's allocator needs memory of its own to say that there is none.
 namespace {
 
-void takeAllMemory() {
-    const rlimit none = {0, 0};
-    ::setrlimit(RLIMIT_AS, &none);
-}
-
 void makeForEver() {
-    takeAllMemory();
+    freezeMemory();
     for (;;)
         ++(new fxIntData(1))->count;
 }
 
 void makeUntilNull() {
-    takeAllMemory();
+    freezeMemory();
     while (fxIntData* holder = new (std::nothrow) fxIntData(1))
         ++holder->count;
     std::_Exit(7);
