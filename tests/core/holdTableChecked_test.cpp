@@ -1,0 +1,36 @@
+// holdTableChecked_test.cpp - the checked build counts what the library holds in memory of its own;
+// when the system refuses that, the process ends as it does for all other memory.
+
+#include <csignal>
+#include <new>
+
+#include <gtest/gtest.h>
+
+#include "kelvofxds/objects/fxObj.h"
+#include "kelvofxds/values/fxProperty.h"
+#include "tests/support/misuse.h"
+#include "tests/support/noMemory.h"
+
+#ifndef __SANITIZE_ADDRESS__
+namespace {
+
+// More objects than the table has room for at first.
+const unsigned int many = 1000;
+
+fxObj objects[many];
+alignas(fxProperty) unsigned char rooms[many][sizeof(fxProperty)];
+
+void holdAll() {
+    freezeMemory();
+    for (unsigned int i = 0; i < many; ++i)
+        new (rooms[i]) fxProperty(3, &objects[i]);
+}
+
+}  // namespace
+
+TEST(holdTableCheckedDeathTest, aTableThatCannotGrowIsFatal) {
+    if (!libraryIsChecked)
+        GTEST_SKIP() << "the library is not checked";
+    EXPECT_EXIT(holdAll(), testing::KilledBySignal(SIGABRT), "^out of memory\n$");
+}
+#endif
