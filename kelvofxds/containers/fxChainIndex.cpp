@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <utility>
 
 #include "kelvofxds/core/fxFreeListInternal.h"
 
@@ -19,7 +20,8 @@ const unsigned int keptSizes = 0;
 const unsigned int keptSizes = 16;  // up to 55 KiB
 #endif
 const unsigned int leastBytes = 128;
-std::atomic<void*> spares[keptSizes + 1];
+std::mutex blocks;  // guards what follows, not an atomic: checkers of threads can follow it
+void* spares[keptSizes + 1];
 
 // The place of the first size that holds `bytes`, which become that size.
 unsigned int placeOfSize(unsigned int& bytes) {
@@ -30,18 +32,24 @@ unsigned int placeOfSize(unsigned int& bytes) {
     bytes = size > bytes ? size : bytes;
     return place;
 }
+
+// Keeps `block` there; returns what was kept before.
+void* exchanged(unsigned int place, void* block) {
+    const std::lock_guard<std::mutex> guard(blocks);
+    return std::exchange(spares[place], block);
+}
 }  // namespace
 
 void* fxAllocateSlots(unsigned int& bytes) {
     const unsigned int place = placeOfSize(bytes);
-    void* spare = place < keptSizes ? spares[place].exchange(nullptr) : nullptr;
+    void* const spare = place < keptSizes ? exchanged(place, nullptr) : nullptr;
     return spare ? spare : std::malloc(bytes);
 }
 
 void fxFreeSlots(void* block, unsigned int bytes) {
     const unsigned int place = placeOfSize(bytes);
     if (block && place < keptSizes)
-        block = spares[place].exchange(block);
+        block = exchanged(place, block);
     std::free(block);
 }
 
