@@ -22,6 +22,7 @@
 /// subclass's element operation or getmem passes through and leaves the
 /// elements as they were before; if resize has ended some of them by then, it
 /// leaves the others.
+/// Separate arrays may be used in separate threads.
 /// Invariant: len <= maxLen; both are multiples of elemSize.
 class FX_EXPORT fxArray : public fxXDRObj {
 public:

@@ -51,6 +51,9 @@ class FX_EXPORT fxDictIters : public fxArray {
 /// throw passes through and leaves the dictionary as it was before the step (but
 /// see addInternal); a removal that has begun is gone through with. Running out
 /// of memory is fatal, "out of memory"; while reading it is a failed read.
+///
+/// Separate dictionaries may be used in separate threads; one may not, not even
+/// to look keys up.
 class FX_EXPORT fxDictionary : public fxXDRObj {
 public:
     /// `keySize` and `valueSize` are in bytes; a sum or a number of buckets that

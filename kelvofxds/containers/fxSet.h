@@ -52,6 +52,9 @@ class FX_EXPORT fxSetIters : public fxArray {
 /// and leaves the set as it was before the step; a removal that has begun is gone
 /// through with. Running out of memory is fatal, "out of memory"; while reading
 /// it is a failed read.
+///
+/// Separate sets may be used in separate threads; one may not, not even to look
+/// keys up.
 class FX_EXPORT fxSet : public fxXDRObj {
 public:
     /// `keySize` is in bytes. 0 buckets stands for 31; more than memory can hold

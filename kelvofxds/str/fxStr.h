@@ -26,6 +26,8 @@ class fxTypeObj;
 /// count beyond the end is cut to the end. Running out of memory ends the
 /// process ("out of memory"), and so does a size that does not fit a word
 /// ("fxStr: size too large").
+///
+/// Separate strings may be used in separate threads.
 class FX_EXPORT fxStr {
 public:
     fxStr() : slength(1), data(&emptyString) {}
@@ -224,6 +226,7 @@ FX_EXPORT std::ostream& operator<<(std::ostream& out, const fxStr& s);
 /// and once any stream has a delimiter of its own, the others' is NUL.
 FX_EXPORT std::istream& operator>>(std::istream& in, fxStr& s);
 
-/// Sets the byte that ends a record of `in` and returns `in`.
+/// Sets the byte that ends a record of `in` and returns `in`. The first call
+/// writes what all streams share: no other thread may be reading strings then.
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the API.
 FX_EXPORT std::istream& _delimiter(std::istream& in, char c);
