@@ -12,7 +12,7 @@
 
 namespace {
 
-const int rounds = 2000;
+const int rounds = 1000;
 
 void useAll(int seed, std::vector<char>* outcomes) {
     for (unsigned int i = 0; i < separateUseCount; ++i)
