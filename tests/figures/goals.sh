@@ -221,8 +221,12 @@ goal_C1() { printed C1 tests/figures/coverage.sh; }
 goal_C2() { printed C2 tests/figures/messages.py; }
 goal_C3() { printed C3 tests/figures/deliberate.py; }
 goal_C4() { printed C4 tests/figures/mutants.py; }
-goal_A1() { printed A1 tests/figures/abi.sh; }
-goal_T1() { printed T1 tests/figures/helgrind.sh; }
+goal_T1() { printed T1 tests/figures/threads.sh build/release; }
+goal_A1() {
+    ./dev build asan >&2
+    printed A1 tests/figures/abi.sh build/release build/asan
+}
+goal_A2() { printed A2 build/release/tests/hosts/host_reloading; }
 goal_I6() {
     mkdir -p "$logs/refusals"
     KELVOFXDS_FOLDER=$logs/refusals printed I6 build/release/tests/figures/refusals
