@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/containers/fxSet.h"
+#include "tests/support/dying.h"
 #include "tests/support/testSet.h"
 
 TEST(fxSetAlgebra, unionAddsEveryKeyOfTheOther) {
@@ -152,7 +153,7 @@ Outcome outcomeInChild(Work work) {
     if (child == 0) {
         static char block[BUFSIZ];
         std::setvbuf(stdout, block, _IOFBF, sizeof block);
-        std::signal(SIGABRT, SIG_DFL);
+        letEndUs(SIGABRT);
         ::dup2(ends[1], STDOUT_FILENO);
         ::close(ends[0]);
         ::close(ends[1]);
@@ -194,7 +195,7 @@ TEST(fxSetAlgebraDeathTest, deliberateOperatorsAbortBeforeAnyKeyIsCopied) {
     s.put(1);
     other.put(1);
     expectRefusal(outcomeInChild([&] {
-                      std::signal(SIGFPE, SIG_DFL);
+                      letEndUs(SIGFPE);
                       s | other;
                   }),
                   "Unimplemented operator overloading is called!  fxTmpSet operator|(fxSet const "

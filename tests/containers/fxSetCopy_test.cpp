@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/containers/fxSet.h"
+#include "tests/support/dying.h"
 #include "tests/support/recordingTranscriber.h"
 #include "tests/support/testSet.h"
 
@@ -71,7 +72,7 @@ namespace {
 // Some checkers handle the signal; here it has to end the process.
 template <class Copy>
 void copyAfterwards(Copy copy) {
-    std::signal(SIGFPE, SIG_DFL);
+    letEndUs(SIGFPE);
     copy();
 }
 

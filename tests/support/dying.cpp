@@ -26,10 +26,10 @@ void endUnheard(int signal) {
 
 }  // namespace
 
-void letAbortEndUs() { std::signal(SIGABRT, endUnheard); }
+void letEndUs(int signal) { std::signal(signal, endUnheard); }
 
 #else
 
-void letAbortEndUs() { std::signal(SIGABRT, SIG_DFL); }
+void letEndUs(int signal) { std::signal(signal, SIG_DFL); }
 
 #endif

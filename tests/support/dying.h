@@ -1,6 +1,6 @@
 // dying.h - how a test program ends by a signal.
 #pragma once
 
-/// Lets SIGABRT end this process, whatever a parent has made of it. With standard error to the last
-/// what the process has written itself: an emulator, which adds a line of its own, is kept from it.
-void letAbortEndUs();
+/// Lets `signal` end this process, whatever a parent or a checker has made of it. Standard error
+/// has what the process has written and no more: an emulator is kept from adding a line of its own.
+void letEndUs(int signal);

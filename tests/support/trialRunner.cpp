@@ -92,7 +92,7 @@ private:
     [[noreturn]] void makeTrials(unsigned int end) {
         const rlimit noCore = {0, 0};
         ::setrlimit(RLIMIT_CORE, &noCore);
-        letAbortEndUs();
+        letEndUs(SIGABRT);
         std::signal(SIGALRM, SIG_DFL);
         std::signal(SIGPROF, SIG_DFL);
         ::dup2(::fileno(output), STDERR_FILENO);
