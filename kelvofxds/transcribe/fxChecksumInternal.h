@@ -18,6 +18,8 @@ public:
     }
 
 private:
+    friend struct fxChecksumBySlices;  // tests/transcribe/fxChecksum_test.cpp
+
     static constexpr std::uint32_t polynomial = 0x82F63B78;  // bits reflected
 
     // By a byte and the number of zero bytes behind it, what becomes of it.
