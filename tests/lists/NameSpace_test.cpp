@@ -354,3 +354,33 @@ TEST(NameSpace, manyNamesAllHaveTheirAtoms) {
     for (const auto& pair : model)
         ASSERT_EQ(pair.first, names.nameForAtom(pair.second));
 }
+
+TEST(NameSpace, aNameIsTheSameWhereverItLies) {
+    Names names;
+    const std::string letters(40, 'n');
+    for (unsigned int length = 0; length <= letters.size(); ++length)
+        names.makeAtom(letters.c_str(), length, 1);
+    for (const char neighbour : {'\0', 'a', '\xFF'}) {
+        for (unsigned int at = 1; at <= 8; ++at) {
+            for (unsigned int length = 0; length <= letters.size(); ++length) {
+                const std::string around(8, neighbour);
+                const std::string text = around.substr(0, at) + letters.substr(0, length) + around;
+                ASSERT_EQ(length + 1, names.makeAtom(text.data() + at, length, 0))
+                    << length << " bytes beside " << int{neighbour};
+            }
+        }
+    }
+}
+
+TEST(NameSpace, everyByteOfANameTellsItFromOthers) {
+    for (unsigned int length = 1; length <= 40; ++length) {
+        Names names;
+        for (unsigned int changed = 0; changed <= length; ++changed) {
+            std::string name(length, 'n');
+            if (changed < length)
+                name[changed] = 'm';
+            ASSERT_EQ(changed + 1, names.makeAtom(name.c_str(), 1));
+        }
+        ASSERT_EQ(length + 1, names.makeAtom(std::string(length, 'n').c_str(), 0));
+    }
+}
