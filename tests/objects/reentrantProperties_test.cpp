@@ -388,6 +388,22 @@ TEST_F(reentrantProperties, dyingObjectReleasesWhatThoseSetThatItReleasesAtOnce)
     delete held;
 }
 
+TEST_F(reentrantProperties, dyingObjectReleasesAnyNumberThatAreSetOneAfterTheOther) {
+    for (const int times : {99, 100, 101, 300}) {
+        SCOPED_TRACE(times);
+        auto* object = new fxObj;
+        int ends = 0;
+        object->setProperty(actingProperty(1, [&] {
+            object->setProperty(actingProperty(2, [&] {
+                for (int i = 0; i < times; ++i)
+                    object->setProperty(actingProperty(3, [&ends] { ++ends; }));
+            }));
+        }));
+        delete object;
+        EXPECT_EQ(times, ends);
+    }
+}
+
 TEST_F(reentrantProperties, deliberateDestroyFunctionsOfADyingObjectSetAHundredDeep) {
     // Each sets those behind it, and two kinds of text, as often as told.
     struct Endless {
