@@ -500,6 +500,7 @@ unsigned char fxGraphReader::xdr(short** block, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(unsigned short** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphReader", block);
     return root->isOpen() && root->point(block, fxOT_Shorts, fxBytesOf<short>(n), false, false);
 }
 
@@ -509,10 +510,12 @@ unsigned char fxGraphReader::xdr(long** block, unsigned int n) {
 }
 
 unsigned char fxGraphReader::xdr(unsigned long** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphReader", block);
     return root->isOpen() && root->point(block, fxOT_Longs, fxBytesOf<long>(n), false, false);
 }
 
 unsigned char fxGraphReader::xdr(float** block, unsigned int n) {
+    FX_CHECK_NOT_NULL("fxGraphReader", block);
     return root->isOpen() && root->point(block, fxOT_Floats, fxBytesOf<float>(n), false, false);
 }
 
