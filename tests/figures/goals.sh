@@ -217,7 +217,10 @@ printed() {
     fi
 }
 
-goal_C1() { printed C1 tests/figures/coverage.sh; }
+goal_C1() {
+    ./dev build coverage >&2
+    printed C1 tests/figures/coverage.sh
+}
 goal_C2() { printed C2 tests/figures/messages.py; }
 goal_C3() { printed C3 tests/figures/deliberate.py; }
 goal_C4() { printed C4 tests/figures/mutants.py; }

@@ -10,150 +10,10 @@
 
 #include <gtest/gtest.h>
 
-#include "kelvofxds/pattern/fxRegEngine.h"
-#include "tests/support/compiled.h"
 #include "tests/support/regErrors.h"
-#include "tests/support/slowRegex.h"
+#include "tests/support/regexComparison.h"
 
 namespace {
-
-using Texts = std::vector<std::string>;
-
-const unsigned long noLimit = ~0UL;
-
-// Calls `use` with every text of exactly `length` bytes of `alphabet`.
-template <class Use>
-void eachText(const std::string& alphabet, unsigned int length, Use use) {
-    std::string text(length, alphabet[0]);
-    std::vector<std::size_t> digits(length, 0);
-    for (;;) {
-        use(text);
-        unsigned int place = 0;
-        while (place < length && ++digits[place] == alphabet.size()) {
-            digits[place] = 0;
-            text[place] = alphabet[0];
-            ++place;
-        }
-        if (place == length)
-            return;
-        text[place] = alphabet[digits[place]];
-    }
-}
-
-Texts textsUpTo(const std::string& alphabet, unsigned int longest) {
-    Texts texts;
-    for (unsigned int length = 0; length <= longest; ++length)
-        eachText(alphabet, length, [&](const std::string& text) { texts.push_back(text); });
-    return texts;
-}
-
-// Where a register points, as the slow matcher says it; -2 for anywhere else.
-int offsetIn(const std::string& subject, const char* place) {
-    if (!place)
-        return -1;
-    const char* const text = subject.c_str();
-    return place >= text && place <= text + subject.size() ? static_cast<int>(place - text) : -2;
-}
-
-class Comparison {
-public:
-    // Compiles with both; the engine's program stays for the subjects.
-    void take(const std::string& newPattern);
-
-    // Runs both, which the last pattern has to have compiled for.
-    void compare(const std::string& subject, unsigned long limit = noLimit);
-
-    bool hasProgram() const { return engine != nullptr; }
-
-    unsigned long patterns = 0;
-    unsigned long programs = 0;
-    unsigned long pairs = 0;
-    unsigned long matches = 0;
-    unsigned long expensive = 0;  // the slow matcher took over 500 steps for each byte
-    unsigned long gaveUp = 0;
-    unsigned int differences = 0;
-
-private:
-    bool sameProgram() const;
-    bool sameHints() const;
-    bool sameRegisters(const slowRegex::Match& match, const std::string& subject) const;
-
-    void differ(const char* what, const std::string& subject = std::string()) {
-        if (++differences <= 20)
-            ADD_FAILURE() << what << " differs: pattern " << shown(pattern) << ", subject "
-                          << shown(subject);
-    }
-
-    std::string pattern;
-    slowRegex::Program slow;
-    Compiled engine;
-};
-
-void Comparison::take(const std::string& newPattern) {
-    pattern = newPattern;
-    slow = slowRegex::compile(pattern);
-    engine = compiled(pattern);
-    ++patterns;
-    programs += engine != nullptr;
-
-    const Messages messages = takeRegErrors();
-    if (slow.error.empty() ? !messages.empty() : messages != Messages{slow.error})
-        differ("message");
-    if ((engine != nullptr) != slow.error.empty()) {
-        differ("whether it compiles");
-        engine.reset();
-    }
-    if (engine && !sameProgram())
-        differ("program");
-    if (engine && !sameHints())
-        differ("hint");
-}
-
-bool Comparison::sameProgram() const {
-    return std::memcmp(engine->program, slow.bytes.data(), slow.bytes.size()) == 0;
-}
-
-bool Comparison::sameHints() const {
-    const int must = engine->must ? static_cast<int>(engine->must - engine->program) : -1;
-    return engine->startchar == slow.startchar && (engine->anchored != 0) == slow.anchored &&
-           must == slow.must && engine->mustlen == slow.mustlen;
-}
-
-void Comparison::compare(const std::string& subject, unsigned long limit) {
-    const slowRegex::Match match = slowRegex::match(slow, subject, limit);
-    const int result = fxregexec(engine.get(), subject.c_str());
-    if (match.gaveUp) {
-        ++gaveUp;
-        return;
-    }
-    ++pairs;
-    matches += match.found;
-    expensive += match.steps > 500 * (subject.size() + 1);
-    if (result != (match.found ? 1 : 0))
-        differ("result", subject);
-    else if (match.found && !sameRegisters(match, subject))
-        differ("register", subject);
-}
-
-bool Comparison::sameRegisters(const slowRegex::Match& match, const std::string& subject) const {
-    for (unsigned int i = 0; i < fxregexp::groupCount; ++i) {
-        if (offsetIn(subject, engine->startp[i]) != match.start[i] ||
-            offsetIn(subject, engine->endp[i]) != match.end[i])
-            return false;
-    }
-    return true;
-}
-
-// All patterns of one length with all subjects.
-void compareAll(Comparison& comparison, unsigned int length, const Texts& subjects) {
-    eachText("ab()|*+?.^$[]\\<>-\n", length, [&](const std::string& pattern) {
-        comparison.take(pattern);
-        if (!comparison.hasProgram())
-            return;
-        for (const std::string& subject : subjects)
-            comparison.compare(subject);
-    });
-}
 
 // More of them, for as long as it takes.
 bool isFullRun() {
@@ -302,31 +162,23 @@ private:
     Texts words;
 };
 
-void print(const char* what, const Comparison& comparison) {
-    std::printf("%s: %lu patterns, %lu compile; %lu pairs compared, %lu match", what,
-                comparison.patterns, comparison.programs, comparison.pairs, comparison.matches);
-    if (comparison.gaveUp > 0)
-        std::printf(", %lu expensive, %lu left out", comparison.expensive, comparison.gaveUp);
-    std::puts("");
-}
-
 }  // namespace
 
 TEST(fxRegEngineExhaustive, allSmallPatternsAndSubjectsGiveTheSame) {
     takeRegErrors();
-    Comparison comparison;
+    RegexComparison comparison;
     if (isFullRun()) {
         const Texts subjects = textsUpTo("ab ", 4);
         for (unsigned int length = 0; length <= 4; ++length)
-            compareAll(comparison, length, subjects);
-        compareAll(comparison, 5, textsUpTo("ab ", 3));
+            comparison.compareAll(smallPatternBytes, length, subjects);
+        comparison.compareAll(smallPatternBytes, 5, textsUpTo("ab ", 3));
     } else {
         const Texts subjects = textsUpTo("ab ", 4);
         for (unsigned int length = 0; length <= 3; ++length)
-            compareAll(comparison, length, subjects);
-        compareAll(comparison, 4, textsUpTo("ab ", 1));
+            comparison.compareAll(smallPatternBytes, length, subjects);
+        comparison.compareAll(smallPatternBytes, 4, textsUpTo("ab ", 1));
     }
-    print("small patterns", comparison);
+    comparison.print("small patterns");
     EXPECT_EQ(0U, comparison.differences);
     EXPECT_EQ(Messages(), takeRegErrors());
     EXPECT_LE(isFullRun() ? 5000000U : 200000U, comparison.pairs);
@@ -338,7 +190,7 @@ TEST(fxRegEngineExhaustive, expensiveMatchesGiveTheSame) {
     Random random(seed);
     Patterns patterns(random);
     takeRegErrors();
-    Comparison comparison;
+    RegexComparison comparison;
     const unsigned int rounds = isFullRun() ? 200000 : 3000;
     for (unsigned int round = 0; round < rounds; ++round) {
         comparison.take(patterns.next());
@@ -347,7 +199,7 @@ TEST(fxRegEngineExhaustive, expensiveMatchesGiveTheSame) {
         for (unsigned int i = 0; i < 6; ++i)
             comparison.compare(randomSubject(random, 8U << i), 200000);
     }
-    print("random patterns", comparison);
+    comparison.print("random patterns");
     EXPECT_EQ(0U, comparison.differences);
     EXPECT_EQ(Messages(), takeRegErrors());
     // What the engine does about cost has been at work often enough.
@@ -363,7 +215,7 @@ TEST(fxRegEngineExhaustive, longPatternsInLongSubjectsGiveTheSame) {
     Random random(seed);
     LongPatterns patterns(random);
     takeRegErrors();
-    Comparison comparison;
+    RegexComparison comparison;
     const unsigned int rounds = isFullRun() ? 200000 : 6000;
     for (unsigned int round = 0; round < rounds; ++round) {
         comparison.take(patterns.next());
@@ -372,7 +224,7 @@ TEST(fxRegEngineExhaustive, longPatternsInLongSubjectsGiveTheSame) {
         for (unsigned int i = 0; i < 7; ++i)
             comparison.compare(patterns.subject(12U << i), 100000);
     }
-    print("long patterns", comparison);
+    comparison.print("long patterns");
     EXPECT_EQ(0U, comparison.differences);
     EXPECT_EQ(Messages(), takeRegErrors());
     EXPECT_LE(rounds, comparison.matches);

@@ -3,25 +3,13 @@
 
 #include <cctype>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "kelvofxds/pattern/fxRegEngine.h"
+#include "tests/support/compiledBlock.h"
 #include "tests/support/regErrors.h"
-
-struct FreeBlock {
-    void operator()(fxregexp* block) const { std::free(block); }
-};
-
-/// A compiled expression, or null.
-using Compiled = std::unique_ptr<fxregexp, FreeBlock>;
-
-inline Compiled compiled(const std::string& pattern) {
-    return Compiled(fxregcomp(pattern.c_str()));
-}
 
 /// Bytes as a failed comparison should show them.
 inline std::string shown(const std::string& bytes) {

@@ -428,6 +428,7 @@ bool Matcher::hasMust() const {
 }
 
 bool Matcher::regtry(const char* position) {
+    result.wasTried = true;
     for (int i = 0; i < 10; ++i)
         result.start[i] = result.end[i] = -1;
     input = position;
@@ -560,4 +561,23 @@ slowRegex::Program slowRegex::compile(const std::string& pattern) {
 slowRegex::Match slowRegex::match(const Program& program, const std::string& subject,
                                   unsigned long limit) {
     return Matcher(program, subject, limit).match();
+}
+
+std::string slowRegex::substitute(const std::string& source, const std::string& subject,
+                                  const Match& match) {
+    std::string text;
+    for (const char* at = source.c_str(); *at != '\0'; ++at) {
+        const bool isEscape = *at == '\\';
+        const char next = at[1];
+        if (*at == '&' || (isEscape && next >= '0' && next <= '9')) {
+            const int number = isEscape ? *++at - '0' : 0;
+            const int start = match.start[number];
+            if (start != -1)
+                text += subject.substr(static_cast<std::size_t>(start),
+                                       static_cast<std::size_t>(match.end[number] - start));
+        } else {
+            text += isEscape && (next == '&' || next == '\\') ? *++at : *at;
+        }
+    }
+    return text;
 }

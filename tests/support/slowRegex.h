@@ -19,6 +19,7 @@ struct Program {
 
 struct Match {
     bool found = false;
+    bool wasTried = false;    ///< At one place at least: a hint has not ruled out all.
     bool gaveUp = false;      ///< The limit was exceeded; nothing else is meant.
     unsigned long steps = 0;  ///< Nodes visited and bytes repeated.
     int start[10];            ///< Offsets in the subject, -1 where unset.
@@ -29,5 +30,8 @@ Program compile(const std::string& pattern);
 
 /// Gives up after `limit` steps. `subject` ends at its first NUL.
 Match match(const Program& program, const std::string& subject, unsigned long limit);
+
+/// What `source` becomes after that match in `subject`.
+std::string substitute(const std::string& source, const std::string& subject, const Match& match);
 
 }  // namespace slowRegex
