@@ -1,11 +1,7 @@
 // Large graphs: how time grows with their size, and that their depth costs no stack.
 
-#include <pthread.h>
-
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <limits>
 #include <memory>
@@ -14,6 +10,7 @@
 #include "tests/support/figure.h"
 #include "tests/support/graphs.h"
 #include "tests/support/inChild.h"
+#include "tests/support/paintedStack.h"
 
 namespace {
 
@@ -67,10 +64,6 @@ std::string rounded(double value) {
     return text;
 }
 
-// --- how much of a stack is used ---
-
-const std::uint8_t untouched = 0xA5;
-
 struct Chain {
     unsigned int length;
     bool isSame;
@@ -96,26 +89,6 @@ void* goAndComeBack(void* argument) {
     }
     chain.isSame = chain.isSame && found == chain.length;
     return nullptr;
-}
-
-// Bytes of a stack of 256 KiB that `chain` takes.
-std::size_t stackOf(Chain& chain) {
-    const std::size_t size = 256 * 1024;
-    const std::unique_ptr<std::uint8_t[]> block(new std::uint8_t[size + 4096]);
-    std::uint8_t* const stack =
-        block.get() + 4096 - reinterpret_cast<std::uintptr_t>(block.get()) % 4096;
-    std::memset(stack, untouched, size);
-    pthread_attr_t attributes;
-    EXPECT_EQ(0, pthread_attr_init(&attributes));
-    EXPECT_EQ(0, pthread_attr_setstack(&attributes, stack, size));
-    pthread_t thread;
-    EXPECT_EQ(0, pthread_create(&thread, &attributes, goAndComeBack, &chain));
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-    std::size_t unused = 0;
-    while (unused < size && stack[unused] == untouched)
-        ++unused;
-    return size - unused;
 }
 
 }  // namespace
@@ -144,8 +117,8 @@ TEST(fullFigureS2, aChainTakesNoStack) {
     fxInitializeToolkit();
     Chain brief{10, false};
     Chain chain{static_cast<unsigned int>(figureSize(1000000, 50000)), false};
-    const std::size_t base = stackOf(brief);
-    const std::size_t most = stackOf(chain);
+    const std::size_t base = stackTakenBy(goAndComeBack, &brief);
+    const std::size_t most = stackTakenBy(goAndComeBack, &chain);
     const std::size_t growth = most > base ? most - base : 0;
     reportFigure("S2", std::to_string(growth) + "B", "65536B",
                  brief.isSame && chain.isSame && growth <= 65536);
