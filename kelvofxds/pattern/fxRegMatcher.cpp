@@ -282,6 +282,8 @@ void fxRegMatcher::note(const fxRegNode* node) {
 // work as it has spent itself.
 [[gnu::noinline]] void fxRegMatcher::reconsider() {
     const std::size_t done = positionOf(begin);
+    // A repetition can take many steps at once, which are short ones.
+    const std::size_t steps = patience + (spent - limit) / 4;
     limit = done + patience;
     if (spent < limit)
         return;
@@ -289,7 +291,7 @@ void fxRegMatcher::note(const fxRegNode* node) {
     if (!look.at || look.at < begin)
         look = code.lookFrom(begin, begin == regbol);
     const std::size_t bytesPerStep = 16;
-    switch (code.lookOn(look, patience * bytesPerStep)) {
+    switch (code.lookOn(look, steps * bytesPerStep)) {
         case fxRegCode::noMatch:
             givenUp = true;
             break;
