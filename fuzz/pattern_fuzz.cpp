@@ -1,4 +1,6 @@
-// Compiles whatever it is given as a regular expression, and uses it.
+// Compiles whatever it is given as a regular expression, and uses it. Small
+// patterns and subjects are given to the slow matcher too, which has to say the
+// same of them.
 //
 // An input is a pattern, a subject and a template, each ended by a NUL byte;
 // what is missing is empty, what is left over belongs to the template. At last
@@ -8,20 +10,22 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 
 #include "kelvofxds/pattern/fxRegEngine.h"
+#include "tests/support/compiledBlock.h"
+#include "tests/support/regErrors.h"
+#include "tests/support/regexPair.h"
 
 namespace {
 
-struct FreeBlock {
-    void operator()(fxregexp* block) const { std::free(block); }
-};
-
-unsigned int messages = 0;
+// The first ones; a damaged program can have one at each place.
+const std::size_t mostMessages = 4;
+Messages messages;
 
 void require(bool condition) {
     if (!condition)
@@ -82,20 +86,74 @@ void runDamaged(fxregexp& program, const char* subject, std::size_t length) {
     }
 }
 
+// The engine keeps the code of a large program; that of a small one in the same
+// block takes its place, so that nothing seems to leak.
+void forget(fxregexp& program) {
+    const std::size_t smallest = 10;
+    const Compiled empty = compiled("");
+    std::memcpy(program.program, empty->program, smallest);
+    program.startchar = program.anchored = '\0';
+    program.must = nullptr;
+    program.mustlen = 0;
+    require(fxregexec(&program, "") == 1);
+}
+
+void requireSame(const char* difference) {
+    if (!difference)
+        return;
+    std::fprintf(stderr, "%s differs\n", difference);
+    std::abort();
+}
+
+// What the slow matcher says.
+void compareSmall(const std::string& pattern, const std::string& subject,
+                  const std::string& source) {
+    const std::size_t mostPattern = 24, mostSubject = 32;
+    const unsigned long mostSteps = 5000;
+    if (pattern.size() > mostPattern)
+        return;
+    RegexPair pair;
+    requireSame(pair.take(pattern));
+    if (!pair.hasProgram() || subject.size() > mostSubject)
+        return;
+    requireSame(pair.search(subject, mostSteps));
+    if (!pair.match().gaveUp && pair.match().found)
+        requireSame(pair.substitute(source, subject));
+    require(takeRegErrors().empty());
+    forget(pair.block());
+}
+
+// Work goes with the product of two lengths: the second one is cut so that an
+// input is no matter of seconds.
+std::string cut(const std::string& text, std::size_t otherLength) {
+    const std::size_t most = 1 << 17;
+    return text.substr(0, most / (otherLength + 16));
+}
+
 }  // namespace
 
 /// Takes the place of the library's function of this name.
-void fxregerror(const char*) { ++messages; }
+void fxregerror(const char* message) {
+    if (messages.size() < mostMessages)
+        messages.push_back(message);
+}
+
+Messages takeRegErrors() {
+    Messages taken;
+    taken.swap(messages);
+    return taken;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string rest(reinterpret_cast<const char*>(data), size);
     const std::string pattern = takeText(rest);
-    const std::string subject = takeText(rest);
+    const std::string subject = cut(takeText(rest), pattern.size());
     const std::string source = rest.substr(0, rest.find('\0'));
 
-    messages = 0;
-    const std::unique_ptr<fxregexp, FreeBlock> program(fxregcomp(pattern.c_str()));
-    require(messages == (program ? 0 : 1));
+    compareSmall(pattern, subject, source.substr(0, 64));
+    takeRegErrors();
+    const Compiled program = compiled(pattern);
+    require(takeRegErrors().size() == (program ? 0U : 1U));
     if (!program)
         return 0;
 
@@ -104,10 +162,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::memcpy(text.get(), subject.c_str(), subject.size() + 1);
     if (fxregexec(program.get(), text.get()) == 1) {
         checkRegisters(*program, text.get(), subject.size());
-        substitute(*program, source, subject.size());
+        substitute(*program, cut(source, subject.size()), subject.size());
     }
-    require(messages == 0);
+    require(takeRegErrors().empty());
     damage(*program, rest);
     runDamaged(*program, text.get(), subject.size());
+    forget(*program);
     return 0;
 }
