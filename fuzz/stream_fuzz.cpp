@@ -15,22 +15,21 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/options.h"
+#include "fuzz/rejection.h"
 #include "kelvofxds/containers/fxStrSet.h"
-#include "kelvofxds/core/fxFatal.h"
 #include "tests/support/hostileReading.h"
 #include "tests/support/hostileStreams.h"
 
-extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
-
 /// Failed reads leave what they made allocated, as they are meant to. It is
-/// freed below without regard to how it was allocated.
-extern "C" const char* __asan_default_options() {
-    return "allocator_may_return_null=1:alloc_dealloc_mismatch=0:detect_leaks=0";
-}
+/// freed below without regard to how it was allocated. A block that a stream asks
+/// for beyond the limit is refused: sanitizers take long to mark what is never
+/// touched. To have them all: ASAN_OPTIONS=max_allocation_size_mb=3000, and
+/// -malloc_limit_mb=4096 for the fuzzer.
+FUZZ_OPTIONS(
+    "allocator_may_return_null=1:alloc_dealloc_mismatch=0:detect_leaks=0:max_allocation_size_mb=24")
 
 namespace {
-struct Fatal {};
-
 // The blocks that are allocated while an input is read. It must not allocate
 // any itself.
 class Allocations {
@@ -38,9 +37,11 @@ public:
     void add(const volatile void* block) {
         if (!active || !block || count == limit)
             return;
-        std::size_t place = placeOf(block);
-        places[place] = block;
+        if (noted == limit)
+            forgetFreed();
+        places[placeOf(block)] = block;
         ++count;
+        order[noted++] = block;
     }
 
     // The places behind a vacated one are filled again, so that look-ups do
@@ -59,15 +60,17 @@ public:
     }
 
     void freeAll() {
-        active = false;
-        if (count == 0)
-            return;
-        for (const volatile void*& block : places) {
-            if (block)
-                std::free(const_cast<void*>(block));
-            block = nullptr;
+        for (std::size_t i = 0; i < noted; ++i) {
+            const volatile void* const block = order[i];
+            if (!places[placeOf(block)])
+                continue;
+            remove(block);
+            active = false;
+            std::free(const_cast<void*>(block));
+            active = true;
         }
-        count = 0;
+        noted = 0;
+        active = false;
     }
 
     bool active = false;
@@ -84,8 +87,19 @@ private:
         return place;
     }
 
+    void forgetFreed() {
+        noted = 0;
+        for (const volatile void* const block : places) {
+            if (block)
+                order[noted++] = block;
+        }
+    }
+
     const volatile void* places[size] = {};
     std::size_t count = 0;
+    // What was added, freed since or not, so that not all places need be looked at.
+    const volatile void* order[limit] = {};
+    std::size_t noted = 0;
 };
 
 Allocations allocations;
@@ -139,7 +153,8 @@ const std::vector<std::string>& seeds() {
 }
 
 // Walking ever so many empty buckets is slow; such sets are not even deleted.
-bool isAbandoned(const fxStrSet& set) { return set.getNumBuckets() > 1U << 20; }
+const unsigned int manyBuckets = 1U << 12;
+bool isAbandoned(const fxStrSet& set) { return set.getNumBuckets() > manyBuckets; }
 
 void use(fxStrSet& set) {
     unsigned int known = 0;
@@ -224,23 +239,14 @@ void forgetWhatWasMade() {
     hostile::made() = hostile::Made();
     std::vector<fxStrSet*>().swap(sets);
 }
+
+bool isStated(const char* message) { return hostile::isStatedMessage(std::string(message) + "\n"); }
 }  // namespace
 
-/// Takes the place of the library's function of this name, so that a message
-/// ends the input and not the fuzzer. The library's own frames are unwound.
-void fxFatal(const char*, ...) { throw Fatal(); }
-
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
-    // Memory may be reserved on the word of a stream as long as it is not
-    // touched: only what is resident is limited.
-    static std::vector<char*> arguments(*argv, *argv + *argc);
-    static char noLimit[] = "-malloc_limit_mb=4096";
-    arguments.push_back(noLimit);
-    *argc = static_cast<int>(arguments.size());
-    arguments.push_back(nullptr);
-    *argv = arguments.data();
-
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    fuzz::isStated = isStated;
     hostile::abandonManyBuckets = true;
+    hostile::manyBuckets = manyBuckets;
     // Whatever is made once is made before allocations are counted.
     for (const std::string& seed : seeds())
         read(seed);
@@ -251,22 +257,8 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     allocations.active = true;
-    try {
-        read(std::string(reinterpret_cast<const char*>(data), size));
-    } catch (const Fatal&) {
-    }
+    fuzz::reachesEnd([=] { read(std::string(reinterpret_cast<const char*>(data), size)); });
     forgetWhatWasMade();
     allocations.freeAll();
     return 0;
-}
-
-/// Starts now and then from a stream that can be read.
-extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
-                                               std::size_t maxSize, unsigned int random) {
-    if (size < 2 || random % 50 == 0) {
-        const std::string& seed = seeds()[random / 50 % seeds().size()];
-        size = seed.size() < maxSize ? seed.size() : maxSize;
-        std::memcpy(data, seed.data(), size);
-    }
-    return LLVMFuzzerMutate(data, size, maxSize);
 }

@@ -69,9 +69,10 @@ void use(Array& array) {
 /// whose instrumentation makes it slower still: such dictionaries are not even
 /// deleted then.
 inline bool abandonManyBuckets = false;
+inline unsigned int manyBuckets = 1U << 20;
 
 inline bool hasManyBuckets(const fxStrStrDictionary& dictionary) {
-    return dictionary.getNumBuckets() > 1U << 20;
+    return dictionary.getNumBuckets() > manyBuckets;
 }
 
 inline bool isAbandoned(const fxStrStrDictionary& dictionary) {
