@@ -6,6 +6,7 @@
 #include <string>
 #include <type_traits>
 
+#include "fuzz/options.h"
 #include "kelvofxds/str/fxStr.h"
 #include "tests/support/script.h"
 
@@ -78,6 +79,8 @@ void formatText(fxStr& s, const std::string& around, Script& script) {
 #pragma GCC diagnostic pop
 
 }  // namespace
+
+FUZZ_OPTIONS("")
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Script script(data, size);

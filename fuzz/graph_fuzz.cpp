@@ -11,6 +11,7 @@
 #include <string>
 #include <unordered_set>
 
+#include "fuzz/options.h"
 #include "kelvofxds/kelvofxds.h"
 #include "kelvofxds/transcribe/fxChecksumInternal.h"
 
@@ -144,9 +145,7 @@ void endAll() {
 }  // namespace
 
 // Of a whole root arrays that nodes point to are lost, and shared blocks.
-extern "C" const char* __asan_default_options() {
-    return "allocator_may_return_null=1:detect_leaks=0";
-}
+FUZZ_OPTIONS("allocator_may_return_null=1:detect_leaks=0")
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0)

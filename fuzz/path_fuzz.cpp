@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "fuzz/options.h"
 #include "kelvofxds/str/fxPath.h"
 #include "kelvofxds/str/fxPathNames.h"
 #include "tests/support/script.h"
@@ -92,6 +93,8 @@ void checkSplit(const std::string& text) {
 }
 
 }  // namespace
+
+FUZZ_OPTIONS("")
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     ::setenv("HOME", "/home/of/a", 1);
