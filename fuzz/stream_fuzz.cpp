@@ -1,6 +1,7 @@
 // Reads whatever bytes it is given and uses what comes of it.
 //
-// Inputs that begin with an 'f' are whole streams, as they begin with the
+// Inputs that begin with an 'r' say how the records of a good stream are changed.
+// Those that begin with an 'f' are whole streams, as they begin with the
 // reader's name, and so are those behind an 'S', whose root should be a set; of
 // the others the first byte chooses a container and the rest are the records to
 // read it from.
@@ -16,18 +17,16 @@
 #include <vector>
 
 #include "fuzz/options.h"
+#include "fuzz/records.h"
 #include "fuzz/rejection.h"
 #include "kelvofxds/containers/fxStrSet.h"
 #include "tests/support/hostileReading.h"
 #include "tests/support/hostileStreams.h"
+#include "tests/support/script.h"
 
 /// Failed reads leave what they made allocated, as they are meant to. It is
-/// freed below without regard to how it was allocated. A block that a stream asks
-/// for beyond the limit is refused: sanitizers take long to mark what is never
-/// touched. To have them all: ASAN_OPTIONS=max_allocation_size_mb=3000, and
-/// -malloc_limit_mb=4096 for the fuzzer.
-FUZZ_OPTIONS(
-    "allocator_may_return_null=1:alloc_dealloc_mismatch=0:detect_leaks=0:max_allocation_size_mb=24")
+/// freed below without regard to how it was allocated.
+FUZZ_OPTIONS(FUZZ_READER_OPTIONS ":alloc_dealloc_mismatch=0")
 
 namespace {
 // The blocks that are allocated while an input is read. It must not allocate
@@ -233,6 +232,22 @@ void read(const std::string& bytes) {
     }
 }
 
+// What stands before the records of one of the streams above.
+std::size_t headSize(const std::string& bytes) {
+    const std::size_t mark = bytes[0] == 'f' ? 0 : 1;
+    return bytes[0] == 's' ? mark : mark + hostHeader().size();
+}
+
+fuzz::Records recordsOf(const std::string& bytes) {
+    return fuzz::Records(bytes, headSize(bytes), fuzz::Records::read);
+}
+
+void readChanged(Script script) {
+    fuzz::Records records = recordsOf(seeds()[script.byte() % seeds().size()]);
+    records.change(script);
+    read(records.bytes());
+}
+
 // What was made for an input is deleted or abandoned; its lists must not
 // outlive the blocks that they are kept in.
 void forgetWhatWasMade() {
@@ -248,8 +263,10 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     hostile::abandonManyBuckets = true;
     hostile::manyBuckets = manyBuckets;
     // Whatever is made once is made before allocations are counted.
-    for (const std::string& seed : seeds())
+    for (const std::string& seed : seeds()) {
+        require(recordsOf(seed).bytes() == seed);
         read(seed);
+    }
     forgetWhatWasMade();
     __sanitizer_install_malloc_and_free_hooks(noteMalloc, noteFree);
     return 0;
@@ -257,7 +274,12 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     allocations.active = true;
-    fuzz::reachesEnd([=] { read(std::string(reinterpret_cast<const char*>(data), size)); });
+    fuzz::reachesEnd([=] {
+        if (size != 0 && *data == 'r')
+            readChanged(Script(data + 1, size - 1));
+        else
+            read(std::string(reinterpret_cast<const char*>(data), size));
+    });
     forgetWhatWasMade();
     allocations.freeAll();
     return 0;
