@@ -36,19 +36,18 @@ report() {
 # --- fuzzers -------------------------------------------------------------------------------------
 
 # fuzz TARGET RUNS: executions and findings of a fuzzer that runs in as many processes as there are
-# cores, each with its own seed; prints "EXECUTIONS FINDINGS".
+# cores, each with its own seed; prints "EXECUTIONS FINDINGS". They choose what to change next without
+# -entropic, whose books take longer than most inputs.
 fuzz() {
     share=0
     pids=
     corpus=build/fuzz/corpus/$1
-    seeds=fuzz/corpus/$1
-    [ -d "$seeds" ] || seeds=
+    set -- "$1" "$2" -runs=$(($2 / cores + 1)) -entropic=0 -max_len=65536 -timeout=2 \
+        -rss_limit_mb=1500 "-artifact_prefix=$logs/$1-"
+    rm -f "$logs/$1".*.log
     while [ "$share" -lt "$cores" ]; do
         mkdir -p "$corpus.$share"
-        # shellcheck disable=SC2086 # no folder, or one
-        "build/fuzz/fuzz/$1" -runs=$(($2 / cores + 1)) -seed=$((share + 1)) -max_len=65536 \
-            -timeout=2 -rss_limit_mb=1500 -artifact_prefix="$logs/$1-" "$corpus.$share" $seeds \
-            >"$logs/$1.$share.log" 2>&1 &
+        fuzzer "$@" -seed=$((share + 1)) "$corpus.$share" >"$logs/$1.$share.log" 2>&1 &
         pids="$pids $!"
         share=$((share + 1))
     done
@@ -59,6 +58,14 @@ fuzz() {
     executions=$(sed -n 's/^Done \([0-9]*\) runs.*/\1/p' "$logs/$1".*.log |
         awk '{ n += $1 } END { print n + 0 }')
     echo "$executions $findings"
+}
+# fuzzer TARGET RUNS ARGUMENT...: with the seeds and the words that there are for it.
+fuzzer() {
+    target=$1
+    shift 2
+    [ ! -d "fuzz/corpus/$target" ] || set -- "$@" "fuzz/corpus/$target"
+    [ ! -f "fuzz/$target.dict" ] || set -- "-dict=fuzz/$target.dict" "$@"
+    "build/fuzz/fuzz/$target" "$@"
 }
 
 # fuzz_figure ID RUNS TARGET...: the least executions, and the findings of all.
