@@ -14,6 +14,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "fuzz/blocks.h"
 #include "fuzz/options.h"
 #include "fuzz/records.h"
 #include "kelvofxds/kelvofxds.h"
@@ -258,6 +259,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
         for (const std::string& stream : streams(isStandard))
             require(recordsOf(stream, isStandard).bytes() == stream);
     }
+    fuzz::limitBlocks(1 << 18);
     return 0;
 }
 

@@ -10,8 +10,7 @@
     }
 
 /// More for readers of hostile bytes. A block that a stream asks for may be refused, which fails
-/// the read. Here a large one is: it is only reserved, not touched, but sanitizers mark every byte.
-/// To have them all: ASAN_OPTIONS=max_allocation_size_mb=3000, and -malloc_limit_mb=4096 for the
-/// fuzzer. The smallest limit is what the fuzzer needs itself. Failed reads may leave what they
-/// made.
+/// the read; here one is that no input can fill: sanitizers mark every byte of it, although nobody
+/// touches it. The limit is what the fuzzer needs itself; see blocks.h for a narrower one. Failed
+/// reads may leave what they made.
 #define FUZZ_READER_OPTIONS "allocator_may_return_null=1:max_allocation_size_mb=24:detect_leaks=0"

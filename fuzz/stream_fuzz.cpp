@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/blocks.h"
 #include "fuzz/options.h"
 #include "fuzz/records.h"
 #include "fuzz/rejection.h"
@@ -268,6 +269,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
         read(seed);
     }
     forgetWhatWasMade();
+    fuzz::limitBlocks(1 << 18);
     __sanitizer_install_malloc_and_free_hooks(noteMalloc, noteFree);
     return 0;
 }
