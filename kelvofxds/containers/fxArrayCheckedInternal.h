@@ -15,10 +15,13 @@ unsigned int fxCheckedLength(const Array& array) {
 
 /// That the `n` elements from `start` on are there. None are wherever they may be, and a range
 /// whose bytes are no size is fatal in its own words.
-#define FX_CHECK_RANGE(start, n)                                                       \
-    do {                                                                               \
-        if (!fxMisuse::isStatedRange(start, n, fxCheckedLength(*this), getElemSize())) \
-            fxMisuse::beyond(fxClassOf(*this), __func__, start, n, length());          \
+#define FX_CHECK_RANGE(start, n) FX_CHECK_RANGE_OF(start, n, getElemSize())
+
+/// The same where only the elements are counted: with `size` 1 their bytes are not looked at.
+#define FX_CHECK_RANGE_OF(start, n, size)                                     \
+    do {                                                                      \
+        if (!fxMisuse::isStatedRange(start, n, fxCheckedLength(*this), size)) \
+            fxMisuse::beyond(fxClassOf(*this), __func__, start, n, length()); \
     } while (false)
 
 /// That something can be put in before `index`.
@@ -31,6 +34,7 @@ unsigned int fxCheckedLength(const Array& array) {
 #else
 
 #define FX_CHECK_RANGE(...) static_cast<void>(0)
+#define FX_CHECK_RANGE_OF(...) static_cast<void>(0)
 #define FX_CHECK_PLACE(...) static_cast<void>(0)
 
 #endif

@@ -62,7 +62,7 @@ void fxArray::qsort() { qsort(0, length()); }
 void fxArray::qsort(unsigned int start, unsigned int n) {
     if (n == 0)
         return;
-    FX_CHECK_RANGE(start, n);
+    FX_CHECK_RANGE_OF(start, n, 1);
     Temporary temp(elemSize);
     qsortInternal(start, fxSum("fxArray", start, n) - 1, temp.address());
 }

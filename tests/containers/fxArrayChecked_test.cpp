@@ -47,6 +47,8 @@ const Misuse positions[] = {
      "fxIntArray::swap: i 0 not below length 0"},
     {"qsort", [] { five().qsort(2, 3); }, [] { five().qsort(2, 4); },
      "fxIntArray::qsort: start 2 and n 4 beyond length 5"},
+    {"qsort of more than can be addressed", [] { five().qsort(9, 0); },
+     [] { five().qsort(0, huge); }, "fxIntArray::qsort: n 1073741824 beyond length 5"},
     {"cut", [] { five().cut(1, 4); }, [] { five().cut(1, 5); },
      "fxIntArray::cut: start 1 and n 5 beyond length 5"},
     {"extract", [] { five().extract(5, 0); }, [] { five().extract(6, 1); },
