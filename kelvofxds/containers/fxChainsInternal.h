@@ -72,7 +72,7 @@ public:
 
 private:
     static const unsigned int smallGap = 32;        // bytes
-    static const unsigned int mostGaps = 1U << 20;  // bytes
+    static const unsigned int mostGaps = 1U << 14;  // bytes
 
     bool weigh(unsigned int claimed, unsigned int own) {
         if (claimed < own || claimed - own > mostGaps)

@@ -179,8 +179,7 @@ protected:
     /// doxdr for a class that knows the sizes of its keys and values, in bytes,
     /// and reads what nobody vouches for. Reading also fails where the stream's
     /// sizes are smaller, would put values where no pointer may lie, or make
-    /// the entries together over a megabyte larger (32 bytes a key or value not
-    /// counted).
+    /// the entries together over 16 KB larger (32 bytes a key or value not counted).
     unsigned char doxdrOfSizes(fxTranscriber& t, unsigned int keyBytes, unsigned int valueBytes);
     /// Frees an entry that has been unlinked, and its block.
     void release(fxDictBucket* b);

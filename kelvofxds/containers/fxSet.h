@@ -184,8 +184,8 @@ protected:
     }
     /// doxdr for a class that knows the size of its keys, in bytes, and reads
     /// what nobody vouches for. Reading also fails where the stream's size is
-    /// smaller or makes the keys together over a megabyte larger (32 bytes a
-    /// key not counted).
+    /// smaller or makes the keys together over 16 KB larger (32 bytes a key not
+    /// counted).
     unsigned char doxdrOfSize(fxTranscriber& t, unsigned int keyBytes);
 
     fxSetBuckets buckets;   // chain heads

@@ -315,6 +315,7 @@ TEST(hostileStreamDeathTest, dictionaryHeadsWithWildSizes) {
         {0xFFFFFFFF, 8, 8, 31, fatal}, {0xFFFFFFFF, 8, 8, 0, fatal},
         {1, 12, 8, 31, value},  // larger keys and values are kept
         {1, 8, 12, 31, value},         {1, 12, 12, 31, value},
+        {1, 16392, 8, 31, value},      {1, 16400, 8, 31, fatal},  // 16 KB larger, and more
         {1, 0, 8, 31, fatal},          {1, 7, 8, 31, fatal},
         {1, 8, 0, 31, fatal},          {1, 8, 7, 31, fatal},
         {1, 0xFFFFFFFF, 8, 31, fatal}, {1, 0xFFFFFFF8, 8, 31, fatal},  // the sum is 0
