@@ -93,6 +93,7 @@ public:
 
     /// What a message holds goes in this order, also in its destructor.
     static void releaseContents(fxMessageEvent* e) {
+        isNotPending(e);
         releaseChannel(e->channel);
         releaseData(e->data);
     }
@@ -131,6 +132,12 @@ private:
         e->count = 0;
         e->next = first;
         first = e;
+    }
+
+    // Of one that is deleted without having been delivered.
+    static void isNotPending(const fxMessageEvent* e) {
+        if (e->channel->pending == e)
+            e->channel->pending = nullptr;
     }
 
     static void releaseChannel(fxInputChannel* channel) {

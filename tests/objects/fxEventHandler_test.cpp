@@ -299,6 +299,32 @@ TEST_F(fxEventHandlerTest, askingLeavesPendingAloneAndZappingClearsIt) {
     EXPECT_EQ(0U, queued());
 }
 
+TEST_F(fxEventHandlerTest, messageThatIsDeletedIsNotPendingAnyMore) {
+    FlowNode sender(log);
+    FlowNode object(log, "object", fxDT_int, 1);
+    FlowNode other(log, "other");
+    Question all{[](fxEvent*) { return 1; }, {}};
+    auto& queue = fx_theEventHandler->getQueue();
+    const std::function<void()> ways[] = {
+        [&] { fx_theEventHandler->removeEvents(Question::ask, &all); },
+        [&] { queue.remove(object.in->pending); }, [&] { delete queue.get(); }};
+    sender.connect("out", &object, "in");
+    for (const auto& way : ways) {
+        SCOPED_TRACE(&way - ways);
+        for (const bool isHostsOwn : {false, true}) {
+            if (isHostsOwn)
+                queue.append(object.in->pending = new fxMessageEvent(object.in, new SpyData(1)));
+            else
+                sender.send(1);
+            way();
+            EXPECT_EQ(nullptr, object.in->pending);
+            EXPECT_EQ(0U, queued());
+        }
+        sender.send(2);
+        EXPECT_EQ("object=2", distribute());
+    }
+}
+
 TEST_F(fxEventHandlerTest, removeEventsForDropsWhatWouldReachATarget) {
     FlowNode sender(log);
     FlowNode direct(log, "direct");
