@@ -5,6 +5,7 @@
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/objects/fxConnectingInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
 #include "kelvofxds/values/fxProperty.h"
@@ -111,6 +112,7 @@ fxObj::~fxObj() {
     if (properties == nobodysTarget())
         return;
     FX_CHECK_LIVES("fxObj", count);
+    fxConnecting::destroyed(this);
     if (fx_theEventHandler)
         fx_theEventHandler->removeEventsFor(this);
     if (properties) {

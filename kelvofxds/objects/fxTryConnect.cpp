@@ -1,6 +1,7 @@
 // fxTryConnect.cpp - connecting, or saying why not.
 
 #include "kelvofxds/objects/fxChannelsInternal.h"
+#include "kelvofxds/objects/fxConnectingInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputChannel.h"
 #include "kelvofxds/objects/fxOutputChannel.h"
@@ -61,7 +62,12 @@ public:
             return false;
         }
         const unsigned int before = numberOfSources();
+        const fxConnecting connecting(from, to);
         from->connect(outputName, to, inputName);
+        if (!connecting.areThere()) {
+            why = "connect, which a class overrides, deleted one of the two objects";
+            return false;
+        }
         return isConnected() || numberOfSources() > before || explain(why);
     }
 

@@ -75,7 +75,8 @@ fxInputChannel* fxOnInput(fxObj* object, const char* name, Function&& function,
 /// the two are connected, also if they were before. Otherwise it returns false, and
 /// `*why`, unless null, says why in one line: an object is null; it has no channel
 /// of the name, and which it has; the types do not convert, for which connect ends
-/// the process; or connect, which a class may override, did not connect them.
+/// the process; or connect, which a class may override, did not connect them, or deleted
+/// one of them.
 ///
 /// A class that overrides connect is asked also for names that it has no channel of:
 /// it may pass them on to another object, and a connection that is new at the input

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <csignal>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -45,6 +47,21 @@ struct Box : fxObj {
         part->connect(out, to, in);
     }
     fxObj* part;
+};
+
+// Does something once it has connected itself, or another.
+struct Careless : Reader {
+    Careless(fxObj* object, std::function<void()> then) : part(object), behind(std::move(then)) {}
+    void connect(const char* out, fxObj* to, const char* in) override {
+        const std::function<void()> last = behind;
+        if (part)
+            part->connect(out, to, in);
+        else
+            fxObj::connect(out, to, in);
+        last();
+    }
+    fxObj* part;
+    std::function<void()> behind;
 };
 
 // Leaves some connections alone.
@@ -213,6 +230,29 @@ TEST_F(tryConnect, findsAConnectionThatWasPassedOn) {
     EXPECT_FALSE(fxTryConnect(&box, "line", &meter, "number")) << "it is no news any more";
     EXPECT_TRUE(fxTryConnect(&reader, "line", &meter, "number", nullptr));
     EXPECT_EQ("object has no output \"lnie\"; it has none", whyNot(&box, "lnie", &meter, "number"));
+}
+
+TEST_F(tryConnect, connectMayDeleteEitherObject) {
+    const struct { bool from, to; } rows[] = {{true, false}, {false, true}, {true, true}};
+    for (const auto& row : rows) {
+        for (const bool isPassedOn : {false, true}) {
+            SCOPED_TRACE(testing::Message() << row.from << row.to << isPassedOn);
+            auto passedOn = std::make_unique<Reader>();
+            auto to = std::make_unique<Meter>();
+            std::unique_ptr<fxObj> from;
+            const auto doDelete = [&] {
+                if (row.from)
+                    from.reset();
+                if (row.to)
+                    to.reset();
+            };
+            from = std::make_unique<Careless>(isPassedOn ? passedOn.get() : nullptr, doDelete);
+            EXPECT_EQ("connect, which a class overrides, deleted one of the two objects",
+                      whyNot(from.get(), "line", to.get(), "number"));
+            EXPECT_EQ(row.from, !from);
+            EXPECT_EQ(row.to, !to);
+        }
+    }
 }
 
 TEST_F(tryConnect, knowsConversionsOfTheHost) {
