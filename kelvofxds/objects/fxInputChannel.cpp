@@ -2,6 +2,7 @@
 
 #include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
+#include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxInputFunction.h"
@@ -11,6 +12,13 @@
 
 namespace {
 const char brokenLinks[] = "ic/oc connections busted";
+
+// An input that is being flushed. Values that go may take it with them; its count
+// is not what tells, since they see it.
+struct Flushing : fxInProgress<Flushing> {
+    explicit Flushing(fxInputChannel* c) : channel(c) {}
+    fxInputChannel* channel;  // null once it is deleted
+};
 }  // namespace
 
 fxInputChannel::fxInputChannel(unsigned short type, void* receiver, void (*receive)(),
@@ -23,6 +31,10 @@ fxInputChannel::fxInputChannel(unsigned short type, void* receiver, void (*recei
       sources(nullptr) {}
 
 fxInputChannel::~fxInputChannel() {
+    Flushing::forEach([this](Flushing& flushing) {
+        if (flushing.channel == this)
+            flushing.channel = nullptr;
+    });
     if (fxWiringLog::isOn())
         fxWiringLog::ends(this);
     delete sources;
@@ -31,9 +43,11 @@ fxInputChannel::~fxInputChannel() {
 }
 
 void fxInputChannel::flush() {
+    const Flushing flushing(this);
     if (fx_theEventHandler)
         fx_theEventHandler->removeMessageEvents(this);
-    pending = nullptr;
+    if (flushing.channel)
+        pending = nullptr;
 }
 
 void fxInputChannel::disconnect() {

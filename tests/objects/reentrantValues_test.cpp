@@ -132,6 +132,21 @@ TEST_F(reentrantValues, flushedValueDisconnects) {
     EXPECT_EQ(1U, a->in->count);
 }
 
+TEST_F(reentrantValues, flushedValueEndsTheInput) {
+    const std::function<void()> ends[] = {[this] { a->removeInput("in"); }, [this] { destroy(a); }};
+    for (const auto& end : ends) {
+        SCOPED_TRACE(&end - ends);
+        destroy(a);
+        a = new FlowNode(log, "a");
+        connect(a);
+        queue(1, end);
+        queue(2);
+        a->in->flush();
+        EXPECT_EQ("", distribute());
+        EXPECT_EQ(0U, sender->out->getNumberOfConnections());
+    }
+}
+
 TEST_F(reentrantValues, flushedValueDeletesTheSender) {
     connect(a);
     queue(1, [this] { destroy(sender); });
