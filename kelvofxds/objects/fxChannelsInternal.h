@@ -21,6 +21,10 @@ fxVoidPtrDict* outputsOf(const fxObj& object);
 fxInputChannel* inNamed(const fxObj& object, const char* name);
 fxOutputChannel* outNamed(const fxObj& object, const char* name);
 
+/// From now on those among the inputs of `object` that receive for it call nothing: of
+/// an object that is being destroyed its class's part is gone.
+void silence(fxVoidPtrDict& channels, const fxObj& object);
+
 /// The object that the channel at the end of the conversion links receives for.
 inline const void* receiverOf(const fxInputChannel* channel) {
     while (channel->isLink())

@@ -1,13 +1,16 @@
 #include "kelvofxds/objects/fxObj.h"
 
 #include "kelvofxds/containers/fxTypedArrays.h"
+#include "kelvofxds/containers/fxVoidPtrDict.h"
 #include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxFatal.h"
 #include "kelvofxds/core/fxInProgressInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
+#include "kelvofxds/objects/fxChannelsInternal.h"
 #include "kelvofxds/objects/fxConnectingInternal.h"
 #include "kelvofxds/objects/fxEventHandler.h"
 #include "kelvofxds/objects/fxMessagePoolInternal.h"
+#include "kelvofxds/values/fxData.h"
 #include "kelvofxds/values/fxProperty.h"
 
 namespace {
@@ -30,6 +33,14 @@ struct __attribute__((visibility("hidden"))) fxObj::Removal : public fxInProgres
     void run() const {
         while (const fxProperty* property = next())
             object->removeProperty(property->getTag());
+    }
+
+    // The object's own inputs; a host may keep something else under their name.
+    static fxVoidPtrDict* inputsOf(const fxObj& o) {
+        const fxProperty* property = o.findProperty(fxChannels::inputs);
+        const bool isOwn = property && property->getType() == fxDT_VoidPtr &&
+                           property->extra.destroy == dt_input_dict;
+        return isOwn ? static_cast<fxVoidPtrDict*>(property->getAsVoidPtr()) : nullptr;
     }
 
     // The property to release next; null when all are, or the object is gone.
@@ -113,6 +124,8 @@ fxObj::~fxObj() {
         return;
     FX_CHECK_LIVES("fxObj", count);
     fxConnecting::destroyed(this);
+    if (fxVoidPtrDict* inputs = Removal::inputsOf(*this))
+        fxChannels::silence(*inputs, *this);
     if (fx_theEventHandler)
         fx_theEventHandler->removeEventsFor(this);
     if (properties) {

@@ -107,6 +107,19 @@ fxOutputChannel* fxChannels::outNamed(const fxObj& object, const char* name) {
     return channelIn<fxOutputChannel>(outputsOf(object), name);
 }
 
+namespace {
+// Receives any value, as an input without one does.
+void receiveNothing(void*) {}
+}  // namespace
+
+void fxChannels::silence(fxVoidPtrDict& channels, const fxObj& object) {
+    for (fxVoidPtrDictIter iter(channels); iter.getValue(); ++iter) {
+        auto* channel = static_cast<fxInputChannel*>(*iter.value());
+        if (channel && receiverOf(channel) == &object)
+            channel->function = reinterpret_cast<void (*)()>(receiveNothing);
+    }
+}
+
 fxInputChannel* fxObj::addInput(const char* name, unsigned short type, void* target,
                                 void (*function)(), unsigned char latestOnly) {
     return addPlain(*this, name, type, target, function, latestOnly, Old::isLetGo);

@@ -1,10 +1,13 @@
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "kelvofxds/objects/fxWiring.h"
+#include "kelvofxds/values/fxProperty.h"
 #include "tests/support/dataFlow.h"
 
 // What values, when they go with the last message that has them, and predicates
@@ -253,6 +256,32 @@ TEST_F(reentrantValues, valueSendsToTheReceiverThatIsBeingDestroyed) {
         delete object;
         EXPECT_EQ(0U, queued());
         EXPECT_EQ(0U, sender->out->getNumberOfConnections());
+    }
+}
+
+// What its class has of it has gone then.
+TEST_F(reentrantValues, receiverThatIsBeingDestroyedIsNotCalledAnyMore) {
+    for (const unsigned int kind : {0U, 1U, 2U, 3U}) {
+        SCOPED_TRACE(kind);
+        const std::unique_ptr<FlowNode> keeper(sender);
+        auto* object = new FlowNode(log, "object", kind == 1 ? fxDT_fxBool : fxDT_int);
+        if (kind == 2)
+            fxOnInput(object, "in", [this](int) { log.note("lambda"); });
+        if (kind == 3)
+            fxOnInput(object, "in", [this](bool) { log.note("lambda"); });
+        sender = new FlowNode(log, "sender");
+        connect(object);
+        const Action sendNow = [this] { sender->send(3, fxObj::fxSendNow); };
+        queue(1, [&] {
+            sendNow();
+            queue(2, sendNow);
+        });
+        object->setProperty(new fxProperty(60000, static_cast<fxData*>(new SpyData(1, sendNow))));
+        object->setProperty(new fxProperty(0, static_cast<fxData*>(new SpyData(1, sendNow))));
+        delete object;
+        EXPECT_EQ("", log.take());
+        EXPECT_EQ(0U, sender->out->getNumberOfConnections());
+        EXPECT_EQ("", distribute());
     }
 }
 
