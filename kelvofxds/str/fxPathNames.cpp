@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kelvofxds/core/fxUninterruptedInternal.h"
+
 namespace {
 
 const std::size_t longestUserName = 255;
@@ -51,7 +53,7 @@ const char* homeOf(const char* name, const char* end) {
     char user[longestUserName + 1];
     std::memcpy(user, name, length);
     user[length] = '\0';
-    const passwd* entry = ::getpwnam(user);
+    const passwd* entry = fxUninterruptedLookUp([&user] { return ::getpwnam(user); });
     return entry ? entry->pw_dir : nullptr;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "kelvofxds/core/fxUninterruptedInternal.h"
 #include "kelvofxds/pattern/fxRegEx.h"
 #include "kelvofxds/str/fxTempStr.h"
 
@@ -18,12 +19,13 @@ bool matchesWhole(const fxRegEx& pattern, const char* name) {
 
 // Appends the matching entries of a directory to `found`.
 void addMatches(const fxStr& directory, const fxStr& expr, fxStrArray& found) {
-    DIR* entries = ::opendir(directory.c_str());
+    DIR* entries = fxUninterruptedLookUp([&] { return ::opendir(directory.c_str()); });
     if (!entries)
         return;
     const fxStr prefix = directory | "/";
     const fxRegEx pattern(expr);
-    while (const dirent64* entry = ::readdir64(entries)) {
+    const auto next = [entries] { return ::readdir64(entries); };
+    while (const dirent64* entry = fxUninterruptedLookUp(next)) {
         if (matchesWhole(pattern, entry->d_name))
             found.append(fxStr(prefix | entry->d_name));
     }

@@ -183,7 +183,7 @@ private:
 
     // Fills a file's buffer. False at the end of the file.
     bool fillWindow() {
-        const int c = ::getc_unlocked(file);
+        const int c = fxNextOf(file);
         if (c == EOF)
             return false;
         std::ungetc(c, file);
@@ -201,7 +201,7 @@ private:
     }
 
     bool getDirectly(char* to, unsigned int n) {
-        if (!(file ? ::fread_unlocked(to, 1, n, file) == n : stream->getBytes(to, n) != 0))
+        if (!(file ? fxReadFrom(file, to, n) == n : stream->getBytes(to, n) != 0))
             return false;
         checksum.add(to, n);
         passed += n;

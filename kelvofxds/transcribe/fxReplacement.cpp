@@ -3,6 +3,7 @@
 #include <ctime>
 
 #include "kelvofxds/core/fxIndexSeedInternal.h"
+#include "kelvofxds/core/fxUninterruptedInternal.h"
 
 namespace {
 const unsigned int mostLinks = 40;    // as many as the system follows
@@ -14,6 +15,10 @@ const mode_t modeUntilKept = 0600;
 
 bool isSame(const struct stat64& a, const struct stat64& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+bool giveTo(int fd, uid_t owner, gid_t group) {
+    return fxUninterrupted(-1, [=] { return ::fchown(fd, owner, group); }) == 0;
 }
 
 // Nobody else's, most likely.
@@ -131,13 +136,13 @@ bool fxReplacement::keepPermissions() {
         return true;
     mode_t mode = old.st_mode & permissionBits;
     const bool isOthers = current.st_uid != old.st_uid || current.st_gid != old.st_gid;
-    if (isOthers && ::fchown(file.get(), old.st_uid, old.st_gid) != 0) {
+    if (isOthers && !giveTo(file.get(), old.st_uid, old.st_gid)) {
         const auto sameOwner = static_cast<uid_t>(-1);
         mode &= S_IRWXU | S_IRWXG | S_IRWXO;
-        if (current.st_gid != old.st_gid && ::fchown(file.get(), sameOwner, old.st_gid) != 0)
+        if (current.st_gid != old.st_gid && !giveTo(file.get(), sameOwner, old.st_gid))
             mode &= ~static_cast<mode_t>(S_IRWXG) | (mode & S_IRWXO) << 3;
     }
-    if (::fchmod(file.get(), mode) == 0)
+    if (fxUninterrupted(-1, [&] { return ::fchmod(file.get(), mode); }) == 0)
         return true;
     const int error = errno;  // some file systems have none of their own
     return (::fstat64(file.get(), &current) == 0 && (current.st_mode & permissionBits) == mode) ||

@@ -74,7 +74,7 @@ public:
             std::memcpy(to, next, there);
         }
         next = end;
-        return ::fread_unlocked(to + there, 1, n - there, file) == n - there;
+        return fxReadFrom(file, to + there, n - there) == n - there;
     }
 
     /// Is told that `n` bytes of payload at least are going to be read, heads not
@@ -87,7 +87,7 @@ public:
         if (!ahead)
             return;
         next = ahead;
-        end = ahead + ::fread_unlocked(ahead, 1, std::min(n, most), file);
+        end = ahead + fxReadFrom(file, ahead, std::min(n, most));
     }
 
 private:

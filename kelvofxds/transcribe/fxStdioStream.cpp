@@ -4,9 +4,12 @@
 #include <stdio_ext.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
 #include "kelvofxds/core/fxTableOfInternal.h"
+#include "kelvofxds/core/fxUninterruptedInternal.h"
 #include "kelvofxds/transcribe/fxPieceInternal.h"
 #include "kelvofxds/transcribe/fxStdioStreamInternal.h"
 
@@ -20,6 +23,10 @@ int openFlags(fxStream::fxStreamType type) {
         default:
             return O_RDONLY;
     }
+}
+
+int openFile(const char* path, int flags, unsigned int mode) {
+    return fxUninterrupted(-1, [=] { return ::open64(path, flags, static_cast<mode_t>(mode)); });
 }
 
 const char* stdioMode(fxStream::fxStreamType type) {
@@ -46,12 +53,21 @@ std::FILE* fxOwnFile(const fxStream* stream) {
     return static_cast<const fxStdioStream*>(stream)->fp;
 }
 
+// A stream that is no file's has a host's functions, whose business signals are.
+std::size_t fxReadOn(std::FILE* file, char* to, std::size_t n, std::size_t got) {
+    while (got < n && ::ferror_unlocked(file) && errno == EINTR && ::fileno_unlocked(file) >= 0) {
+        ::clearerr_unlocked(file);
+        got += ::fread_unlocked(to + got, 1, n - got, file);
+    }
+    return got;
+}
+
 fxStdioStream::fxStdioStream(const char* path, fxStreamType streamType, unsigned int mode)
     : fp(nullptr), type(streamType), error(1), eof(0) {
     const int flags = openFlags(type);
-    int fd = ::open64(path, flags);
+    int fd = openFile(path, flags, 0);
     if (fd < 0 && type != readStream)
-        fd = ::open64(path, flags | O_CREAT, static_cast<mode_t>(mode));
+        fd = openFile(path, flags | O_CREAT, mode);
     if (fd < 0)
         return;
     wrap(fd);
@@ -68,7 +84,7 @@ fxStdioStream::fxStdioStream(std::FILE* stream, fxStreamType streamType)
     : fp(stream), type(streamType), error(stream == nullptr), eof(0) {}
 
 fxStdioStream* fxStdioStream::createFile(const char* path, unsigned int mode) {
-    const int fd = ::open64(path, O_WRONLY | O_CREAT | O_TRUNC, static_cast<mode_t>(mode));
+    const int fd = openFile(path, O_WRONLY | O_CREAT | O_TRUNC, mode);
     fxStdioStream* made = fxNew<fxStdioStream>(fd, writeStream);
     if (!made->fp && fd >= 0)
         ::close(fd);
@@ -120,7 +136,8 @@ fxStream::fxStreamType fxStdioStream::getType() { return type; }
 
 template <class Item>
 unsigned char fxStdioStream::get(Item* items, unsigned int n) {
-    return fp && (n == 0 || ::fread_unlocked(items, sizeof(Item), n, fp) == n);
+    const std::size_t size = sizeof(Item) * std::size_t{n};
+    return fp && (n == 0 || fxReadFrom(fp, reinterpret_cast<char*>(items), size) == size);
 }
 
 template <class Item>
@@ -133,7 +150,7 @@ unsigned char fxStdioStream::getBytes(char* buffer, unsigned int n) {
     FX_CHECK_NOT_NULL_OF("fxStdioStream", buffer, n);
     if (n != 1 || !fp)
         return get(buffer, n);
-    const int c = ::getc_unlocked(fp);
+    const int c = fxNextOf(fp);
     if (c == EOF)
         return 0;
     *buffer = static_cast<char>(c);

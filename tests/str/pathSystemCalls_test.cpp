@@ -5,6 +5,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -34,11 +35,14 @@ public:
 
     passwd* find(const char* wanted) {
         asked.push_back(wanted);
+        if (interruptions != 0)
+            return --interruptions, errno = EINTR, nullptr;
         return name == wanted ? &entry : nullptr;
     }
 
     static OnlyUser* installed;
-    Names asked;  // the names looked up so far
+    Names asked;                     // the names looked up so far
+    unsigned int interruptions = 0;  // of the calls to come
 
 private:
     std::string name, home;
@@ -133,6 +137,15 @@ TEST(pathexpandtilde, theUserIsLookedUpByTheNameUpToTheSlash) {
         EXPECT_EQ(c.expanded, expanded(c.path));
         EXPECT_EQ(c.asked, bob.asked);
     }
+}
+
+TEST(pathexpandtilde, aUserIsLookedUpAgainIfASignalInterrupts) {
+    OnlyUser bob("bob", "/users/b");
+    bob.interruptions = 2;
+    errno = ERANGE;
+    EXPECT_EQ("/users/b/x", expanded("~bob/x"));
+    EXPECT_EQ((Names{"bob", "bob", "bob"}), bob.asked);
+    EXPECT_EQ(ERANGE, errno);
 }
 
 TEST(pathexpandtilde, nobodyIsLookedUpForATildeAlone) {
