@@ -258,3 +258,23 @@ TEST(figureH1, recordsOfOtherKindsAndSizesEndAsStated) {
         "H1", std::to_string(outcomes.trials) + ";" + std::to_string(outcomes.bad) + ";" + peak,
         "2000;0;65536+2x", outcomes.trials >= 2000 && outcomes.bad == 0 && told().beyond <= 0);
 }
+
+// What is stated of tables beyond that: a page an entry, however far apart these are.
+TEST(figureH1, bucketsTakeAPageForEachEntry) {
+    fxInitializeToolkit();
+    const unsigned int n = 100;
+    std::string bytes = hostHeader() +
+                        hex("02 02000000 'DICT' 00 4a 10 01000000 02000000 01000000") + host(n) +
+                        host(8) + host(8) + host(0x01000000);
+    for (unsigned int i = 0; i < n; ++i)
+        bytes += hex("40 0c") + host(1) + host(1) + host(i * 0x20000);
+    const Stream stream = {{bytes, false, goldenStreams::hostIsBig(), false}, nodeType};
+    told() = Told{LONG_MIN, 0, 0};
+    const TrialReport report = runTrials(
+        1, [&](unsigned int) { return isRead(stream, bytes, standardReader); },
+        hostile::isStatedMessage);
+    EXPECT_EQ(1U, report.values);
+    const long pages = static_cast<long>(n) * 4096;
+    EXPECT_LE(told().beyond, pages);
+    EXPECT_EQ(TouchedMemory::isKnown(), told().most >= static_cast<unsigned long>(pages));
+}

@@ -298,16 +298,16 @@ std::string pages(unsigned int n) { return std::to_string(TouchedMemory::isKnown
 }  // namespace
 
 TEST(figureMemory, countsWhatIsWritten) {
-    const unsigned int size = 1 << 26;
+    static const unsigned int size = 1 << 26;
     EXPECT_EQ(pages(1), touchedBy([] { sink = *new char[100](); }));
-    EXPECT_EQ(pages(0), touchedBy([size] { std::free(std::calloc(size, 1)); }));
-    EXPECT_EQ(pages(2), touchedBy([size] {
+    EXPECT_EQ(pages(0), touchedBy([] { std::free(std::calloc(size, 1)); }));
+    EXPECT_EQ(pages(2), touchedBy([] {
                   auto* const block = static_cast<volatile char*>(std::calloc(size, 1));
                   block[size / 2] = 1;
                   block[size / 3] = 1;
                   std::free(const_cast<char*>(block));
               }));
-    EXPECT_EQ(pages(0), touchedBy([size] {
+    EXPECT_EQ(pages(0), touchedBy([] {
                   auto* const block = static_cast<volatile char*>(std::calloc(size, 1));
                   for (unsigned int i = 0; i < size; i += 4096)
                       sink = block[i];

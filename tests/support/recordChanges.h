@@ -85,13 +85,14 @@ private:
     }
 
     void takeRecord() {
+        static const unsigned int tags[] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,
+                                            10, 11, 12, 13, 14, 15, 16, 31, 62, 63};
         static const unsigned int lengthBytes[] = {0, 1, 2, 4};
         const std::size_t start = place;
         const unsigned int head = byteAt(place++);
         const unsigned int tag = head & 0x3F;
         const unsigned int n = lengthBytes[head >> 6];
-        for (const unsigned int other :
-             {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 31, 62, 63})
+        for (const unsigned int other : tags)
             replace(start, 1, std::string(1, static_cast<char>((head & 0xC0) | other)));
         for (const std::uint32_t word : words)
             replace(start, 1 + n, static_cast<char>(tag | 0xC0) + numberOf(word, 4, false));
