@@ -17,6 +17,7 @@
 #include "fuzz/blocks.h"
 #include "fuzz/options.h"
 #include "fuzz/records.h"
+#include "fuzz/rejection.h"
 #include "kelvofxds/kelvofxds.h"
 #include "kelvofxds/transcribe/fxChecksumInternal.h"
 #include "tests/support/script.h"
@@ -159,7 +160,7 @@ void read(const std::string& bytes, unsigned int mode) {
     auto* reader = static_cast<fxGraphReader*>(make(stream, shortMark, longMark, "ieee"));
     while (void* root = reader->readObject(Node_type)) {
         require(reader->lastError()[0] == '\0' && living().count(root) == 1);
-        use();
+        fuzz::reachesEnd(use);
         endAll();
     }
     require(reader->lastError()[0] != '\0' && living().empty());
@@ -259,6 +260,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
         for (const std::string& stream : streams(isStandard))
             require(recordsOf(stream, isStandard).bytes() == stream);
     }
+    fuzz::isStated = fuzz::isOutOfMemory;  // of what is read, not of reading it
     fuzz::limitBlocks(1 << 18);
     return 0;
 }

@@ -12,7 +12,8 @@
 
 namespace fuzz {
 bool (*isStated)(const char* message) = nullptr;
-}
+bool isOutOfMemory(const char* message) { return std::strcmp(message, "out of memory") == 0; }
+}  // namespace fuzz
 
 namespace {
 // Whether the library has called, and not something else that uses the same name.

@@ -13,6 +13,10 @@ struct Rejected {};
 /// fuzzers themselves end the process as ever.
 extern bool (*isStated)(const char* message);
 
+/// What a host that uses what it has read may end with: also without an entry a stream may say that
+/// entries are large, and the first one that the host adds has that size.
+bool isOutOfMemory(const char* message);
+
 /// Runs `input`. Returns whether it was read to its end, that is, was not rejected.
 template <class Input>
 bool reachesEnd(Input input) {

@@ -256,7 +256,9 @@ void forgetWhatWasMade() {
     std::vector<fxStrSet*>().swap(sets);
 }
 
-bool isStated(const char* message) { return hostile::isStatedMessage(std::string(message) + "\n"); }
+bool isStated(const char* message) {
+    return fuzz::isOutOfMemory(message) || hostile::isStatedMessage(std::string(message) + "\n");
+}
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
