@@ -532,3 +532,14 @@ TEST(fxRegEngineSearch, repeatingALongerRunRepeatsItsFirstByte) {
     EXPECT_EQ(0, resultOf(node(1, 3) + node(10, 9) + run + node(2, 3) + node(0, 0), "abab"));
     EXPECT_EQ(Messages(), takeRegErrors());
 }
+
+// What is behind a place is looked at in pieces, of which a text may lie in two.
+TEST(fxRegEngineSearch, aTextThatAPatternNeedsIsFoundAtEveryPlace) {
+    const std::string text = "needle";
+    for (unsigned int place = 0; place < 24000; place += place < 1500 ? 1 : 499) {
+        const std::string subject = std::string(place, '-') + text + "--";
+        const std::string at = std::to_string(place);
+        const std::string groups = "0:" + at + "-" + std::to_string(place + text.size());
+        ASSERT_EQ(groups, found("[ab]*" + text, subject)) << place;
+    }
+}
