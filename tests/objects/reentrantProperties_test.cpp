@@ -10,6 +10,7 @@
 #include "kelvofxds/str/fxStr.h"
 #include "kelvofxds/values/fxProperty.h"
 #include "tests/support/dataFlow.h"
+#include "tests/support/heapCalls.h"
 
 // What the destroy functions of properties may do.
 
@@ -422,11 +423,13 @@ TEST_F(reentrantProperties, deliberateDestroyFunctionsOfADyingObjectSetAHundredD
     };
     for (const int times : {1, 2, 10}) {
         SCOPED_TRACE(times);
+        const long blocks = heapCalls().blocks;
         auto* object = new fxObj;
         Endless endless{object, times};
         object->setProperty(new fxProperty(tagOf(5), &endless, Endless::renew));
         delete object;
         EXPECT_EQ(2 + 100, endless.ends) << "one in each walk, and those set at once";
+        EXPECT_EQ(blocks, heapCalls().blocks) << "texts go in any case";
     }
 }
 
