@@ -143,6 +143,7 @@ TEST(fxArray, constructorForStreamsHasNoBlock) {
     EXPECT_EQ(0, array.count);
     EXPECT_EQ(0u, array.getLen());
     EXPECT_EQ(0u, array.getMaxLen());
+    EXPECT_EQ(0u, array.getElemSize());
 }
 
 // Destruction.

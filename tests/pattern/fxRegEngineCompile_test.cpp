@@ -102,6 +102,17 @@ std::string bytesFromTo(int first, int last) {
 
 // The program's bytes.
 
+TEST(fxRegEngineCompile, nothingIsSetBeforeASearch) {
+    for (const char* pattern : {"", "a", "(a)(b)", "x*y"}) {
+        SCOPED_TRACE(pattern);
+        const Compiled program = compiled(pattern);
+        for (unsigned int group = 0; group < fxregexp::groupCount; ++group) {
+            EXPECT_EQ(nullptr, program->startp[group]) << group;
+            EXPECT_EQ(nullptr, program->endp[group]) << group;
+        }
+    }
+}
+
 TEST(fxRegEngineCompile, singleNodesAreOneBranchEach) {
     expectPrograms({
         {"", branch(6) + nothing(3) + end()},
