@@ -31,7 +31,9 @@ struct Both {
         for (unsigned int i = 0; i < each; ++i)
             here[i] = there[i] = all[i];
     }
-    unsigned char xdr(fxTranscriber& t) { return t.xdr(here, each) && t.xdr(&there, each); }
+    unsigned char xdr(fxTranscriber& t) {
+        return t.xdr(here, each) == 1 && t.xdr(&there, each) == 1;
+    }
 
     void expectEqual(const Both& other, const char* name) const {
         ASSERT_NE(nullptr, other.there) << name;
@@ -70,7 +72,8 @@ FX_DEFINE_XDR(Elements, "Elements", 1)
 unsigned char Elements::xdr(fxTranscriber& t) {
     return chars.xdr(t) && bytes.xdr(t) && shorts.xdr(t) && unsignedShorts.xdr(t) && ints.xdr(t) &&
            unsignedInts.xdr(t) && longs.xdr(t) && unsignedLongs.xdr(t) && floats.xdr(t) &&
-           doubles.xdr(t) && t.xdr(strings, each) && t.xdr(&text) && t.xdr(&unsignedText);
+           doubles.xdr(t) && t.xdr(strings, each) == 1 && t.xdr(&text) == 1 &&
+           t.xdr(&unsignedText) == 1;
 }
 
 // No byte of an element is zero, so that none can be taken for the end of a text.
