@@ -1,0 +1,213 @@
+// fxGraphEdges_test.cpp - what graph transcribers refuse, with the reason, and what they take of
+// every type of block and element.
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "kelvofxds/str/fxStr.h"
+#include "kelvofxds/transcribe/fxGraphReader.h"
+#include "kelvofxds/transcribe/fxGraphWriter.h"
+#include "kelvofxds/transcribe/fxMemoryStream.h"
+#include "tests/support/graphBytes.h"
+#include "tests/support/graphs.h"
+
+namespace {
+
+// Does the same calls when it is written and when it is read.
+class Edge : public fxXDRObj {
+public:
+    using Steps = unsigned char (*)(Edge&, fxTranscriber&);
+    fxTypeObj& getTypeObj() const override;
+    unsigned char xdr(fxTranscriber& t) override { return !steps || steps(*this, t); }
+    static void* create(fxTypeObj&) { return new Edge; }
+    static void destroy(void* object) { delete static_cast<Edge*>(object); }
+    static unsigned char xdr(void* object, fxTranscriber& t) {
+        return static_cast<Edge*>(object)->Edge::xdr(t);
+    }
+
+    inline static Steps steps = nullptr;
+    char* chars = nullptr;
+    unsigned char* bytes = nullptr;
+    short* shorts = nullptr;
+    unsigned short* unsignedShorts = nullptr;
+    long* longs = nullptr;
+    unsigned long* unsignedLongs = nullptr;
+    float* floats = nullptr;
+    double* doubles = nullptr;
+    unsigned char* text = nullptr;
+    fxStr strings[2];
+};
+
+fxTypeObj Edge_type("Edge", 1, Edge::create, Edge::destroy, Edge::xdr);
+fxTypeObj& Edge::getTypeObj() const { return Edge_type; }
+
+// Another record of the same name.
+fxTypeObj newerEdge("Edge", 2, Edge::create, Edge::destroy, Edge::xdr);
+
+std::string longName(70000, 'n');
+fxTypeObj longNamed(longName.c_str(), 1, Edge::create, Edge::destroy, Edge::xdr);
+
+const unsigned int n = 3;
+
+// Pointers are set when the target arrives, which may be later: they are handed over in place.
+unsigned char allBlocks(Edge& e, fxTranscriber& t) {
+    return t.xdr(&e.chars, n) && t.xdr(&e.bytes, n) && t.xdr(&e.shorts, n) &&
+           t.xdr(&e.unsignedShorts, n) && t.xdr(&e.longs, n) && t.xdr(&e.unsignedLongs, n) &&
+           t.xdr(&e.floats, n) && t.xdr(&e.doubles, n) && t.xdr(&e.text) && t.xdr(e.strings, 2);
+}
+
+template <class Element>
+Element* threeOf(Element first) {
+    auto* all = static_cast<Element*>(std::malloc(n * sizeof(Element)));
+    for (unsigned int i = 0; i < n; ++i)
+        all[i] = static_cast<Element>(first + static_cast<Element>(i));
+    return all;
+}
+
+template <class Element>
+void expectSame(Element* a, Element* b) {
+    ASSERT_NE(nullptr, b);
+    EXPECT_NE(a, b);
+    for (unsigned int i = 0; i < n; ++i)
+        EXPECT_EQ(a[i], b[i]) << i;
+    std::free(a);
+    std::free(b);
+}
+
+}  // namespace
+
+TEST(fxGraphEdges, blocksOfEveryTypeComeBack) {
+    Edge::steps = allBlocks;
+    Edge edge;
+    edge.chars = threeOf<char>('a');
+    edge.bytes = threeOf<unsigned char>(200);
+    edge.shorts = threeOf<short>(-2);
+    edge.unsignedShorts = threeOf<unsigned short>(65000);
+    edge.longs = threeOf<long>(-70000);
+    edge.unsignedLongs = threeOf<unsigned long>(4000000000UL);
+    edge.floats = threeOf<float>(0.5F);
+    edge.doubles = threeOf<double>(0.25);
+    edge.text = reinterpret_cast<unsigned char*>(::strdup("text"));
+    edge.strings[0] = "first";
+    edge.strings[1] = "second";
+    const Held<> stream;
+    const auto writer = graphWriterOn(stream.get());
+    ASSERT_EQ(1, writer->writeObject(&edge, &edge)) << writer->lastError();
+    const auto reader = graphReaderOn(stream.get());
+
+    auto* const copy = static_cast<Edge*>(reader->readObject(Edge_type));
+
+    ASSERT_NE(nullptr, copy) << reader->lastError();
+    expectSame(edge.chars, copy->chars);
+    expectSame(edge.bytes, copy->bytes);
+    expectSame(edge.shorts, copy->shorts);
+    expectSame(edge.unsignedShorts, copy->unsignedShorts);
+    expectSame(edge.longs, copy->longs);
+    expectSame(edge.unsignedLongs, copy->unsignedLongs);
+    expectSame(edge.floats, copy->floats);
+    expectSame(edge.doubles, copy->doubles);
+    EXPECT_STREQ("text", reinterpret_cast<char*>(copy->text));
+    std::free(edge.text);
+    std::free(copy->text);
+    EXPECT_EQ(fxStr("first"), copy->strings[0]);
+    EXPECT_EQ(fxStr("second"), copy->strings[1]);
+    delete copy;
+    Edge::steps = nullptr;
+}
+
+TEST(fxGraphEdges, whatAWriterRefusesItSays) {
+    const struct {
+        std::string error;
+        Edge::Steps steps;
+    } cases[] = {
+        {"there are two types \"Edge\", of versions 1 and 2",
+         [](Edge&, fxTranscriber& t) {
+             Edge other;
+             Edge::steps = nullptr;  // the other has nothing in it
+             return t.xdr(newerEdge, nullptr, &other);
+         }},
+        {"the name of the type \"" + longName.substr(0, 80) + "...\" is too long",
+         [](Edge&, fxTranscriber& t) {
+             Edge other;
+             Edge::steps = nullptr;  // the other has nothing in it
+             return t.xdr(longNamed, nullptr, &other);
+         }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.error);
+        Edge::steps = c.steps;
+        Edge edge;
+        const Held<> stream;
+        const auto writer = graphWriterOn(stream.get());
+        EXPECT_EQ(0, writer->writeObject(&edge, &edge));
+        EXPECT_EQ(c.error, writer->lastError());
+    }
+    Edge::steps = nullptr;
+}
+
+TEST(fxGraphEdges, withoutAStreamNothingIsWrittenOrRead) {
+    Edge edge;
+    fxGraphWriter writer(nullptr);
+    EXPECT_EQ(0, writer.writeObject(&edge, &edge));
+    EXPECT_STREQ("there is no stream", writer.lastError());
+    fxGraphReader reader(nullptr, 0x1122, 0x33445566, "ieee");
+    EXPECT_EQ(nullptr, reader.readObject(Edge_type));
+    EXPECT_NE(nullptr, std::strstr(reader.lastError(), "there is no stream"));
+}
+
+TEST(fxGraphEdges, aReaderReadsOnly) {
+    const Held<> stream;
+    fxGraphReader reader(stream.get(), 0x1122, 0x33445566, "ieee");
+    Edge edge;
+    EXPECT_EQ(0, reader.writeObject(&edge, &edge));
+    EXPECT_STREQ("fxGraphReader", reader.className());
+    EXPECT_EQ(0u, stream->length());
+}
+
+TEST(fxGraphEdges, anXdrMayFailTheReadWithItsReason) {
+    Edge edge;
+    const Held<> stream;
+    ASSERT_EQ(1, graphWriterOn(stream.get())->writeObject(&edge, &edge));
+    const auto reader = graphReaderOn(stream.get());
+    Edge::steps = [](Edge&, fxTranscriber& t) {
+        return fxGraphReader::of(t)->fail("the number is %d", 7);
+    };
+    EXPECT_EQ(nullptr, reader->readObject(Edge_type));
+    Edge::steps = nullptr;
+    EXPECT_NE(nullptr, std::strstr(reader->lastError(), "the number is 7")) << reader->lastError();
+}
+
+TEST(fxGraphEdges, anXdrMayNotReadAnotherRoot) {
+    Edge edge;
+    const Held<> stream;
+    ASSERT_EQ(1, graphWriterOn(stream.get())->writeObject(&edge, &edge));
+    const auto reader = graphReaderOn(stream.get());
+    Edge::steps = [](Edge&, fxTranscriber& t) -> unsigned char {
+        return t.readObject(Edge_type) != nullptr;
+    };
+    EXPECT_EQ(nullptr, reader->readObject(Edge_type));
+    Edge::steps = nullptr;
+    EXPECT_NE(nullptr, std::strstr(reader->lastError(), "an xdr has called readObject"))
+        << reader->lastError();
+}
+
+TEST(fxGraphEdges, aWriterThatIsResetWritesObjectsAnew) {
+    Edge edge;
+    const Held<> stream;
+    const auto writer = graphWriterOn(stream.get());
+    ASSERT_EQ(1, writer->writeObject(&edge, &edge));
+    const unsigned int once = stream->length();
+    writer->reset();
+    ASSERT_EQ(1, writer->writeObject(&edge, &edge));
+    EXPECT_LT(once, stream->length());
+    const auto reader = graphReaderOn(stream.get());
+    for (unsigned int i = 0; i < 2; ++i) {
+        auto* const copy = static_cast<Edge*>(reader->readObject(Edge_type));
+        EXPECT_NE(nullptr, copy) << reader->lastError();
+        delete copy;
+        reader->reset();
+    }
+}
