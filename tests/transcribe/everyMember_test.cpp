@@ -1,7 +1,6 @@
 // everyMember_test.cpp - a class with a member of every type that a transcriber takes, defined by
 // the macros; and blocks that are longer than any buffer.
 
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -40,12 +39,13 @@ unsigned char Every::xdr(fxTranscriber& t) {
            t.xdr(&longBlock, n) && t.xdr(&floatBlock, n) && t.xdr(&text);
 }
 
+// What the reader makes goes with delete[], and so does the original.
 void release(const Every& every) {
-    std::free(every.block);
-    std::free(every.shortBlock);
-    std::free(every.longBlock);
-    std::free(every.floatBlock);
-    std::free(every.text);
+    delete[] every.block;
+    delete[] every.shortBlock;
+    delete[] every.longBlock;
+    delete[] every.floatBlock;
+    delete[] every.text;
 }
 
 void fill(Every& every, unsigned int size) {
@@ -58,10 +58,10 @@ void fill(Every& every, unsigned int size) {
     every.floats[2] = 0.5F;
     every.doubles[2] = 0.25;
     every.size = size;
-    every.block = static_cast<unsigned char*>(std::malloc(size));
+    every.block = new unsigned char[size];
     for (unsigned int i = 0; i < size; ++i)
         every.block[i] = static_cast<unsigned char>(i % 251);
-    every.text = reinterpret_cast<unsigned char*>(::strdup("text"));
+    every.text = new unsigned char[5]{'t', 'e', 'x', 't', 0};
 }
 
 }  // namespace

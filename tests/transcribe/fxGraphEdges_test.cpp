@@ -61,7 +61,7 @@ unsigned char allBlocks(Edge& e, fxTranscriber& t) {
 
 template <class Element>
 Element* threeOf(Element first) {
-    auto* all = static_cast<Element*>(std::malloc(n * sizeof(Element)));
+    auto* all = new Element[n];
     for (unsigned int i = 0; i < n; ++i)
         all[i] = static_cast<Element>(first + static_cast<Element>(i));
     return all;
@@ -73,8 +73,8 @@ void expectSame(Element* a, Element* b) {
     EXPECT_NE(a, b);
     for (unsigned int i = 0; i < n; ++i)
         EXPECT_EQ(a[i], b[i]) << i;
-    std::free(a);
-    std::free(b);
+    delete[] a;
+    delete[] b;
 }
 
 }  // namespace
@@ -111,7 +111,7 @@ TEST(fxGraphEdges, blocksOfEveryTypeComeBack) {
     expectSame(edge.doubles, copy->doubles);
     EXPECT_STREQ("text", reinterpret_cast<char*>(copy->text));
     std::free(edge.text);
-    std::free(copy->text);
+    delete[] copy->text;
     EXPECT_EQ(fxStr("first"), copy->strings[0]);
     EXPECT_EQ(fxStr("second"), copy->strings[1]);
     delete copy;
