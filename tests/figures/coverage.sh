@@ -7,7 +7,7 @@
 # that the library itself uses. The library is the checked one, so that the checks of misuse count as
 # well, without optimisation and without assertions, whose other branch cannot be taken. Branches to
 # where exceptions are cleaned up after do not count. Processes that die write their counters, too:
-# tests/figures/coverage. What no test can run is marked in the source, with the reason.
+# tests/figures/coverage.
 #
 # build/goals/C1.txt tells of each file which lines, and C1-branches.txt of which the branches, were
 # not run. `coverage.sh -n` only adds up what the programs have counted since the last run.
