@@ -232,9 +232,9 @@ goal_C1() {
     ./dev build coverage >&2
     printed C1 tests/figures/coverage.sh
 }
-goal_C2() { printed C2 tests/figures/messages.py; }
-goal_C3() { printed C3 tests/figures/deliberate.py; }
-goal_C4() { printed C4 tests/figures/mutants.py; }
+goal_C2() { printed C2 python3 tests/figures/messages.py; }
+goal_C3() { printed C3 python3 tests/figures/deliberate.py; }
+goal_C4() { printed C4 python3 tests/figures/mutants.py -j "$cores"; }
 goal_T1() { printed T1 tests/figures/threads.sh build/release; }
 goal_A1() {
     ./dev build asan >&2
