@@ -23,17 +23,12 @@ protected:
     }
     // Runs a script in which "$@" stands for the program.
     ProgramResult script(const std::string& text) const {
-        std::vector<std::string> arguments = {"-c", text, "sh"};
-#ifdef KELVOFXDS_EMULATOR
-        arguments.insert(arguments.end(), {KELVOFXDS_EMULATOR});
-#endif
-        arguments.push_back(KELVOFXDS_FOLLOW);
-        return shell.run(arguments);
+        return shell.run(argumentsForScript(text, KELVOFXDS_FOLLOW));
     }
 
     const TemporaryFolder folder;
     Program follow{KELVOFXDS_FOLLOW};
-    Program shell{"/bin/sh"};
+    Program shell{theShell};
 };
 
 }  // namespace

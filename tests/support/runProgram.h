@@ -128,13 +128,13 @@ private:
         return err;
     }
 
-    // What programs are run by that are not made for this machine.
-    static std::vector<const char*> emulator() {
+    // What it is run by if it is not made for this machine, as the system's programs are.
+    std::vector<const char*> emulator() const {
 #ifdef KELVOFXDS_EMULATOR
-        return {KELVOFXDS_EMULATOR};
-#else
-        return {};
+        if (path.compare(0, 5, "/bin/") != 0 && path.compare(0, 5, "/usr/") != 0)
+            return {KELVOFXDS_EMULATOR};
 #endif
+        return {};
     }
 
     // Only what is safe after a fork.
@@ -156,3 +156,15 @@ private:
         ::_exit(127);
     }
 };
+
+/// The shell, and the arguments to give it to run `script`, in which "$@" stands for `program`.
+inline const char* const theShell = "/bin/sh";
+inline std::vector<std::string> argumentsForScript(const std::string& script,
+                                                   const std::string& program) {
+    std::vector<std::string> arguments = {"-c", script, "sh"};
+#ifdef KELVOFXDS_EMULATOR
+    arguments.insert(arguments.end(), {KELVOFXDS_EMULATOR});
+#endif
+    arguments.push_back(program);
+    return arguments;
+}
