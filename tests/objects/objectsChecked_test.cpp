@@ -183,7 +183,11 @@ void sendAndDelete() {
 }
 
 const Misuse events[] = {
-    {"no event to post", [] { fx_theEventHandler->postEvent(new Note, 0); },
+    {"no event to post",
+     [] {
+         fx_theEventHandler->postEvent(new Note, 0);
+         fx_theEventHandler->distributeEvents();
+     },
      [] { fx_theEventHandler->postEvent(nullptr, 0); }, "fxEventHandler::postEvent: e is null"},
     {"no output to post on", [] {},
      [] { fx_theEventHandler->postMessage(nullptr, nullptr, fxObj::fxSendNow); },
