@@ -126,10 +126,12 @@ int main(int argc, char** argv) {
     fxInitializeToolkit();
     prepareTexts();
     prepareStreams();
+    prepareGraphs();
     unsigned long bad = 0;
     unsigned long tries = 0;
     unsigned int n = 0;
-    for (const Scenarios& scenarios : {ofTexts(), ofContainers(), ofObjects(), ofStreams()}) {
+    for (const Scenarios& scenarios :
+         {ofTexts(), ofContainers(), ofObjects(), ofStreams(), ofGraphs()}) {
         for (const Scenario& scenario : scenarios) {
             if (argc > 1 && std::strcmp(argv[1], scenario.name) != 0)
                 continue;

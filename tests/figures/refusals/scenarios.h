@@ -20,10 +20,12 @@ Scenarios ofTexts();
 Scenarios ofContainers();
 Scenarios ofObjects();
 Scenarios ofStreams();
+Scenarios ofGraphs();
 
 /// Makes what scenarios need, before anything is refused.
 void prepareTexts();
 void prepareStreams();
+void prepareGraphs();
 
 /// Whether memory is refused at all; see main.cpp.
 extern bool isArmed;
