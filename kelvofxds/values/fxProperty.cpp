@@ -153,15 +153,18 @@ const char* nameOfType(unsigned short code) {
 #undef FX_NAME
     return code < sizeof names / sizeof *names ? names[code] : "other";
 }
+
+template <class Extra>
+bool isOwner(unsigned short type, const Extra& extra) {
+    return type == fxDT_fxStr || type == fxDT_ObjPtr || type == fxDT_DataPtr ||
+           (type == fxDT_CharPtr && extra.owned) || (type == fxDT_VoidPtr && extra.destroy);
+}
 }  // namespace
 
-#define FX_CHECK_KIND(wanted, old)                                                               \
-    FX_CHECK_THAT(                                                                               \
-        "fxProperty",                                                                            \
-        type == (wanted) ||                                                                      \
-            !((old) || type == fxDT_fxStr || type == fxDT_ObjPtr || type == fxDT_DataPtr ||      \
-              (type == fxDT_CharPtr && extra.owned) || (type == fxDT_VoidPtr && extra.destroy)), \
-        "the property's value is of type %s, not %s", nameOfType(type), nameOfType(wanted))
+#define FX_CHECK_KIND(wanted, old)                                                    \
+    FX_CHECK_THAT("fxProperty", type == (wanted) || !((old) || isOwner(type, extra)), \
+                  "the property's value is of type %s, not %s", nameOfType(type),     \
+                  nameOfType(wanted))
 #else
 #define FX_CHECK_KIND(...) static_cast<void>(0)
 #endif
