@@ -6,8 +6,10 @@
 # Only what is compiled into the library counts: of its headers the inline functions and templates
 # that the library itself uses. The library is the checked one, so that the checks of misuse count as
 # well, without optimisation and without assertions, whose other branch cannot be taken. Branches to
-# where exceptions are cleaned up after do not count. Processes that die write their counters, too:
-# tests/figures/coverage.
+# where exceptions are cleaned up after do not count, nor do those that only the compiler makes: the
+# tests for null of delete and new, and what new does when a constructor throws. Lines with a
+# condition of their own count, whatever else is in them. Processes that die write their counters,
+# too: tests/figures/coverage. What no test can run is marked GCOVR_EXCL in the source, with the reason.
 #
 # build/goals/C1.txt tells of each file which lines, and C1-branches.txt of which the branches, were
 # not run. `coverage.sh -n` only adds up what the programs have counted since the last run.
@@ -25,9 +27,13 @@ if [ "${1-}" != -n ]; then
     [ "$status" -eq 0 ] || sed -n '/ tests failed out of /,$p' "$logs/C1.log" >&2
 fi
 
+no_condition='(?!.*(\bif\b|\bfor\b|\bwhile\b|\?|&&|\|\|))'
+made_by_the_compiler="^$no_condition.*(\bdelete(\[\])? [^;]*;|\bnew \()"
+
 add_up() {
     gcovr --root . --filter kelvofxds/ --object-directory build/coverage \
         --exclude-throw-branches --exclude-unreachable-branches \
+        --exclude-branches-by-pattern "$made_by_the_compiler" \
         -j "$(nproc)" "$@" build/coverage/kelvofxds
 }
 if ! add_up --json "$logs/C1.json" --json-summary "$logs/C1-summary.json" --txt "$logs/C1.txt" \
