@@ -110,6 +110,11 @@ int fchown(int fd, uid_t owner, gid_t group) noexcept {
     return fails("fchown") ? -1 : system(fd, owner, group);
 }
 
+ssize_t readlink(const char* path, char* target, size_t n) noexcept {
+    static auto* const system = systemFunction<ssize_t(const char*, char*, size_t)>("readlink");
+    return isBelow(path) && fails("readlink") ? -1 : system(path, target, n);
+}
+
 int stat64(const char* path, struct stat64* status) noexcept {
     static auto* const system = systemFunction<int(const char*, struct stat64*)>("stat64");
     return isBelow(path) && fails("stat64") ? -1 : system(path, status);

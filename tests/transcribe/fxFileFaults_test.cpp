@@ -279,6 +279,70 @@ TEST(fxFileFaults, fileSystemsThatCannotSyncADirectoryAreGoodEnough) {
     EXPECT_EQ(textOf(2), load(path));
 }
 
+TEST(fxFileFaults, aLinkThatCannotBeReadIsAReason) {
+    const TemporaryFolder folder;
+    ASSERT_EQ("", save(folder / "book", 1));
+    fs::create_symlink("book", folder / "link");
+    const ProgramResult result = runFailing(folder, "readlink", 1, EIO,
+                                            {"save", folder / "link", "2", std::to_string(people)});
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ("cannot save \"" + (folder / "link") +
+                  "\": the link cannot be followed: Input/output error",
+              result.out);
+    EXPECT_EQ(textOf(1), load(folder / "book"));
+}
+
+// As a file system that has no permissions of its own.
+TEST(fxFileFaults, permissionsThatAreRightNeedNotBeChanged) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "book";
+    ASSERT_EQ("", save(path, 1));
+    const struct {
+        fs::perms permissions;
+        int status;
+    } cases[] = {{fs::perms(0600), 0}, {fs::perms(0640), 1}};
+    for (const auto& c : cases) {
+        fs::permissions(path, c.permissions);
+        const ProgramResult result =
+            runFailing(folder, "fchmod", 1, EPERM, {"save", path, "2", std::to_string(people)});
+        EXPECT_EQ(c.status, result.status) << result.out;
+        EXPECT_EQ(textOf(2), load(path));
+        EXPECT_EQ(0u, strays(folder));
+    }
+}
+
+// Who cannot keep the owner keeps the group; whom neither is left gets no more than everybody.
+TEST(fxFileFaults, anOwnerThatCannotBeKeptLeavesNobodyMoreThanBefore) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "book";
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "files cannot be given away here";
+    const struct {
+        uid_t owner;
+        gid_t group;
+        fs::perms permissions, left;
+    } cases[] = {
+        {1234, 1234, fs::perms(0664), fs::perms(0664)},
+        {1234, ::getegid(), fs::perms(06664), fs::perms(0664)},
+        {::geteuid(), 1234, fs::perms(0664), fs::perms(0664)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.owner << ":" << c.group);
+        fs::remove(path);
+        ASSERT_EQ("", save(path, 1));
+        ASSERT_EQ(0, ::chown(path.c_str(), c.owner, c.group));
+        fs::permissions(path, c.permissions);
+        const ProgramResult result =
+            runFailing(folder, "fchown", 1, EPERM, {"save", path, "2", std::to_string(people)});
+        EXPECT_EQ(0, result.status) << result.out;
+        EXPECT_EQ(c.left, fs::status(path).permissions());
+        struct stat status;
+        ASSERT_EQ(0, ::stat(path.c_str(), &status));
+        EXPECT_EQ(::geteuid(), status.st_uid);
+        EXPECT_EQ(c.group, status.st_gid);
+    }
+}
+
 TEST(fxFileFaults, eachFailingCallOfLoadingIsAReason) {
     const TemporaryFolder folder;
     const std::string path = folder / "book";
