@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "kelvofxds/core/fxRef.h"
+#include "kelvofxds/transcribe/fxXDRMembers.h"
 #include "tests/support/graphBytes.h"
 #include "tests/support/graphs.h"
 
@@ -68,6 +70,7 @@ public:
     Part parts[2];
     fxXDRObj* next = nullptr;
     fxXDRObj* other = nullptr;
+    fxRef<Part> held;
     char* chars = nullptr;
     short* shorts = nullptr;
     fxStr names[2];
@@ -172,6 +175,13 @@ TEST_F(fxGraphRefusals, whatIsWrongWithNumbersAndTypesIsSaid) {
          }},
         {"object 1 is a \"RefusedPiece\" and a \"RefusedPart\"", part,
          [](GraphBytes& b) { piece(b).type(3, "RefusedPart").record(13, {1}, b.word(0)).end(); }},
+        {"object 3 is embedded, and its pointer's owner would delete it",
+         [](Piece& p, fxTranscriber& t) -> unsigned char {
+             return fxXdrRef(t, p.held) && embed(t, p.parts[0]);
+         },
+         [](GraphBytes& b) {
+             piece(b).record(11, {3}).type(4, "RefusedPart").record(13, {3}, b.word(0)).end();
+         }},
         {"a string comes where an object should",
          [](Piece& p, fxTranscriber& t) { return point(t, p.next, fxXDRObj_type); },
          [](GraphBytes& b) {
