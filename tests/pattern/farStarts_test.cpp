@@ -20,7 +20,7 @@ TEST(farStarts, eachPlaceOfABytesIsFoundHoweverFar) {
         ASSERT_NE(nullptr, program);
         for (int round = 0; round < 2; ++round) {
             for (std::size_t before = 0; before < 9000; before += before < 100 ? 1 : 977) {
-                for (const std::size_t behind : {0, 1, 70, 3000}) {
+                for (const std::size_t behind : {0u, 1u, 70u, 3000u}) {
                     const std::string text =
                         std::string(before, 'a') + c.match + std::string(behind, 'b');
                     ASSERT_EQ(1, fxregexec(program, text.c_str())) << before;

@@ -1,6 +1,7 @@
 // fxGraphWriterRefusals_test.cpp - what graph writers refuse of sizes and of earlier roots, and of
 // streams that stop taking bytes anywhere.
 
+#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -216,9 +217,9 @@ TEST_F(fxGraphWriterRefusals, aStreamThatStopsAnywhereFailsTheWrite) {
     Order::steps = [](Order& o, fxTranscriber& t) -> unsigned char {
         std::vector<char> place(placeSize);
         if (!t.isReading())
-            place.assign(much.begin(), much.begin() + placeSize);
+            place.assign(much.data(), much.data() + placeSize);
         return t.xdr(&o.chars, blockSize) && t.xdr(place.data(), placeSize) &&
-               place == std::vector<char>(much.begin(), much.begin() + placeSize) &&
+               std::memcmp(place.data(), much.data(), placeSize) == 0 &&
                t.xdr(&o.other, o.other, fxXDRObj_type, nullptr, nullptr) && embed(t, o.limb);
     };
     const struct {
