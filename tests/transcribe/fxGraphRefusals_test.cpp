@@ -322,7 +322,7 @@ TEST_F(fxGraphRefusals, aRecordThatSharesItsNameMakesWhatIsExpectedOfIt) {
 // In streams of standard writers, the text of a string is a block.
 TEST_F(fxGraphRefusals, whatIsWrongWithTheTextsOfStringsIsSaid) {
     const auto standardPiece = [](GraphBytes& b) -> GraphBytes& {
-        return b.raw('\2' + b.word(2) + std::string("RefusedPiece\0", 13))
+        return b.raw('\2' + std::string("\2\0\0\0", 4) + std::string("RefusedPiece\0", 13))
             .record(10, {1, 2, 3}, b.word(4));
     };
     const auto names = [](Piece& p, fxTranscriber& t) { return t.xdr(p.names, 2); };
