@@ -1,6 +1,7 @@
 // fxGraphCalls_test.cpp - calls that an xdr may make of graph transcribers, the orders of bytes
 // that readers know, and entries that are read in part.
 
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -292,6 +293,60 @@ TEST_F(fxGraphCalls, entriesThatAreReadInPartLeaveNothing) {
     for (int i = 0; i < 5; ++i)
         delete *static_cast<Limb**>(copy->limbs.find(&i));
     delete copy;
+}
+
+// Memory is taken by readers of graphs alone, and within a root.
+TEST_F(fxGraphCalls, othersThanReadersOfARootTakeNoMemory) {
+    static unsigned char taken;
+    taken = 2;
+    Caller::steps = [](Caller&, fxTranscriber& t) -> unsigned char {
+        void* const block = std::malloc(10);
+        taken = t.freeOnFailure(block);
+        if (!taken)
+            std::free(block);
+        return !t.isReading();  // the read fails, and frees it
+    };
+    Caller caller;
+    const Held<> stream;
+    const auto writer = graphWriterOn(stream.get());
+    ASSERT_EQ(1, writer->writeObject(&caller, &caller)) << writer->lastError();
+    EXPECT_EQ(0, taken);
+    const auto reader = graphReaderOn(stream.get());
+    char block[10];
+    EXPECT_EQ(0, reader->freeOnFailure(block));
+    EXPECT_EQ(nullptr, reader->readObject(Caller_type));
+    EXPECT_EQ(1, taken);
+}
+
+TEST_F(fxGraphCalls, twoPointersToABlockLeadToOne) {
+    Caller::steps = [](Caller& c, fxTranscriber& t) -> unsigned char {
+        return t.xdr(&c.chars, 4) && t.xdr(&c.bytes, 4) && t.xdr(&c.text);
+    };
+    Caller caller;
+    char text[] = "abc";
+    caller.chars = caller.text = text;
+    caller.bytes = reinterpret_cast<unsigned char*>(text);
+    const GraphRead read = readGraph(graphStreamOf(caller), Caller_type);
+    ASSERT_NE(nullptr, read.object) << read.error;
+    auto* const copy = static_cast<Caller*>(read.object);
+    EXPECT_STREQ("abc", copy->chars);
+    EXPECT_EQ(copy->chars, copy->text);
+    EXPECT_EQ(copy->chars, reinterpret_cast<char*>(copy->bytes));
+    delete[] copy->chars;
+    delete copy;
+}
+
+// What has no way to end stays with the host that has made it.
+TEST_F(fxGraphCalls, objectsWithoutAnEndStayAfterAFailure) {
+    static Caller made;
+    static fxTypeObj endless(
+        "GraphEndless", 1, [](fxTypeObj&) -> void* { return &made; }, nullptr, Caller::xdr);
+    Caller::steps = [](Caller& c, fxTranscriber& t) { return t.xdr(&c.value, 1); };
+    GraphBytes b;
+    b.type(2, "GraphEndless").record(10, {1, 2, 1}, b.word(7)).end(1);
+    const GraphRead read = readGraph(b.str(), endless);
+    EXPECT_EQ(nullptr, read.object);
+    EXPECT_EQ(7, made.value);
 }
 
 TEST(fxGraphCallsDeathTest, whatIsEmbeddedHasAnAddress) {

@@ -346,6 +346,8 @@ TEST_F(fxGraphRefusals, whatIsWrongWithTheTextsOfStringsIsSaid) {
          [&](GraphBytes& b) {
              standardPiece(b).record(3, {3, 4}).record(1).record(5, {3, 4}, "abcd");
          }},
+        {"a record \"null pointer\" comes where a pointer to a block should", nameAndBytes,
+         [&](GraphBytes& b) { standardPiece(b).record(1); }},
         {"there are no records of kind 15", nameAndBytes,
          [&](GraphBytes& b) { standardPiece(b).record(15, {0}); }},
     };
