@@ -18,6 +18,7 @@ struct Endless {
     fxObj* object;
     fxObj* heldObject;
     fxData* heldData;
+    fxProperty* shared;
     int ends;
 
     static void renew(void* property) {
@@ -29,6 +30,7 @@ struct Endless {
         self->object->setProperty(new fxProperty(value, static_cast<fxObj*>(nullptr)));
         self->object->setProperty(new fxProperty(value, static_cast<fxData*>(nullptr)));
         self->object->setProperty(new fxProperty(value, 1L));
+        self->object->setProperty(self->shared);
     }
 };
 
@@ -40,13 +42,19 @@ TEST(endlessValues, whatOthersHoldIsHeldByThemAlone) {
     auto* const data = new fxIntData(7);
     ++held->count;
     ++data->count;
+    fxObj other;
+    auto* const shared = new fxProperty(value, 5L);
+    other.setProperty(shared);
     auto* const object = new fxObj;
-    Endless endless{object, held, data, 0};
+    Endless endless{object, held, data, shared, 0};
     object->setProperty(new fxProperty(itself, &endless, Endless::renew));
     delete object;
     EXPECT_EQ(2 + 100, endless.ends);
     EXPECT_EQ(1, held->count);
     EXPECT_EQ(1u, static_cast<unsigned int>(data->count));
+    EXPECT_EQ(shared, other.findProperty(value));
+    EXPECT_EQ(5, shared->getAsLong());
+    EXPECT_EQ(1u, static_cast<unsigned int>(shared->count));
     --held->count;
     --data->count;
     delete held;

@@ -50,6 +50,16 @@ void deleteWithMessages() {
     }
     fx_theEventHandler->distributeEvents();
 }
+// So many that what is queued for an object is looked up.
+void deleteWithManyMessages() {
+    Source source;
+    Sink sinks[40];
+    for (Sink& sink : sinks)
+        source.connect("out", &sink, "number");
+    source.sendInt(source.out, 1, fxObj::fxSendQueued);
+    sinks[0].removeInput("number");
+    source.sendInt(source.out, 2, fxObj::fxSendUrgent);
+}
 void copyObjects() {
     Sink sink;
     sink.setProperty(made<fxProperty>(fxProperty::allocNewTag("a"), 5L));
@@ -103,6 +113,7 @@ Scenarios ofObjects() {
         {"addChannels", addChannels, usual},
         {"connectObjects", connectObjects, usual},
         {"deleteWithMessages", deleteWithMessages, usual},
+        {"deleteWithManyMessages", deleteWithManyMessages, usual},
         {"copyObjects", copyObjects, usual},
         {"setProperties", setProperties, usual},
         {"holdValues", holdValues, usual},
