@@ -43,6 +43,8 @@ struct Scene {
     Scene()
         : out(node.addOutput("out", fxDT_void)),
           in(node.addInput("in", fxDT_void, &node, reinterpret_cast<void (*)()>(take), 0)) {}
+    // One that has never been open would stay in the executive's list.
+    ~Scene() { application.fxApplication::close(); }
 
     fxExec& exec = *fx_theExecutive;
     fxEventHandler& events = *fx_theEventHandler;
