@@ -99,6 +99,26 @@ public:
     unsigned int hashKey(const void*) const override { return 0; }
 };
 
+// Has entries, many of them in an index, before the class derived from it is there.
+class Filled : public Walking {
+public:
+    explicit Filled(int n) : Walking(1) {
+        equalKeysHashEqually();
+        for (int i = 0; i < n; ++i)
+            add(10 * i, i);
+    }
+};
+
+// Equal keys do not hash equally, which one bucket allows.
+class FilledByTens : public Filled {
+public:
+    using Filled::Filled;
+    int compareKeys(const void* a, const void* b) const override {
+        return numberAt(a) / 10 != numberAt(b) / 10;
+    }
+    unsigned int hashKey(const void* key) const override { return unsigned(numberAt(key)); }
+};
+
 class NumberSet : public fxSet {
 public:
     NumberSet() : fxSet(sizeof(int), 0) { equalKeysHashEqually(); }
@@ -152,6 +172,20 @@ TEST(fxChainPromise, thePromiseIsNotInherited) {
     EXPECT_EQ(0, d.at(9));
     EXPECT_EQ(1000u, d.compared);
     EXPECT_EQ(990, d.at(999));
+}
+
+TEST(fxChainPromise, whatABaseHasPromisedAndUsedDoesNotBindADerivedClass) {
+    for (int n = 1; n < 100; ++n) {
+        FilledByTens d(n);
+        for (int round = 0; round < 3; ++round) {
+            for (int i = 0; i < n; ++i)
+                ASSERT_EQ(i, d.at(10 * i + 9)) << n << ", " << round;
+        }
+        d.add(10 * n, n);
+        ASSERT_EQ(n, d.at(10 * n + 5));
+        d.drop(7);
+        ASSERT_EQ(-1, d.at(0)) << n;
+    }
 }
 
 TEST(fxChainPromise, aPromiseHasNoEffectOnceThereAreEntries) {
