@@ -13,6 +13,7 @@
 #include "kelvofxds/transcribe/fxMemoryStream.h"
 #include "tests/support/graphBytes.h"
 #include "tests/support/graphs.h"
+#include "tests/support/noMemory.h"
 
 namespace {
 
@@ -211,3 +212,45 @@ TEST(fxGraphEdges, aWriterThatIsResetWritesObjectsAnew) {
         reader->reset();
     }
 }
+
+#ifndef __SANITIZE_ADDRESS__
+namespace {
+
+const unsigned int many = 3000;
+char blocks[many];
+
+// Meets blocks when there is no memory any more; ends with 0 if the call that fails says so.
+template <unsigned int before>
+unsigned char metWithoutMemory(Edge&, fxTranscriber& t) {
+    auto& writer = static_cast<fxGraphWriter&>(t);
+    for (unsigned int i = 0; i < many; ++i) {
+        if (i == before)
+            exhaustMemory();
+        char* block = blocks + i;
+        const bool isDone = t.xdr(&block, 1) != 0;
+        if (isDone != (writer.lastError()[0] == '\0'))
+            std::_Exit(2);
+        if (!isDone)
+            std::_Exit(std::strcmp(writer.lastError(), "there is no memory for what was met"));
+    }
+    std::_Exit(3);
+}
+
+void writeWithoutMemory(Edge::Steps steps) {
+    Edge::steps = steps;
+    Edge edge;
+    const Held<> stream;
+    graphWriterOn(stream.get())->writeObject(&edge, &edge);
+}
+
+}  // namespace
+
+// What is known of the blocks grows in several tables, each of which may be the one that cannot.
+TEST(fxGraphEdgesDeathTest, aBlockWithoutMemoryFailsTheCall) {
+    for (const Edge::Steps steps :
+         {metWithoutMemory<0>, metWithoutMemory<20>, metWithoutMemory<40>, metWithoutMemory<60>,
+          metWithoutMemory<100>, metWithoutMemory<200>, metWithoutMemory<300>,
+          metWithoutMemory<500>, metWithoutMemory<700>, metWithoutMemory<1000>})
+        EXPECT_EXIT(writeWithoutMemory(steps), testing::ExitedWithCode(0), "");
+}
+#endif

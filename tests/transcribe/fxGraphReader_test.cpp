@@ -308,6 +308,25 @@ TEST_F(fxGraphReaderTest, identityCanBeKeptAcrossRoots) {
     delete b;
 }
 
+TEST_F(fxGraphReaderTest, keepingIdentityMayBeSaidAgainAndTakenBack) {
+    const auto streamOf = [](bool isSaidAgain, bool isTakenBack) {
+        const Held<> stream;
+        const auto writer = graphWriterOn(stream.get());
+        Leaf leaf;
+        writer->keepIdentity(true);
+        EXPECT_EQ(1, writer->writeObject(&leaf, &leaf));
+        if (isSaidAgain)
+            writer->keepIdentity(true);
+        if (isTakenBack)
+            writer->keepIdentity(false);
+        EXPECT_EQ(1, writer->writeObject(&leaf, &leaf));
+        return std::string(stream->getBase(), stream->length());
+    };
+    EXPECT_EQ(streamOf(false, false), streamOf(true, false));
+    EXPECT_LT(streamOf(true, false).size(), streamOf(true, true).size());
+    EXPECT_EQ(streamOf(false, true), streamOf(true, true));
+}
+
 TEST_F(fxGraphReaderTest, limitsBoundARoot) {
     Leaf leaves[3];
     leaves[0].next = &leaves[1];
