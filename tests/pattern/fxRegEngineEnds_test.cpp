@@ -71,6 +71,23 @@ TEST(fxRegEngineEnds, aMatchIsFoundAtEveryPlace) {
     }
 }
 
+// Where a byte was far it is sought in blocks from then on.
+TEST(fxRegEngineEnds, aByteThatIsFarIsFoundAtEveryPlace) {
+    PageEnd room(8192);
+    for (const char* pattern : {"q", "q[0-9]*", "[q]"}) {
+        const Compiled program = compiled(pattern);
+        for (unsigned int round = 0; round < 2; ++round) {
+            for (std::size_t place = 1500; place < 1800; ++place) {
+                const std::string before(place, '-');
+                ASSERT_EQ(spanOf(place, 1), wholeOf(*program, room.putText(before + "q")));
+                ASSERT_EQ(spanOf(place, 1),
+                          wholeOf(*program, room.putText(before + "q" + std::string(200, '-'))));
+                ASSERT_EQ("none", wholeOf(*program, room.putText(before)));
+            }
+        }
+    }
+}
+
 TEST(fxRegEngineEnds, whatIsBehindTheEndIsNotFound) {
     for (const Sought& sought : soughts) {
         const Compiled program = compiled(sought.pattern);

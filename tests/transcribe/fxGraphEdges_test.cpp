@@ -40,6 +40,7 @@ public:
     double* doubles = nullptr;
     unsigned char* text = nullptr;
     fxStr strings[2];
+    Edge* other = nullptr;
 };
 
 fxTypeObj Edge_type("Edge", 1, Edge::create, Edge::destroy, Edge::xdr);
@@ -147,6 +148,49 @@ TEST(fxGraphEdges, whatAWriterRefusesItSays) {
         EXPECT_EQ(c.error, writer->lastError());
     }
     Edge::steps = nullptr;
+}
+
+TEST(fxGraphEdges, rootsThatFailBeforeTheStreamHasAnythingHaveNeverBeen) {
+    Edge edge;
+    const std::string alone = graphStreamOf(edge);
+    const Held<> stream;
+    const auto writer = graphWriterOn(stream.get());
+    for (unsigned int i = 0; i < 3; ++i) {
+        Edge::steps = [](Edge&, fxTranscriber&) -> unsigned char { return 0; };
+        EXPECT_EQ(0, writer->writeObject(&edge, &edge));
+        EXPECT_STREQ("the xdr of the type \"Edge\" returned 0", writer->lastError()) << i;
+        Edge::steps = nullptr;
+        EXPECT_EQ(1, writer->flush());
+    }
+    EXPECT_EQ(1, writer->writeObject(&edge, &edge));
+    EXPECT_EQ(alone, std::string(stream->getBase(), stream->length()));
+}
+
+// Objects of earlier roots can be pointed to, and not be embedded.
+TEST(fxGraphEdges, noObjectOfAnEarlierRootIsEmbedded) {
+    for (const std::uint32_t embedded : {1U, 3U}) {
+        GraphBytes bytes;
+        bytes.type(2, "Edge").record(10, {1, 2, 1}).record(11, {3}).record(10, {3, 2, 1});
+        bytes.record(1).end().record(0).record(10, {4, 2, 1}).record(13, {embedded}).end();
+        const Held<> stream(static_cast<const void*>(bytes.str().data()),
+                            static_cast<unsigned int>(bytes.str().size()));
+        const auto reader = graphReaderOn(stream.get());
+        Edge::steps = [](Edge& e, fxTranscriber& t) {
+            return t.xdr(&e.other, e.other, Edge_type, &e, nullptr);
+        };
+        auto* const first = static_cast<Edge*>(reader->readObject(Edge_type));
+        ASSERT_NE(nullptr, first) << reader->lastError();
+        Edge::steps = [](Edge&, fxTranscriber& t) {
+            Edge inner;
+            return t.xdr(Edge_type, nullptr, &inner);
+        };
+        EXPECT_EQ(nullptr, reader->readObject(Edge_type));
+        EXPECT_NE(nullptr, std::strstr(reader->lastError(), "belongs to an earlier root"))
+            << reader->lastError();
+        delete first->other;
+        delete first;
+        Edge::steps = nullptr;
+    }
 }
 
 TEST(fxGraphEdges, withoutAStreamNothingIsWrittenOrRead) {
