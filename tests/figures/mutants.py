@@ -10,10 +10,12 @@ share of killed ones is the figure:
 
 Sites are those of kelvofxds/**/*.cpp and *Internal.h that the release build compiles; public
 headers are left out, because the tests compile what is inline in those themselves (those few tests
-that include an internal header are compiled anew with its mutants). Left out too is what never runs: directives, static assertions, attributes, parameters of templates, assert (which
-the release build has not). A mutant that does not compile, or whose object files are those of the
-unchanged library byte by byte, is replaced by the next of the sample. All others count, also those
-that no test could tell from the library.
+that include an internal header are compiled anew with its mutants). Left out too is what never
+runs: directives, static assertions, attributes, parameters of templates, assert (which the release
+build has not). A mutant is replaced by the next of the sample when it does not compile, when its
+object files are those of the unchanged library byte by byte, and when equivalent.txt lists it: a
+list of those that differ from the library only in cost or in what nobody can see, each with the
+reason. All others count.
 
 Needs the release build: its test programs, which load the library dynamically, and its flags.
 """
@@ -33,10 +35,13 @@ import threading
 import time
 
 sys.dont_write_bytecode = True  # nothing is made in the tree
+import knownMutants
 import mutationSites
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
 GOAL = 90
+SURVIVED = "SURVIVED"
+EQUIVALENTS = TOP / "tests/figures/equivalent.txt"
 SLOW = 0.2  # seconds; a test that takes longer runs after all that do not
 PATIENCE = 10  # times as long as with the unchanged library, and as many seconds
 
@@ -111,6 +116,10 @@ class Library:
     def sites(self):
         return [site for path, lines in sorted(self.live_lines().items())
                 for site in mutationSites.sites_of(path, (TOP / path).read_text(), lines)]
+
+    def files(self):
+        """All that the library is made of."""
+        return {TOP / path for files in self.files_of.values() for path in files}
 
     def link(self, folder, changed):
         """A library in `folder` with the objects of `changed` in the place of the unchanged."""
@@ -366,6 +375,11 @@ class Suite:
             raise SystemExit(f"mutants.py: unchanged, {program[0]} {failure}")
         return time.monotonic() - start
 
+    def files(self):
+        """The programs, and the sources that are compiled anew."""
+        return {self.program, *(pathlib.Path(other[0]) for other in self.others),
+                *(TOP / test for test in self.copies.command_of)}
+
     def stages(self, path):
         """All tests, those first that will kill a mutant of this file soonest: quick ones before
         slow ones; those named as the file, of its folder, others; those that die last."""
@@ -417,34 +431,43 @@ class Suite:
 class Sample:
     """Takes sites in their order until `count` mutants have been counted."""
 
-    def __init__(self, order, count, log):
+    def __init__(self, order, count, equivalents, results, log):
         self.order = iter(order)
+        self.equivalents = equivalents
+        self.results = results
         self.count = count
         self.log = log
         self.lock = threading.Lock()
         self.taken = self.killed = self.survived = 0
-        self.replaced = {"does not compile": 0, "same objects": 0}
+        self.replaced = {"equivalent": 0, "does not compile": 0, "same objects": 0}
 
     def next(self):
+        """The next site whose mutant has to be made."""
         with self.lock:
-            site = next(self.order, None) if self.taken < self.count else None
-            self.taken += site is not None
-            return site
+            while self.taken < self.count and (site := next(self.order, None)) is not None:
+                self.taken += 1
+                if site in self.equivalents:
+                    self.count_result(site, "equivalent")
+                elif site.name() in self.results.known:
+                    self.count_result(site, self.results.known[site.name()])
+                else:
+                    return site
+            return None
 
-    def replace(self, site, reason):
+    def judge(self, site, result):
         with self.lock:
+            self.results.add(site, result)
+            self.count_result(site, result)
+
+    def count_result(self, site, result):
+        if result in self.replaced:
             self.taken -= 1
-            self.replaced[reason] += 1
-            print(f"{site}: {reason}", file=self.log, flush=True)
-
-    def judge(self, site, killer, seconds):
-        with self.lock:
-            self.killed += killer is not None
-            self.survived += killer is None
-            done = self.killed + self.survived
-            line = f"{site}: {killer or 'SURVIVED'} ({seconds:.0f} s)"
-            print(line, file=self.log, flush=True)
-            say(f"{done}/{self.count} {line}")
+            self.replaced[result] += 1
+        else:
+            self.survived += result.startswith(SURVIVED)
+            self.killed += not result.startswith(SURVIVED)
+            say(f"{self.killed + self.survived}/{self.count} {site}: {result}")
+        print(f"{site}: {result}", file=self.log, flush=True)
 
 
 def work(sample, library, suite, folder):
@@ -455,10 +478,10 @@ def work(sample, library, suite, folder):
         if changed and not library.link(workplace.library, changed):
             changed = None
         if not changed:
-            sample.replace(site, "does not compile" if changed is None else "same objects")
+            sample.judge(site, "does not compile" if changed is None else "same objects")
             continue
-        killer = suite.killer(site.path, workplace)
-        sample.judge(site, killer, time.monotonic() - start)
+        killer = suite.killer(site.path, workplace) or SURVIVED
+        sample.judge(site, f"{killer} ({time.monotonic() - start:.0f} s)")
 
 
 def run_sample(sample, library, suite, folder, jobs):
@@ -486,6 +509,8 @@ def arguments():
     parser.add_argument("-j", type=int, default=os.cpu_count(), help="processes (the cores)")
     parser.add_argument("--only", action="append", metavar="FILE:LINE",
                         help="the mutants of a line instead of a sample")
+    parser.add_argument("--resume", action="store_true",
+                        help="keep the results of an earlier run of the same sources and programs")
     parser.add_argument("--quick", action="store_true",
                         help="the quick tests alone: more survive than with the whole suite")
     parser.add_argument("--list", action="store_true", help="show the sites and end")
@@ -517,6 +542,7 @@ def main():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     library = Library(given.build, given.folder)
     sites = library.sites()
+    equivalents = knownMutants.Equivalents(EQUIVALENTS, sites)
     order = mutationSites.in_random_order(sites, given.seed)
     if given.only:
         order = [site for site in sites if f"{site.path}:{site.line}" in given.only]
@@ -530,10 +556,15 @@ def main():
     others = [] if given.tests or given.quick else other_programs(given.build)
     program = given.tests or given.build / "tests/kelvofxds_tests"
     suite = Suite(program.resolve(), others, workplace, OwnCopies(given.build), given.quick)
+    partial = given.only or given.quick or given.tests
+    results = knownMutants.Results(
+        given.folder / ("partial.txt" if partial else "results.txt"),
+        library.files() | suite.files(), given.resume and not partial)
     with open(given.folder / "mutants.log", "w", encoding="utf-8") as log:
-        sample = Sample(order, len(order) if given.only else given.n, log)
+        sample = Sample(order, len(order) if given.only else given.n,
+                        () if given.only else equivalents.sites, results, log)
         run_sample(sample, library, suite, given.folder, given.j)
-    if given.only or given.quick or given.tests:
+    if partial:
         return 0
     return 0 if report(sample, order) else 1
 

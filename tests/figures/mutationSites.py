@@ -1,6 +1,6 @@
 """Where one operator or constant of the library's sources can be changed, and into what."""
 
-import random
+import hashlib
 import re
 import subprocess
 
@@ -38,9 +38,18 @@ class Site:
 
     def __init__(self, path, line, start, old, new):
         self.path, self.line, self.start, self.old, self.new = path, line, start, old, new
+        self.text = None  # of the line
+        self.number = 1  # among the same changes of the same text in this file
 
     def __str__(self):
-        return f"{self.path}:{self.line}: {self.old} -> {self.new or 'nothing'}"
+        return f"{self.path}:{self.line}: {self.change()}"
+
+    def change(self):
+        return f"{self.old} -> {self.new or 'nothing'}"
+
+    def name(self):
+        """Says which site it is also after an edit elsewhere in the file."""
+        return f"{self.path} @ {self.text} @ {self.change()} @ {self.number}"
 
     def applied(self, text):
         return text[:self.start] + self.new + text[self.start + len(self.old):]
@@ -144,7 +153,16 @@ def sites_of(path, text, live_lines):
             new = replacement(text, tokens, i)
             if new is not None:
                 found.append(Site(path, line, start, old, new))
+    name_sites(found, text.split("\n"))
     return found
+
+
+def name_sites(sites, lines):
+    counts = {}
+    for site in sites:
+        site.text = lines[site.line - 1].strip()
+        same = site.text, site.old, site.new
+        counts[same] = site.number = counts.get(same, 0) + 1
 
 
 def live_lines(command, wanted):
@@ -164,6 +182,6 @@ def live_lines(command, wanted):
 
 
 def in_random_order(sites, seed):
-    order = list(sites)
-    random.Random(seed).shuffle(order)
-    return order
+    """Each site has a place of its own, so that an edit changes no more of a sample than what it
+    has edited."""
+    return sorted(sites, key=lambda s: hashlib.sha256(f"{seed} {s.name()}".encode()).digest())
