@@ -88,6 +88,23 @@ TEST(fxRegEngineEnds, aByteThatIsFarIsFoundAtEveryPlace) {
     }
 }
 
+// It lies in two of the pieces that are looked at, or fills more than one.
+TEST(fxRegEngineEnds, aNeededTextOfAnyLengthIsFound) {
+    PageEnd room(8192);
+    for (std::size_t length = 1; length < 700; length += length < 20 ? 1 : 9) {
+        const std::string text = std::string(length - 1, 'n') + "m";
+        const Compiled program = compiled("[ab]*" + text);
+        for (const std::size_t place : {0, 1, 100, 200, 255, 256, 257, 300, 511, 700, 1300}) {
+            const std::string subject = std::string(place, '-') + text;
+            ASSERT_EQ(spanOf(place, length), wholeOf(*program, room.putText(subject)))
+                << length << " bytes at " << place;
+            ASSERT_EQ("none",
+                      wholeOf(*program, room.putText(subject.substr(0, place + length - 1))))
+                << length << " bytes at " << place;
+        }
+    }
+}
+
 TEST(fxRegEngineEnds, whatIsBehindTheEndIsNotFound) {
     for (const Sought& sought : soughts) {
         const Compiled program = compiled(sought.pattern);

@@ -9,6 +9,7 @@
 
 #include "kelvofxds/str/fxStr.h"
 #include "tests/support/observe.h"
+#include "tests/support/pageEnd.h"
 
 namespace {
 using namespace std::string_literals;
@@ -390,5 +391,14 @@ TEST(fxStrFormat, plainConversionsPrintAsTheCLibraryDoes) {
         char expected[100];
         std::snprintf(expected, sizeof expected, "%d %5d %x", number, number, bits);
         EXPECT_STREQ(expected, mixed.c_str());
+    }
+}
+
+// A text of which only so many bytes are printed may have no NUL.
+TEST(fxStrFormat, noMoreOfATextIsReadThanIsPrinted) {
+    PageEnd room(4096);
+    for (const char* const format : {"%.3s", "x%.3s", "%5.3s", "%-8.3s|", "%%%.3s", "%.3s%.3s"}) {
+        const char* const text = room.put("abc");
+        EXPECT_EQ(printed(format, text, text), formatted(format, text, text)) << format;
     }
 }
