@@ -652,3 +652,17 @@ TEST(fxArrayGrowth, arraysOfDifferentThreadsHaveNothingInCommon) {
         thread.join();
     EXPECT_EQ(0u, wrong);
 }
+
+// Up to the last byte of the block, which may be larger than what was asked for.
+TEST(fxArrayGrowth, spareBytesAreZeroAtEverySize) {
+    for (unsigned int n = 1; n < 60; ++n) {
+        for (unsigned int more = 1; more < 60; ++more) {
+            fxCharArray array;
+            array.resize(n);
+            fillWithOnes(array);
+            array.setMaxLength(n + more);
+            ASSERT_EQ(n + more, array.getMaxLen());
+            ASSERT_TRUE(spareIsZero(array)) << n << " and " << more;
+        }
+    }
+}
