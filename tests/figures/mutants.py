@@ -530,7 +530,7 @@ def report(sample, order):
     done = sample.killed + sample.survived
     say(f"{len(order)} sites; replaced: {sample.replaced}; killed {sample.killed} of {done}")
     percent = 100 * sample.killed / done if done else 0
-    passed = done > 0 and percent >= GOAL
+    passed = done == sample.count and percent >= GOAL  # a part of the sample is none
     print(f"GOAL C4 {percent:.1f} >={GOAL} {'PASS' if passed else 'FAIL'}")
     return passed
 
