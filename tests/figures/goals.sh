@@ -234,7 +234,7 @@ goal_C1() {
 }
 goal_C2() { printed C2 python3 tests/figures/messages.py; }
 goal_C3() { printed C3 python3 tests/figures/deliberate.py; }
-goal_C4() { printed C4 python3 tests/figures/mutants.py -j "$cores"; }
+goal_C4() { printed C4 python3 tests/figures/mutants.py --resume -j "$cores"; }
 goal_T1() { printed T1 tests/figures/threads.sh build/release; }
 goal_A1() {
     ./dev build asan >&2
