@@ -12,7 +12,7 @@
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/objects/fxWiring.h"
 #include "kelvofxds/str/fxStr.h"
-#include "tests/support/noMemory.h"
+#include "tests/support/heapCalls.h"
 
 #ifndef __SANITIZE_ADDRESS__
 namespace {
@@ -34,25 +34,25 @@ private:
 
 void growWithoutMemory() {
     fxArrayOf<Placed> array(2U);
-    exhaustMemory();
+    refuseBlocksFrom(0);
     array.append(Placed());
 }
 
 void cutWithoutMemory() {
     fxArrayOf<Placed> array(8U);
-    exhaustMemory();
+    refuseBlocksFrom(0);
     array.raw_cut(0, 4);
 }
 
 void sortWithoutMemory() {
     fxArrayOf<fxStr> array(8U);
-    exhaustMemory();
+    refuseBlocksFrom(0);
     fxSort(array);
 }
 
 void addWithoutMemory() {
     fxObj object;
-    exhaustMemory();
+    refuseBlocksFrom(0);
     int sum = 0;
     fxOnInput(&object, "in", [&sum](int value) { sum += value; });
 }

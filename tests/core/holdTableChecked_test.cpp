@@ -8,7 +8,7 @@
 
 #include "kelvofxds/objects/fxObj.h"
 #include "kelvofxds/values/fxProperty.h"
-#include "tests/support/noMemory.h"
+#include "tests/support/heapCalls.h"
 
 #if KELVOFXDS_LIBRARY_IS_CHECKED && !defined(__SANITIZE_ADDRESS__)
 namespace {
@@ -20,7 +20,7 @@ fxObj objects[many];
 alignas(fxProperty) unsigned char rooms[many][sizeof(fxProperty)];
 
 void holdAll() {
-    freezeMemory();
+    refuseBlocksFrom(0);
     for (unsigned int i = 0; i < many; ++i)
         new (rooms[i]) fxProperty(3, &objects[i]);
 }

@@ -5,21 +5,21 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/lists/GenericList.h"
-#include "tests/support/noMemory.h"
+#include "tests/support/heapCalls.h"
 
 #ifndef __SANITIZE_ADDRESS__
 namespace {
 
 void appendForEver() {
     GenericList list;
-    freezeMemory();
+    refuseBlocksFrom(0);
     for (;;)
         list.append(nullptr);
 }
 
 void prependForEver() {
     GenericList list;
-    freezeMemory();
+    refuseBlocksFrom(0);
     for (;;)
         list.prepend(nullptr);
 }
@@ -28,7 +28,7 @@ void insertForEver() {
     GenericList list;
     list.append(nullptr);
     list.append(nullptr);
-    freezeMemory();
+    refuseBlocksFrom(0);
     for (;;)
         list.insertAt(1, nullptr);
 }

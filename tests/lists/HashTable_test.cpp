@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/noMemory.h"
+#include "tests/support/heapCalls.h"
 
 struct HashTableLayout {
 #pragma GCC diagnostic push
@@ -517,18 +517,18 @@ TEST(HashTableDeathTest, aTableThatCannotBeDoubledAborts) {
 namespace {
 void addWithoutMemory() {
     HashTable table;
-    exhaustMemory();
+    refuseBlocksFrom(0);
     table.addElement(1);
 }
 
 void makeWithoutMemory() {
-    exhaustMemory();
+    refuseBlocksFrom(0);
     HashTable table;
 }
 
 void rebuildWithoutMemory() {
     HashTable table;
-    exhaustMemory();
+    refuseBlocksFrom(0);
     table.rebuildTable();
 }
 }  // namespace

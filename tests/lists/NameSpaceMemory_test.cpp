@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "kelvofxds/lists/NameSpace.h"
+#include "tests/support/heapCalls.h"
 #include "tests/support/nameSpaces.h"
-#include "tests/support/noMemory.h"
 
 using namespace nameSpaces;
 
@@ -283,26 +283,26 @@ TEST(NameSpaceDeathTest, anAtomThatNoTableHasRoomForAborts) {
 namespace {
 
 void makeWithoutMemory() {
-    exhaustMemory();
+    refuseBlocksFrom(0);
     NameSpace names(nothing, 0);
 }
 
 void createWithoutMemory() {
     Names names;
-    exhaustMemory();
+    refuseBlocksFrom(0);
     names.makeAtom("a", 1);
 }
 
 void copyWithoutMemory() {
     Names names;
     const std::string name(100000, 'a');
-    exhaustMemory(64);
+    refuseBlocksFrom(64);
     names.makeAtom(name.c_str(), 1);
 }
 
 void growWithoutMemory() {
     Names names(callerNumbers);
-    exhaustMemory(64);
+    refuseBlocksFrom(64);
     create(names, 100000, "a");
 }
 

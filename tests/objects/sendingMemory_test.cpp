@@ -9,7 +9,6 @@
 #include "kelvofxds/objects/fxMessageEvent.h"
 #include "tests/support/dataFlow.h"
 #include "tests/support/heapCalls.h"
-#include "tests/support/noMemory.h"
 
 // Holders and messages that come and go take their memory from what earlier
 // ones have left.
@@ -181,26 +180,26 @@ namespace {
 
 // Of which the library makes more and more.
 void sendForEver(fxObj& object, fxOutputChannel& out) {
-    freezeMemory();
+    refuseBlocksFrom(0);
     for (;;)
         object.sendInt(&out, 1, fxObj::fxSendQueued);
 }
 
 void sendTextsForEver(fxObj& object, fxOutputChannel& out) {
     const std::string text(1000, 'x');
-    freezeMemory();
+    refuseBlocksFrom(0);
     for (;;)
         object.sendCharPtr(&out, text.c_str(), fxObj::fxSendQueued);
 }
 
 void addInputsForEver(fxObj& object) {
-    freezeMemory();
+    refuseBlocksFrom(0);
     for (int i = 0;; ++i)
         object.addInput(std::to_string(i).c_str(), fxDT_int, nullptr, nullptr, 0);
 }
 
 void connectForEver(fxOutputChannel& out, fxInputChannel* in) {
-    freezeMemory();
+    refuseBlocksFrom(0);
     for (;;)
         out.add(in);
 }

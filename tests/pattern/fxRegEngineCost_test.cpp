@@ -2,7 +2,6 @@
 // it is cheap, and an end in sight where trying everything has none.
 
 #include <pthread.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -257,25 +256,7 @@ TEST(fxRegEngineCost, everyMatchReleasesWhatItTook) {
 }
 
 #ifndef __SANITIZE_ADDRESS__
-// A sanitizer's allocator needs memory of its own to say that there is none.
 namespace {
-// Takes all blocks of more than `kept` bytes that there are.
-void takeAllMemory(std::size_t kept) {
-    std::vector<void*> forMessages;
-    for (std::size_t size = 16; size <= 512; size *= 2) {
-        for (int i = 0; i < 7; ++i)
-            forMessages.push_back(std::malloc(size));
-    }
-    const rlimit none = {0, 0};
-    ::setrlimit(RLIMIT_AS, &none);
-    for (std::size_t size = 1 << 16; size > kept; size = size / 2 + kept / 2) {
-        while (void* volatile block = std::malloc(size))
-            static_cast<void>(block);
-    }
-    for (void* block : forMessages)
-        std::free(block);
-}
-
 // Subjects need a little more than fits without memory, and each prefix puts
 // other choices in the place where it ends.
 [[noreturn]] void matchWithoutMemory() {
@@ -290,7 +271,7 @@ void takeAllMemory(std::size_t kept) {
             subjects.insert(subjects.end(), {subject, subject + "c"});
     }
     takeRegErrors();
-    takeAllMemory(900);
+    refuseBlocksFrom(901);
     for (const Compiled& program : programs) {
         for (const std::string& each : subjects) {
             const int result = fxregexec(program.get(), each.c_str());

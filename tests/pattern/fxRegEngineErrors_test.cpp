@@ -1,7 +1,6 @@
 // What the compiler refuses.
 
 #include <dlfcn.h>
-#include <sys/resource.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +10,7 @@
 
 #include "kelvofxds/pattern/fxRegEngine.h"
 #include "tests/support/compiled.h"
+#include "tests/support/heapCalls.h"
 #include "tests/support/regErrors.h"
 
 TEST(fxRegEngineErrors, aNullPatternIsAnError) {
@@ -114,16 +114,11 @@ TEST(fxRegEngineErrors, deliberateTheErrorSinkDoesNothing) {
 }
 
 #ifndef __SANITIZE_ADDRESS__
-// A sanitizer's allocator needs memory of its own to say that there is none.
 namespace {
 [[noreturn]] void compileWithoutMemory() {
     const std::string pattern(30000, 'a');
     takeRegErrors();
-    const rlimit none = {0, 0};
-    ::setrlimit(RLIMIT_AS, &none);
-    // Blocks that are free but too small for the program are left for others.
-    while (void* volatile block = std::malloc(30000))
-        static_cast<void>(block);
+    refuseBlocksFrom(30000);
     fxregexp* const program = fxregcomp(pattern.c_str());
     const Messages messages = takeRegErrors();
     const bool asStated = !program && messages.size() == 1 && messages[0] == "out of space";

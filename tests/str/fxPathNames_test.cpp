@@ -1,18 +1,19 @@
 #include "kelvofxds/str/fxPathNames.h"
 
 #include <pwd.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <malloc.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "tests/support/heapCalls.h"
 #include "tests/support/runProgram.h"
 
 namespace {
@@ -419,13 +420,10 @@ TEST(environmentVariableExtendedName, aResultThatNoBlockCanHoldIsNull) {
     std::string text;
     for (unsigned int i = 0; i < 50000; ++i)
         text += "$FX_TEST/";
-    // The result would have 5,000,050,000 bytes. Less memory, so that the attempt ends early.
-    rlimit before;
-    ASSERT_EQ(0, ::getrlimit(RLIMIT_AS, &before));
-    const rlimit small{before.rlim_max < 1U << 29 ? before.rlim_max : 1U << 29, before.rlim_max};
-    ASSERT_EQ(0, ::setrlimit(RLIMIT_AS, &small));
+    // The result would have 5,000,050,000 bytes. Smaller blocks, so that the attempt ends early.
+    refuseBlocksFrom(1U << 27);
     char* result = environmentVariableExtendedName(text.c_str(), 10);
-    ASSERT_EQ(0, ::setrlimit(RLIMIT_AS, &before));
+    refuseBlocksFrom(SIZE_MAX);
     EXPECT_EQ(nullptr, result);
 }
 #endif

@@ -4,9 +4,15 @@
 
 #ifdef KELVOFXDS_EMULATOR
 #include <fcntl.h>
+#include <limits.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <initializer_list>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -18,9 +24,19 @@ void endUnheard(int signal) {
     std::raise(signal);
 }
 
+// A death test that starts this program anew starts the emulator with it.
+void startAnewByTheEmulator() {
+    char path[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+    std::vector<std::string> words = {"/usr/bin/env", KELVOFXDS_EMULATOR};
+    words.emplace_back(path, length > 0 ? static_cast<std::size_t>(length) : 0);
+    testing::internal::SetInjectableArgvs(words);
+}
+
 [[maybe_unused]] const bool areUnheard = [] {
     for (int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGQUIT})
         std::signal(signal, endUnheard);
+    startAnewByTheEmulator();
     return true;
 }();
 

@@ -2,14 +2,19 @@
 
 #include <dlfcn.h>
 
+#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
 namespace {
 HeapCalls calls = {0, 0, 0};
+std::size_t leastRefused = SIZE_MAX;
 }  // namespace
 
 HeapCalls heapCalls() { return calls; }
+
+void refuseBlocksFrom(std::size_t size) { leastRefused = size; }
 
 bool heapCallsAreCounted() {
     const HeapCalls before = calls;
@@ -36,6 +41,14 @@ Function* systemFunction(Function*& known, const char* name) {
     return known;
 }
 
+// As the system refuses them.
+bool isRefused(std::size_t size) {
+    if (size < leastRefused)
+        return false;
+    errno = ENOMEM;
+    return true;
+}
+
 // Constant-initialised: the first calls come before any constructor.
 void* (*systemMalloc)(std::size_t) = nullptr;
 void* (*systemCalloc)(std::size_t, std::size_t) = nullptr;
@@ -50,25 +63,26 @@ std::size_t (*systemUsableSize)(void*) = nullptr;
 extern "C" {
 
 void* malloc(std::size_t size) noexcept {
-    void* block = systemFunction(systemMalloc, "malloc")(size);
+    void* block = isRefused(size) ? nullptr : systemFunction(systemMalloc, "malloc")(size);
     ++calls.allocations;
     calls.blocks += block != nullptr;
     return block;
 }
 
 void* calloc(std::size_t n, std::size_t size) noexcept {
-    void* block = systemFunction(systemCalloc, "calloc")(n, size);
+    void* block = isRefused(n * size) ? nullptr : systemFunction(systemCalloc, "calloc")(n, size);
     ++calls.allocations;
     calls.blocks += block != nullptr;
     return block;
 }
 
 void* realloc(void* old, std::size_t size) noexcept {
-    void* block = systemFunction(systemRealloc, "realloc")(old, size);
+    const bool isGiven = !isRefused(size);
+    void* block = isGiven ? systemFunction(systemRealloc, "realloc")(old, size) : nullptr;
     ++calls.allocations;
     // The old block is gone unless the call failed.
     calls.blocks += block != nullptr;
-    calls.blocks -= old && (block || size == 0);
+    calls.blocks -= old && isGiven && (block || size == 0);
     return block;
 }
 

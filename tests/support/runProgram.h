@@ -118,12 +118,16 @@ struct Program {
     }
 
 private:
-    // An emulator adds a line of its own when its program ends by a signal.
+    // An emulator adds a line of its own when its program ends by a signal. A program that hands
+    // on what another has said may have put it behind other words.
     static std::string withoutEmulator(std::string err) {
 #ifdef KELVOFXDS_EMULATOR
-        const std::size_t line = err.rfind("qemu: uncaught target signal ");
-        if (line != std::string::npos)
-            err.erase(line);
+        const std::size_t start = err.rfind("qemu: uncaught target signal ");
+        if (start != std::string::npos) {
+            const std::size_t end = err.find('\n', start);
+            const bool isLine = start == 0 || err[start - 1] == '\n';
+            err.erase(start, isLine && end != std::string::npos ? end + 1 - start : end - start);
+        }
 #endif
         return err;
     }

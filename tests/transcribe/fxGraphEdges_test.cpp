@@ -13,7 +13,7 @@
 #include "kelvofxds/transcribe/fxMemoryStream.h"
 #include "tests/support/graphBytes.h"
 #include "tests/support/graphs.h"
-#include "tests/support/noMemory.h"
+#include "tests/support/heapCalls.h"
 
 namespace {
 
@@ -269,7 +269,7 @@ unsigned char metWithoutMemory(Edge&, fxTranscriber& t) {
     auto& writer = static_cast<fxGraphWriter&>(t);
     for (unsigned int i = 0; i < many; ++i) {
         if (i == before)
-            exhaustMemory();
+            refuseBlocksFrom(0);
         char* block = blocks + i;
         const bool isDone = t.xdr(&block, 1) != 0;
         if (isDone != (writer.lastError()[0] == '\0'))

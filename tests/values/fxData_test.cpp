@@ -20,7 +20,6 @@
 #include "kelvofxds/core/fxToolkit.h"
 #include "kelvofxds/values/fxDataInternal.h"
 #include "tests/support/heapCalls.h"
-#include "tests/support/noMemory.h"
 #include "tests/support/vtable.h"
 
 #pragma GCC diagnostic push
@@ -524,13 +523,13 @@ TEST_F(fxDataTest, holdersMayBePlacedAndMadeWithNothrowNew) {
 namespace {
 
 void makeForEver() {
-    freezeMemory();
+    refuseBlocksFrom(0);
     for (;;)
         ++(new fxIntData(1))->count;
 }
 
 void makeUntilNull() {
-    freezeMemory();
+    refuseBlocksFrom(0);
     while (fxIntData* holder = new (std::nothrow) fxIntData(1))
         ++holder->count;
     std::_Exit(7);
