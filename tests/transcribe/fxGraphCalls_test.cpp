@@ -338,9 +338,11 @@ TEST_F(fxGraphCalls, twoPointersToABlockLeadToOne) {
 
 // What has no way to end stays with the host that has made it.
 TEST_F(fxGraphCalls, objectsWithoutAnEndStayAfterAFailure) {
-    static Caller made;
+    Caller made;
+    static Caller* toGive;
+    toGive = &made;
     static fxTypeObj endless(
-        "GraphEndless", 1, [](fxTypeObj&) -> void* { return &made; }, nullptr, Caller::xdr);
+        "GraphEndless", 1, [](fxTypeObj&) -> void* { return toGive; }, nullptr, Caller::xdr);
     Caller::steps = [](Caller& c, fxTranscriber& t) { return t.xdr(&c.value, 1); };
     GraphBytes b;
     b.type(2, "GraphEndless").record(10, {1, 2, 1}, b.word(7)).end(1);
