@@ -118,15 +118,15 @@ struct Program {
     }
 
 private:
-    // An emulator adds a line of its own when its program ends by a signal. A program that hands
-    // on what another has said may have put it behind other words.
+    // An emulator adds a line of its own when its program ends by a signal. wordindex hands on what
+    // its child has said as one line, with a question mark for each other byte.
     static std::string withoutEmulator(std::string err) {
 #ifdef KELVOFXDS_EMULATOR
-        const std::size_t start = err.rfind("qemu: uncaught target signal ");
-        if (start != std::string::npos) {
-            const std::size_t end = err.find('\n', start);
-            const bool isLine = start == 0 || err[start - 1] == '\n';
-            err.erase(start, isLine && end != std::string::npos ? end + 1 - start : end - start);
+        const std::size_t found = err.rfind("qemu: uncaught target signal ");
+        if (found != std::string::npos) {
+            const bool isLine = found == 0 || err[found - 1] == '\n';
+            const std::size_t start = isLine ? found : found - 1;
+            err.erase(start, err.find('\n', start) + (isLine ? 1 : 0) - start);
         }
 #endif
         return err;
