@@ -17,6 +17,6 @@ HeapCalls heapCalls();
 /// False in sanitizer builds, and under tools that bring operators of their own.
 bool heapCallsAreCounted();
 
-/// From now on malloc, calloc and realloc refuse blocks of `size` bytes or more, to the library too.
-/// Does nothing where calls are not counted.
+/// From now on malloc, calloc and realloc refuse blocks of `size` bytes or more, to the library
+/// too. Does nothing where calls are not counted.
 void refuseBlocksFrom(std::size_t size);
