@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 
 #include "kelvofxds/core/fxCheckedInternal.h"
 #include "kelvofxds/core/fxMemoryInternal.h"
@@ -134,15 +135,24 @@ unsigned char fxStdioStream::isWriting() { return type == writeStream || type ==
 
 fxStream::fxStreamType fxStdioStream::getType() { return type; }
 
+namespace {
+// False when they have more bytes than a size can say.
+template <class Item>
+bool haveASize(unsigned int n) {
+    return n <= SIZE_MAX / sizeof(Item);
+}
+}  // namespace
+
 template <class Item>
 unsigned char fxStdioStream::get(Item* items, unsigned int n) {
-    const std::size_t size = sizeof(Item) * std::size_t{n};
-    return fp && (n == 0 || fxReadFrom(fp, reinterpret_cast<char*>(items), size) == size);
+    const std::size_t size = sizeof(Item) * n;
+    return fp && haveASize<Item>(n) &&
+           (n == 0 || fxReadFrom(fp, reinterpret_cast<char*>(items), size) == size);
 }
 
 template <class Item>
 unsigned char fxStdioStream::put(const Item* items, unsigned int n) {
-    return fp && fxPiece::Collecting::handOverTo(this) &&
+    return fp && haveASize<Item>(n) && fxPiece::Collecting::handOverTo(this) &&
            (n == 0 || ::fwrite_unlocked(items, sizeof(Item), n, fp) == n);
 }
 

@@ -309,6 +309,31 @@ TEST_F(fxStdioStreamTest, bytesAreReadAsABlock) {
     EXPECT_EQ(0, stream.getBytes(bytes, 3)) << "two are left";
 }
 
+#if !KELVOFXDS_LIBRARY_IS_CHECKED  // which takes such a number for a mistake
+
+TEST_F(fxStdioStreamTest, itemsOfMoreBytesThanThereCanBeAreNotTransferred) {
+    makeFile("abcdefgh");
+    fxStdioStream stream(path.c_str(), forBoth, 0);
+    for (unsigned int wraps : {0U, 1U}) {
+        SCOPED_TRACE(wraps);
+        short s = 1;
+        int i = 2;
+        double d = 5;
+        EXPECT_EQ(0, stream.getShorts(&s, 0x80000000 + wraps));
+        EXPECT_EQ(0, stream.getInts(&i, 0x40000000 + wraps));
+        EXPECT_EQ(0, stream.getDoubles(&d, 0x20000000 + wraps));
+        EXPECT_EQ(0, stream.putShorts(&s, 0x80000000 + wraps));
+        EXPECT_EQ(0, stream.putInts(&i, 0x40000000 + wraps));
+        EXPECT_EQ(0, stream.putDoubles(&d, 0x20000000 + wraps));
+        EXPECT_EQ(5, d);
+    }
+    char bytes[9] = "";
+    EXPECT_EQ(1, stream.getBytes(bytes, 8));
+    EXPECT_STREQ("abcdefgh", bytes) << "nothing was read before, and nothing written";
+}
+
+#endif
+
 TEST_F(fxStdioStreamTest, everyByteCanBeReadAndWrittenAlone) {
     {
         fxStdioStream stream(path.c_str(), forWriting, 0666);
