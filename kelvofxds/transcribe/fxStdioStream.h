@@ -30,11 +30,11 @@ std::FILE* fxOwnFile(const fxStream* stream);
 ///     if (--file->count == 0)
 ///         delete file;
 ///
-/// Opening and reading go on where a signal interrupts them. Writing fails, since the C
-/// library drops what it could not write: install signal handlers with SA_RESTART.
-///
 /// The old content is lost then whatever comes of it. fxSaveFile keeps it until the
 /// new one is on the disk.
+///
+/// Opening and reading go on where a signal interrupts them. Writing fails, since the C
+/// library drops what it could not write: install signal handlers with SA_RESTART.
 class FX_EXPORT fxStdioStream : public fxStream {
 public:
     /// Opens `path`: type 0 for reading, 1 for writing, 2 for both. A file
