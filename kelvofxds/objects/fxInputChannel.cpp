@@ -43,7 +43,7 @@ fxInputChannel::~fxInputChannel() {
 }
 
 void fxInputChannel::flush() {
-    const Flushing flushing(this);
+    Flushing flushing(this);
     if (fx_theEventHandler)
         fx_theEventHandler->removeMessageEvents(this);
     if (flushing.channel)

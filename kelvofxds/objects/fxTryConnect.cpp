@@ -62,7 +62,7 @@ public:
             return false;
         }
         const unsigned int before = numberOfSources();
-        const fxConnecting connecting(from, to);
+        fxConnecting connecting(from, to);
         from->connect(outputName, to, inputName);
         if (!connecting.areThere()) {
             why = "connect, which a class overrides, deleted one of the two objects";
