@@ -42,7 +42,7 @@ fxMessageEvent::Pool::Message::Message(fxInputChannel* in) : fxMessageEvent(in),
 // One that has had properties may have inputs.
 fxMessageEvent::Pool::Message::~Message() {
     --living;
-    isNotPending(this);
+    forgetPending(this);
     releaseChannel(channel);
     if (!carriesItsOwn())
         releaseData(data);

@@ -93,7 +93,7 @@ public:
 
     /// What a message holds goes in this order, also in its destructor.
     static void releaseContents(fxMessageEvent* e) {
-        isNotPending(e);
+        forgetPending(e);
         releaseChannel(e->channel);
         releaseData(e->data);
     }
@@ -134,8 +134,8 @@ private:
         first = e;
     }
 
-    // Of one that is deleted without having been delivered.
-    static void isNotPending(const fxMessageEvent* e) {
+    // A message that is deleted without having been delivered is waited for no more.
+    static void forgetPending(const fxMessageEvent* e) {
         if (e->channel->pending == e)
             e->channel->pending = nullptr;
     }

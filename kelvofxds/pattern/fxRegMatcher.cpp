@@ -282,7 +282,7 @@ void fxRegMatcher::note(const fxRegNode* node) {
 // work as it has spent itself.
 [[gnu::noinline]] void fxRegMatcher::reconsider() {
     const std::size_t done = positionOf(begin);
-    // A repetition can take many steps at once, which are short ones.
+    // A repetition can go far beyond the limit at once, by short steps.
     const std::size_t steps = patience + (spent - limit) / 4;
     limit = done + patience;
     if (spent < limit)
