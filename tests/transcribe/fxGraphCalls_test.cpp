@@ -3,42 +3,23 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "kelvofxds/containers/fxDictionary.h"
 #include "tests/support/graphBytes.h"
-#include "tests/support/graphs.h"
+#include "tests/support/graphSteps.h"
 #include "tests/support/misuse.h"
 
 namespace {
 
-// Does the calls of its test.
-class Caller : public fxXDRObj {
+class Caller : public GraphSteps<Caller> {
 public:
-    using Steps = std::function<unsigned char(Caller&, fxTranscriber&)>;
     fxTypeObj& getTypeObj() const override;
-    unsigned char xdr(fxTranscriber& t) override { return !steps || steps(*this, t); }
-    static void* create(fxTypeObj&) { return new Caller; }
-    static void destroy(void* object) { delete static_cast<Caller*>(object); }
-    static unsigned char xdr(void* object, fxTranscriber& t) {
-        return static_cast<Caller*>(object)->Caller::xdr(t);
-    }
-
-    inline static Steps steps;
     int value = 0;
     Limb limb;
     fxXDRObj* object = nullptr;
-    char* chars = nullptr;
-    unsigned char* bytes = nullptr;
-    short* shorts = nullptr;
-    unsigned short* unsignedShorts = nullptr;
-    long* longs = nullptr;
-    unsigned long* unsignedLongs = nullptr;
-    float* floats = nullptr;
-    double* doubles = nullptr;
     char* text = nullptr;
     unsigned char* unsignedText = nullptr;
 };
@@ -50,11 +31,6 @@ class fxGraphCalls : public testing::Test {
 protected:
     void TearDown() override { Caller::steps = nullptr; }
 };
-
-std::string withoutPlace(const std::string& error) {
-    const std::size_t colon = error.find(": ");
-    return colon == std::string::npos ? error : error.substr(colon + 2);
-}
 
 GraphBytes callerWith(const std::string& payload, bool isBig = false) {
     GraphBytes b(isBig);

@@ -12,32 +12,14 @@
 #include "kelvofxds/transcribe/fxGraphWriter.h"
 #include "kelvofxds/transcribe/fxMemoryStream.h"
 #include "tests/support/graphBytes.h"
-#include "tests/support/graphs.h"
+#include "tests/support/graphSteps.h"
 #include "tests/support/heapCalls.h"
 
 namespace {
 
-// Does the same calls when it is written and when it is read.
-class Edge : public fxXDRObj {
+class Edge : public GraphSteps<Edge> {
 public:
-    using Steps = unsigned char (*)(Edge&, fxTranscriber&);
     fxTypeObj& getTypeObj() const override;
-    unsigned char xdr(fxTranscriber& t) override { return !steps || steps(*this, t); }
-    static void* create(fxTypeObj&) { return new Edge; }
-    static void destroy(void* object) { delete static_cast<Edge*>(object); }
-    static unsigned char xdr(void* object, fxTranscriber& t) {
-        return static_cast<Edge*>(object)->Edge::xdr(t);
-    }
-
-    inline static Steps steps = nullptr;
-    char* chars = nullptr;
-    unsigned char* bytes = nullptr;
-    short* shorts = nullptr;
-    unsigned short* unsignedShorts = nullptr;
-    long* longs = nullptr;
-    unsigned long* unsignedLongs = nullptr;
-    float* floats = nullptr;
-    double* doubles = nullptr;
     unsigned char* text = nullptr;
     fxStr strings[2];
     Edge* other = nullptr;
@@ -280,7 +262,7 @@ unsigned char metWithoutMemory(Edge&, fxTranscriber& t) {
     std::_Exit(3);
 }
 
-void writeWithoutMemory(Edge::Steps steps) {
+void writeWithoutMemory(const Edge::Steps& steps) {
     Edge::steps = steps;
     Edge edge;
     const Held<> stream;
@@ -291,7 +273,7 @@ void writeWithoutMemory(Edge::Steps steps) {
 
 // What is known of the blocks grows in several tables, each of which may be the one that cannot.
 TEST(fxGraphEdgesDeathTest, aBlockWithoutMemoryFailsTheCall) {
-    for (const Edge::Steps steps :
+    for (auto* const steps :
          {metWithoutMemory<0>, metWithoutMemory<20>, metWithoutMemory<40>, metWithoutMemory<60>,
           metWithoutMemory<100>, metWithoutMemory<200>, metWithoutMemory<300>,
           metWithoutMemory<500>, metWithoutMemory<700>, metWithoutMemory<1000>})

@@ -10,7 +10,7 @@
 
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "tests/support/graphBytes.h"
-#include "tests/support/graphs.h"
+#include "tests/support/graphSteps.h"
 
 namespace {
 
@@ -63,11 +63,6 @@ protected:
     }
     void TearDown() override { EXPECT_EQ(0, Leaf::living); }
 };
-
-std::string withoutPlace(const std::string& error) {
-    const std::size_t colon = error.find(": ");
-    return colon == std::string::npos ? error : error.substr(colon + 2);
-}
 
 void releaseAll(Leaf* leaf) {
     while (leaf) {

@@ -9,7 +9,7 @@
 #include "kelvofxds/core/fxRef.h"
 #include "kelvofxds/transcribe/fxXDRMembers.h"
 #include "tests/support/graphBytes.h"
-#include "tests/support/graphs.h"
+#include "tests/support/graphSteps.h"
 
 namespace {
 
@@ -99,11 +99,6 @@ protected:
         EXPECT_EQ(0, Part::living);
     }
 };
-
-std::string withoutPlace(const std::string& error) {
-    const std::size_t colon = error.find(": ");
-    return colon == std::string::npos ? error : error.substr(colon + 2);
-}
 
 GraphRead readStandard(const std::string& bytes, fxTypeObj& type) {
     const Held<> stream(static_cast<const void*>(bytes.data()),

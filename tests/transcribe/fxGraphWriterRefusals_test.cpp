@@ -2,7 +2,6 @@
 // streams that stop taking bytes anywhere.
 
 #include <cstring>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -10,48 +9,20 @@
 
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "tests/support/graphBytes.h"
-#include "tests/support/graphs.h"
+#include "tests/support/graphSteps.h"
 
 namespace {
 
-// Does the calls of its test.
-class Order : public fxXDRObj {
+class Order : public GraphSteps<Order> {
 public:
-    using Steps = std::function<unsigned char(Order&, fxTranscriber&)>;
     fxTypeObj& getTypeObj() const override;
-    unsigned char xdr(fxTranscriber& t) override { return !steps || steps(*this, t); }
-    static void* create(fxTypeObj&) { return new Order; }
-    static void destroy(void* object) { delete static_cast<Order*>(object); }
-    static unsigned char xdr(void* object, fxTranscriber& t) {
-        return static_cast<Order*>(object)->Order::xdr(t);
-    }
-
-    inline static Steps steps;
     Limb limb;
     Limb* pointer = nullptr;
     fxXDRObj* other = nullptr;
-    char* chars = nullptr;
-    unsigned char* bytes = nullptr;
-    short* shorts = nullptr;
-    unsigned short* unsignedShorts = nullptr;
-    long* longs = nullptr;
-    unsigned long* unsignedLongs = nullptr;
-    float* floats = nullptr;
-    double* doubles = nullptr;
 };
 
 fxTypeObj Order_type("WrittenOrder", 1, Order::create, Order::destroy, Order::xdr);
 fxTypeObj& Order::getTypeObj() const { return Order_type; }
-
-// Takes so many bytes and no more.
-class NarrowStream : public fxMemoryStream {
-public:
-    explicit NarrowStream(unsigned int n) : room(n) {}
-    unsigned char putBytes(const char* buffer, unsigned int n) override {
-        return length() + n <= room && fxMemoryStream::putBytes(buffer, n);
-    }
-    unsigned int room;
-};
 
 class fxGraphWriterRefusals : public testing::Test {
 protected:

@@ -8,7 +8,7 @@
 
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "tests/support/graphBytes.h"
-#include "tests/support/graphs.h"
+#include "tests/support/graphSteps.h"
 
 namespace {
 
@@ -43,16 +43,6 @@ fxTypeObj Abstract_type("WriterAbstract", 1, nullptr, nullptr, nullptr);
 fxTypeObj& Abstract::getTypeObj() const { return Abstract_type; }
 
 unsigned char none(Script&, fxTranscriber&) { return 1; }
-
-// Takes so many bytes and no more.
-class NarrowStream : public fxMemoryStream {
-public:
-    explicit NarrowStream(unsigned int n) : room(n) {}
-    unsigned char putBytes(const char* buffer, unsigned int n) override {
-        return length() + n <= room && fxMemoryStream::putBytes(buffer, n);
-    }
-    unsigned int room;
-};
 
 }  // namespace
 
