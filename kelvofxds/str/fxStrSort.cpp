@@ -31,7 +31,9 @@ std::uint64_t keyOf(const char* text) {
     unsigned int i = 0;
     for (; i < keyLength && text[i] != '\0'; ++i)
         key = key << 8 | static_cast<unsigned char>(text[i]);
-    return i == 0 ? 0 : key << 8 * (keyLength - i);
+    for (; i < keyLength; ++i)
+        key <<= 8;
+    return key;
 }
 
 // Length of what all texts begin with.

@@ -35,3 +35,17 @@ TEST(fxSetXDR, algebraWithItselfEndsWhateverTheStreamSaid) {
                   chains(s));
     }
 }
+
+// A host's class knows best how large its keys are; where there are none, nothing is made of it.
+TEST(fxSetXDR, anEmptySetIsReadWhateverTheSizeOfItsKeys) {
+    for (const unsigned int keyBytes : {0u, 1u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+        SCOPED_TRACE(keyBytes);
+        const std::string bytes = ChainedSet::head(0, keyBytes, 3);
+        ChainedSet s(fxSet_type);
+        RecordingTranscriber reader(RecordingTranscriber::reader, bytes);
+        EXPECT_EQ(1, s.doxdr(reader));
+        RecordingTranscriber writer(RecordingTranscriber::writer);
+        EXPECT_EQ(1, s.doxdr(writer));
+        EXPECT_EQ(bytes, writer.bytes);
+    }
+}

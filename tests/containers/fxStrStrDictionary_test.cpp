@@ -365,6 +365,43 @@ TEST(fxStrStrDictionary, largerKeySizeMovesTheValues) {
     EXPECT_EQ("1: key=value", d.contents());
 }
 
+// A little more than its own sizes is believed however many entries there are.
+TEST(fxStrStrDictionary, anyNumberOfEntriesCanBeALittleLarger) {
+    const unsigned int n = 1000;
+    std::string entries;
+    for (unsigned int i = 0; i < n; ++i)
+        entries += entry("k" + std::to_string(i), "v", i % 3);
+    for (unsigned int more = 0; more <= 32; more += 4) {
+        SCOPED_TRACE(more);
+        for (const bool isOfKeys : {true, false}) {
+            fxStrStrDictionary d(fxStrStrDictionary_type);
+            const std::string bytes =
+                head(n, isOfKeys ? 8 + more : 8, isOfKeys ? 8 : 8 + more, 3) + entries;
+            RecordingTranscriber t(reader, bytes);
+            EXPECT_EQ(1, d.xdr(t));
+            EXPECT_EQ(n, d.length());
+        }
+    }
+}
+
+// The rest is, for all of them together, 16 KiB.
+TEST(fxStrStrDictionary, muchLargerOnesAreCounted) {
+    for (const unsigned int n : {16u, 17u}) {
+        SCOPED_TRACE(n);
+        std::string entries;
+        for (unsigned int i = 0; i < n; ++i)
+            entries += entry("k" + std::to_string(i), "v", i % 3);
+        for (const bool isOfKeys : {true, false}) {
+            const unsigned int large = 8 + 32 + 1024;
+            fxStrStrDictionary d(fxStrStrDictionary_type);
+            const std::string bytes =
+                head(n, isOfKeys ? large : 8, isOfKeys ? 8 : large, 3) + entries;
+            RecordingTranscriber t(reader, bytes);
+            EXPECT_EQ(n == 16, d.xdr(t) != 0);
+        }
+    }
+}
+
 TEST(fxStrStrDictionary, readingStopsAtTheFirstFailure) {
     const std::string bytes = head(2, 8, 8, 3) + entry("k", "val", 1) + entry("", "w", 2);
     for (unsigned int step = 0; step < 13; ++step) {

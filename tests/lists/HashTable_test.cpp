@@ -429,6 +429,17 @@ TEST(HashTable, mapcarGoesFromBucketZeroOnAndEachChainFromItsHead) {
     EXPECT_EQ((Keys{0, 0x100005, 5, 0x10003F, 63}), called);
 }
 
+TEST(HashTable, mapcarEndsWithTheLastBucketOfTheTable) {
+    HashTable table;
+    for (unsigned long key : {0UL, 62UL, 63UL})
+        table.add(key, nullptr);
+    called.clear();
+    Layout::size(table) = 63;
+    table.mapcar(note);
+    Layout::size(table) = 64;
+    EXPECT_EQ((Keys{0, 62}), called);
+}
+
 TEST(HashTable, mapcarOfAnEmptyTableCallsNothing) {
     HashTable table;
     called.clear();

@@ -242,17 +242,48 @@ TEST(fxRegEngineCost, largeProgramsAreDecodedOnceToo) {
     EXPECT_EQ(1, fxregexec(program.get(), "hero"));
 }
 
+TEST(fxRegEngineCost, programsThatTakeTurnsAreDecodedOnce) {
+    if (!heapCallsAreCounted())
+        GTEST_SKIP() << "allocations are not counted in this build or under this tool";
+    std::vector<Compiled> programs;
+    for (unsigned int i = 0; i < 8; ++i) {
+        std::string pattern;
+        for (unsigned int piece = 0; piece < 300; ++piece)
+            pattern += "[0-9]x*";
+        programs.push_back(compiled(pattern + std::to_string(i)));
+        ASSERT_TRUE(programs.back() != nullptr);
+    }
+    unsigned long allocations[2];
+    for (unsigned long& n : allocations) {
+        const unsigned long before = heapCalls().allocations;
+        for (const Compiled& program : programs)
+            EXPECT_EQ(0, fxregexec(program.get(), "1x2x3"));
+        n = heapCalls().allocations - before;
+    }
+    EXPECT_LE(8u, allocations[0]);
+    EXPECT_EQ(0u, allocations[1]);
+}
+
+// Whatever the number of choices, and so the size of what is remembered of them.
 TEST(fxRegEngineCost, everyMatchReleasesWhatItTook) {
     if (!heapCallsAreCounted())
         GTEST_SKIP() << "allocations are not counted in this build or under this tool";
     const std::string subject = alternating(10000);
-    const Compiled failing = compiled("(a|b|ab)*[c]"), matching = compiled("(a|b)*");
-    ASSERT_TRUE(failing && matching);
-    const HeapCalls before = heapCalls();
-    EXPECT_EQ(0, fxregexec(failing.get(), subject.c_str()));
-    EXPECT_EQ(1, fxregexec(matching.get(), subject.c_str()));
-    EXPECT_LT(before.allocations, heapCalls().allocations);
-    EXPECT_EQ(before.blocks, heapCalls().blocks);
+    std::string choices;
+    for (unsigned int more = 0; more < 12; ++more, choices += "a?") {
+        SCOPED_TRACE(choices);
+        const Compiled failing = compiled("(a|b|ab)*" + choices + "[c]");
+        const Compiled matching = compiled("(a|b)*" + choices);
+        ASSERT_TRUE(failing && matching);
+        HeapCalls before[2];
+        for (HeapCalls& calls : before) {
+            calls = heapCalls();
+            EXPECT_EQ(0, fxregexec(failing.get(), subject.c_str()));
+            EXPECT_EQ(1, fxregexec(matching.get(), subject.c_str()));
+        }
+        EXPECT_LT(before[1].allocations, heapCalls().allocations);
+        EXPECT_EQ(before[1].blocks, heapCalls().blocks);
+    }
 }
 
 #ifndef __SANITIZE_ADDRESS__

@@ -335,6 +335,18 @@ TEST(fxBinaryReaderObjects, bodiesMayComeInAnyOrder) {
     }
 }
 
+// What comes before it fails the call, although it would come.
+TEST(fxBinaryReaderObjects, objectOfNoTypeBeforeTheAwaitedOneGivesNull) {
+    const ReadScript script(byType(xdrOneLink, xdrNumber));
+    const std::string root =
+        hex("02 03000000 'Sub' 00") + objAndHead() + hex("0b 04000000 00000000");
+    const std::string awaited = hex("4a 04 04000000 03000000 01000000") + host(4);
+    Reading right(root + awaited);
+    EXPECT_NE(nullptr, right.root());
+    Reading wrong(root + hex("0a 05000000 09000000 01000000") + awaited);
+    EXPECT_EQ(nullptr, wrong.root());
+}
+
 TEST(fxBinaryReaderObjects, lastPointerIsAwaitedFirst) {
     const ReadScript script(byType(xdrTwoLinks, xdrNumber));
     // Number 5, the last pointer's, is there; number 4 is not.

@@ -179,6 +179,22 @@ ProgramResult runFailing(const TemporaryFolder& folder, const std::string& call,
     return Program("/usr/bin/env").run(words);
 }
 
+// The same where standard input is closed, so that the next file has its number.
+ProgramResult runFailingWithoutInput(const std::string& call, unsigned int at, int error,
+                                     const std::vector<std::string>& arguments) {
+    std::vector<std::string> words = {"-c",
+                                      "exec \"$@\" <&-",
+                                      "sh",
+                                      "/usr/bin/env",
+                                      "FAIL_CALL=" + call,
+                                      "FAIL_AT=" + std::to_string(at),
+                                      "FAIL_WITH=" + std::to_string(error),
+                                      "LD_PRELOAD=" KELVOFXDS_FAILING_CALLS,
+                                      KELVOFXDS_SAVER};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return Program("/bin/sh").run(words);
+}
+
 // Lets each call of `call` fail in turn; returns how many there are, and adds to
 // `saved` how often the file was saved all the same.
 unsigned int failEach(const std::string& call, int error, bool hasOld, const char* links,
@@ -268,6 +284,22 @@ TEST(fxFileFaults, directoryThatIsNotSyncedThereIsAReasonBesideTheNewFile) {
               result.out);
     EXPECT_EQ(textOf(2), load(path)) << "whole in any case";
     EXPECT_EQ(0u, strays(folder));
+}
+
+TEST(fxFileFaults, directoryThatIsNotSyncedTakesTheFirstFileBack) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "book";
+    const std::vector<std::string> saving = {"save", path, "2", std::to_string(people)};
+    const std::string said =
+        "cannot save \"" + path +
+        "\": the change of its directory does not get to the disk: Input/output error";
+    for (const auto& result : {runFailing(folder, "fsync", 2, EIO, saving),
+                               runFailingWithoutInput("fsync", 2, EIO, saving)}) {
+        EXPECT_EQ(1, result.status);
+        EXPECT_EQ(said, result.out);
+        EXPECT_FALSE(fs::exists(path));
+        EXPECT_EQ(0u, strays(folder));
+    }
 }
 
 TEST(fxFileFaults, fileSystemsThatCannotSyncADirectoryAreGoodEnough) {

@@ -10,6 +10,7 @@
 #include "kelvofxds/containers/fxDictionary.h"
 #include "tests/support/graphBytes.h"
 #include "tests/support/graphSteps.h"
+#include "tests/support/heapCalls.h"
 #include "tests/support/misuse.h"
 
 namespace {
@@ -292,6 +293,12 @@ TEST_F(fxGraphCalls, othersThanReadersOfARootTakeNoMemory) {
     EXPECT_EQ(0, reader->freeOnFailure(block));
     EXPECT_EQ(nullptr, reader->readObject(Caller_type));
     EXPECT_EQ(1, taken);
+
+    const std::string bytes(stream->getBase(), stream->length());
+    readGraph(bytes, Caller_type);
+    const long before = heapCalls().blocks;
+    readGraph(bytes, Caller_type);
+    EXPECT_EQ(before, heapCalls().blocks);
 }
 
 TEST_F(fxGraphCalls, twoPointersToABlockLeadToOne) {

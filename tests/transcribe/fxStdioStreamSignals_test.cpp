@@ -18,6 +18,7 @@
 #include "kelvofxds/transcribe/fxStdioStream.h"
 #include "kelvofxds/transcribe/fxTranscriber.h"
 #include "tests/support/goldenStreams.h"
+#include "tests/support/inChild.h"
 #include "tests/support/runProgram.h"
 
 namespace {
@@ -84,8 +85,8 @@ void takeSome() {
     static_cast<void>(::read(pipeEnd, bytes, sizeof bytes) < 0);
 }
 
-// A stream from which `n` bytes a signal can be read of what is in `bytes`.
-std::unique_ptr<fxStdioStream> slowStream(const std::string& bytes, std::size_t n) {
+// A descriptor from which `n` bytes a signal can be read of what is in `bytes`.
+int slowInput(const std::string& bytes, std::size_t n) {
     int ends[2];
     EXPECT_EQ(0, ::pipe(ends));
     pipeEnd = ends[1];
@@ -94,7 +95,11 @@ std::unique_ptr<fxStdioStream> slowStream(const std::string& bytes, std::size_t 
     toWrite = all.data();
     left = all.size();
     chunk = n;
-    return std::make_unique<fxStdioStream>(ends[0], fxStream::readStream);
+    return ends[0];
+}
+
+std::unique_ptr<fxStdioStream> slowStream(const std::string& bytes, std::size_t n) {
+    return std::make_unique<fxStdioStream>(slowInput(bytes, n), fxStream::readStream);
 }
 
 template <class Item>
@@ -118,6 +123,20 @@ TEST(fxStdioStreamSignals, readsGoOn) {
     EXPECT_EQ(bytes.substr(0, 8 * sizeof(long)), itemsOf<long>(&fxStream::getLongs, bytes));
     EXPECT_EQ(bytes.substr(0, 32), itemsOf<float>(&fxStream::getFloats, bytes));
     EXPECT_EQ(bytes, itemsOf<double>(&fxStream::getDoubles, bytes));
+}
+
+// The number of standard input is a file's like any other.
+TEST(fxStdioStreamSignals, readsOfStandardInputGoOn) {
+    const std::string bytes(text);
+    const std::string result = inChild([&]() -> std::string {
+        if (::dup2(slowInput(bytes, 3), 0) != 0)
+            return "no standard input";
+        fxStdioStream input(0, fxStream::readStream);
+        const Signals signal(giveSome);
+        std::string read(bytes.size(), ' ');
+        return input.getBytes(&read[0], static_cast<unsigned int>(read.size())) ? read : "failed";
+    });
+    EXPECT_EQ(bytes, result);
 }
 
 TEST(fxStdioStreamSignals, bytesComeOneByOneUpToTheEnd) {
