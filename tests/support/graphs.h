@@ -211,3 +211,14 @@ inline GraphRead readGraph(const std::string& bytes, fxTypeObj& type) {
     void* const object = reader->readObject(type);
     return {object, reader->lastError()};
 }
+
+/// The same of a standard stream, read by a graph reader.
+inline GraphRead readStandard(const std::string& bytes, fxTypeObj& type) {
+    const Held<> stream(static_cast<const void*>(bytes.data()),
+                        static_cast<unsigned int>(bytes.size()));
+    fxTranscriber::addTranscriber("fxBinaryWriter", fxGraphReader::forStandardStreams);
+    const std::unique_ptr<fxTranscriber> reader(fxTranscriber::getReader(stream.get()));
+    fxTranscriber::addTranscriber("fxBinaryWriter", makeBinaryReader);
+    void* const object = reader->readObject(type);
+    return {object, static_cast<fxGraphReader&>(*reader).lastError()};
+}

@@ -17,16 +17,6 @@ std::string standardStreamOf(fxXDRObj& object) {
     return std::string(stream->getBase(), stream->length());
 }
 
-GraphRead readStandard(const std::string& bytes, fxTypeObj& type) {
-    const Held<> stream(static_cast<const void*>(bytes.data()),
-                        static_cast<unsigned int>(bytes.size()));
-    fxTranscriber::addTranscriber("fxBinaryWriter", fxGraphReader::forStandardStreams);
-    const std::unique_ptr<fxTranscriber> reader(fxTranscriber::getReader(stream.get()));
-    fxTranscriber::addTranscriber("fxBinaryWriter", makeBinaryReader);
-    void* const object = reader->readObject(type);
-    return {object, static_cast<fxGraphReader&>(*reader).lastError()};
-}
-
 class fxGraphStandard : public testing::Test {
 protected:
     void TearDown() override {
