@@ -1,6 +1,7 @@
 // fxChainedXDR_test.cpp - what dictionaries and sets tell a transcriber.
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
@@ -8,6 +9,7 @@
 
 #include "kelvofxds/core/fxTypeObj.h"
 #include "tests/support/chained.h"
+#include "tests/support/heapCalls.h"
 #include "tests/support/recordingTranscriber.h"
 
 namespace {
@@ -240,6 +242,19 @@ TYPED_TEST(fxChainedXDR, entriesWithoutBucketsFail) {
         EXPECT_EQ("3: 8", chains(c)) << "nothing was replaced";
         EXPECT_EQ(1u, c.length());
     }
+}
+
+TYPED_TEST(fxChainedXDR, aBucketWithoutMemoryForItFails) {
+    if (!heapCallsAreCounted())
+        GTEST_SKIP() << "no memory is refused in this build or under this tool";
+    TypeParam c(TypeParam::type());
+    RecordingTranscriber t(reader, this->head(0, 4, 1));
+    t.calls.reserve(8);
+    refuseBlocksFrom(1);
+    const unsigned char isRead = c.doxdr(t);
+    refuseBlocksFrom(SIZE_MAX);
+    EXPECT_EQ(0, isRead);
+    EXPECT_EQ("", chains(c));
 }
 
 TYPED_TEST(fxChainedXDR, moreBucketsThanThereIsMemoryFail) {

@@ -268,18 +268,20 @@ TEST(fxRegEngineCost, programsThatTakeTurnsAreDecodedOnce) {
 TEST(fxRegEngineCost, everyMatchReleasesWhatItTook) {
     if (!heapCallsAreCounted())
         GTEST_SKIP() << "allocations are not counted in this build or under this tool";
-    const std::string subject = alternating(10000);
+    const std::string subject = alternating(10000), late = alternating(3000) + "d";
     std::string choices;
     for (unsigned int more = 0; more < 12; ++more, choices += "a?") {
         SCOPED_TRACE(choices);
         const Compiled failing = compiled("(a|b|ab)*" + choices + "[c]");
         const Compiled matching = compiled("(a|b)*" + choices);
-        ASSERT_TRUE(failing && matching);
+        const Compiled remembering = compiled("(a|b|ab)*" + choices + "[c]|d");
+        ASSERT_TRUE(failing && matching && remembering);
         HeapCalls before[2];
         for (HeapCalls& calls : before) {
             calls = heapCalls();
             EXPECT_EQ(0, fxregexec(failing.get(), subject.c_str()));
             EXPECT_EQ(1, fxregexec(matching.get(), subject.c_str()));
+            EXPECT_EQ(1, fxregexec(remembering.get(), late.c_str()));
         }
         EXPECT_LT(before[1].allocations, heapCalls().allocations);
         EXPECT_EQ(before[1].blocks, heapCalls().blocks);

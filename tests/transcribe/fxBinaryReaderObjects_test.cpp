@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -5,6 +6,7 @@
 
 #include "kelvofxds/containers/fxDictionary.h"
 #include "kelvofxds/transcribe/fxBinaryReader.h"
+#include "tests/support/heapCalls.h"
 #include "tests/support/memoryStream.h"
 #include "tests/support/scriptedObject.h"
 #include "tests/support/streamBytes.h"
@@ -379,6 +381,27 @@ TEST(fxBinaryReaderObjects, objectThatNeverComesGivesNull) {
     EXPECT_EQ(3u, left->number);
     delete left;
     EXPECT_EQ(nullptr, r.reader.pop());
+}
+
+// A host that looks at what waits gets nothing, and the pointer is not forgotten in silence.
+TEST(fxBinaryReaderObjects, itemsThatThereIsNoMemoryForFailTheCall) {
+    if (!heapCallsAreCounted())
+        GTEST_SKIP() << "no memory is refused in this build or under this tool";
+    static bool isPopped;
+    isPopped = false;
+    const ReadScript script(byType(
+        [](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+            const unsigned char isRead = self.xdrLink(t, 0);
+            refuseBlocksFrom(1);
+            isPopped = dynamic_cast<fxBinaryReader&>(t).pop() != nullptr;
+            refuseBlocksFrom(SIZE_MAX);
+            return isRead;
+        },
+        xdrNumber));
+    Reading r(hex("02 03000000 'Sub' 00") + objAndHead() + hex("0b 04000000 00000000") +
+              hex("4a 04 04000000 03000000 01000000") + host(4));
+    EXPECT_EQ(nullptr, r.root());
+    EXPECT_FALSE(isPopped);
 }
 
 TEST(fxBinaryReaderObjects, streamThatEndsBeforeAPointerFailsTheCall) {
