@@ -383,6 +383,30 @@ TEST(fxBinaryReaderObjects, objectThatNeverComesGivesNull) {
     EXPECT_EQ(nullptr, r.reader.pop());
 }
 
+TEST(fxBinaryReaderObjects, pointerThatThereIsNoMemoryForFails) {
+    if (!heapCallsAreCounted())
+        GTEST_SKIP() << "no memory is refused in this build or under this tool";
+    static unsigned char results[2];
+    const ReadScript script(byType(
+        [](ScriptedObject& self, fxTranscriber& t) -> unsigned char {
+            for (unsigned int i = 0; i < 2; ++i) {
+                refuseBlocksFrom(i == 0 ? 1 : SIZE_MAX);
+                results[i] = self.xdrLink(t, i);
+            }
+            return 1;
+        },
+        xdrNumber));
+    const std::string pointers = hex("0b 04000000 00000000 | 0b 05000000 00000000");
+    const std::string body = hex("4a 04 05000000 03000000 01000000") + host(4);
+    Reading r(hex("02 03000000 'Sub' 00") + objAndHead() + pointers + body);
+    const ScriptedObject* const root = r.root();
+    EXPECT_EQ(0, results[0]);
+    EXPECT_EQ(1, results[1]);
+    ASSERT_NE(nullptr, root);
+    EXPECT_EQ(nullptr, root->links[0]);
+    EXPECT_NE(nullptr, root->links[1]);
+}
+
 // A host that looks at what waits gets nothing, and the pointer is not forgotten in silence.
 TEST(fxBinaryReaderObjects, itemsThatThereIsNoMemoryForFailTheCall) {
     if (!heapCallsAreCounted())
