@@ -301,6 +301,28 @@ TEST_F(fxGraphCalls, othersThanReadersOfARootTakeNoMemory) {
     EXPECT_EQ(before, heapCalls().blocks);
 }
 
+TEST_F(fxGraphCalls, textsOfBothTypesNeedTheirEnd) {
+    const Caller::Steps steps[] = {
+        [](Caller& c, fxTranscriber& t) { return t.xdr(&c.text); },
+        [](Caller& c, fxTranscriber& t) { return t.xdr(&c.unsignedText); }};
+    for (const Caller::Steps& text : steps) {
+        Caller::steps = text;
+        GraphBytes whole = callerWith(""), cut = callerWith("");
+        whole.record(3, {3, 3}).record(5, {3, 3}, std::string("ab\0", 3)).end();
+        cut.record(3, {3, 3}).record(5, {3, 3}, "abc").end();
+        const GraphRead read = readGraph(whole.str(), Caller_type);
+        EXPECT_EQ("", read.error);
+        if (auto* const caller = static_cast<Caller*>(read.object)) {
+            delete[] caller->text;
+            delete[] caller->unsignedText;
+            delete caller;
+        }
+        const GraphRead refused = readGraph(cut.str(), Caller_type);
+        EXPECT_EQ("the text of block 3 has no end", withoutPlace(refused.error));
+        EXPECT_EQ(nullptr, refused.object);
+    }
+}
+
 TEST_F(fxGraphCalls, twoPointersToABlockLeadToOne) {
     Caller::steps = [](Caller& c, fxTranscriber& t) -> unsigned char {
         return t.xdr(&c.chars, 4) && t.xdr(&c.bytes, 4) && t.xdr(&c.text);
