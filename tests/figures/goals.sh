@@ -122,7 +122,7 @@ failed_in() {
     [ "${2:-0}" -gt 0 ] && echo "$3" || echo 9999
 }
 
-# A report ends the test that it is of.
+# A report ends the share of the tests that it is of.
 goal_M1() {
     failed=$(failed_in asan)
     report M1 "$failed" 0 "$failed"
