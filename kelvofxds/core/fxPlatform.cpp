@@ -1,3 +1,7 @@
+// Formats are the hosts', who may count by %n, also in one that lies in memory they can write to.
+// A fortified function of the C library ends the process for that.
+#undef _FORTIFY_SOURCE
+
 #include "kelvofxds/core/fxPlatform.h"
 
 #include <cstdarg>

@@ -69,6 +69,13 @@ TEST(fxFatalDeathTest, percentSignsInArgumentsAreText) {
                 "^unknown type %s%n%d\n$");
 }
 
+// However the library is compiled.
+TEST(fxFatalDeathTest, aFormatThatCanBeWrittenToMayCount) {
+    char format[] = "ab%ncd";
+    int count = 0;
+    EXPECT_EXIT(fxFatal(format, &count), testing::KilledBySignal(SIGABRT), "^abcd\n$");
+}
+
 TEST(fxFatalDeathTest, flushesStandardError) {
     EXPECT_EXIT(fatalWithBufferedErrors(), testing::KilledBySignal(SIGABRT),
                 "^only a flush brings this out\n$");

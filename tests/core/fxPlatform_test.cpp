@@ -70,6 +70,20 @@ TEST(fxPlatform, messagesAreFormattedIntoTheBuffer) {
     EXPECT_EQ('#', buffer[8]);
 }
 
+// However the library is compiled.
+TEST(fxPlatform, formatsThatCanBeWrittenToMayCount) {
+    char format[] = "ab%ncd";
+    char buffer[8];
+    int counts[2] = {};
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(4, imsg_print(0, -1, format, &counts[0]));
+    EXPECT_EQ("abcd", testing::internal::GetCapturedStdout());
+    EXPECT_EQ(4, imsg_sprintf(buffer, -1, format, &counts[1]));
+    EXPECT_STREQ("abcd", buffer);
+    EXPECT_EQ(2, counts[0]);
+    EXPECT_EQ(2, counts[1]);
+}
+
 TEST(fxPlatform, leafIsThePathsLastComponent) {
     const struct {
         const char *path, *directory, *leaf;

@@ -4,6 +4,9 @@
 // errno 5 (EIO), after "failed fsync" has been written to standard error. Calls
 // that make or end a descriptor of a file count when the file is in FAIL_BELOW.
 
+// Its functions cannot be defined beside the C library's own inline definitions of them.
+#undef _FORTIFY_SOURCE
+
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
