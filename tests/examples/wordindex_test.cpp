@@ -3,7 +3,9 @@
 #ifdef KELVOFXDS_WORDINDEX
 
 #include <cctype>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <random>
@@ -348,30 +350,34 @@ TEST(wordindex, namesTheDamage) {
     const std::string index = folder / "index";
     ASSERT_EQ(0, wordindex.run({"-o", index, folder.file("text", "A")}).status);
     const std::string sound = bytesOf(index);
-    // The hash of "A" is 1 << 27, which of 4095 buckets is number 8. The two texts come last: the
-    // count, then the word, two bytes each behind ten bytes of framing.
+    // Behind the head is the bucket of "A". The two texts come last: the count, then the word, two
+    // bytes each behind ten bytes of framing.
     const std::size_t bucket = 94;
+    std::uint32_t number = 0;
+    std::memcpy(&number, &sound[bucket], sizeof number);
+    ASSERT_EQ(fxStr("A").hash() % 4095, number);
+    const std::uint32_t next = number + 1;
     const std::size_t word = sound.size() - 2;
     const std::size_t count = word - 12;
-    ASSERT_EQ(8, sound[bucket]);
     ASSERT_EQ('A', sound[word]);
     ASSERT_EQ('1', sound[count]);
     const struct {
         std::size_t offset;
-        char byte;
+        std::string bytes;
         std::string why;
-    } cases[] = {{0, 'F', "Unknown transcriber type \"FxBinaryWriter\""},
-                 {0, '\n', "Unknown transcriber type \"?xBinaryWriter\""},
-                 {20, '\0', "fxBinaryReader: unknown short ordering 33445566"},
-                 {26, '\1', "XXX baddest news"},
-                 {31, 'd', "unknown type dICT"},
-                 {bucket, 9, "a word is not where it belongs"},
-                 {word, 'B', "a word is not where it belongs"},
-                 {count, 'x', "a count is not a number"}};
+    } cases[] = {{0, "F", "Unknown transcriber type \"FxBinaryWriter\""},
+                 {0, "\n", "Unknown transcriber type \"?xBinaryWriter\""},
+                 {20, std::string(1, '\0'), "fxBinaryReader: unknown short ordering 33445566"},
+                 {26, "\1", "XXX baddest news"},
+                 {31, "d", "unknown type dICT"},
+                 {bucket, std::string(reinterpret_cast<const char*>(&next), sizeof next),
+                  "a word is not where it belongs"},
+                 {word, "B", "a word is not where it belongs"},
+                 {count, "x", "a count is not a number"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << "offset " << c.offset);
         std::string bytes = sound;
-        bytes[c.offset] = c.byte;
+        bytes.replace(c.offset, c.bytes.size(), c.bytes);
         folder.file("index", bytes);
         const ProgramResult result = wordindex.run({"-r", index});
         EXPECT_EQ(1, result.status);
