@@ -35,14 +35,14 @@ report() {
 
 # --- fuzzers -------------------------------------------------------------------------------------
 
-# fuzz TARGET RUNS: executions and findings of a fuzzer that runs in as many processes as there are
-# cores, each with its own seed; prints "EXECUTIONS FINDINGS". They choose what to change next without
-# -entropic, whose books take longer than most inputs.
+# fuzz TARGET RUNS LONGEST: executions and findings of a fuzzer that runs in as many processes as
+# there are cores, each with its own seed, on inputs up to LONGEST bytes; prints "EXECUTIONS FINDINGS".
+# They choose what to change next without -entropic, whose books take longer than most inputs.
 fuzz() {
     share=0
     pids=
     corpus=build/fuzz/corpus/$1
-    set -- "$1" "$2" -runs=$(($2 / cores + 1)) -entropic=0 -max_len=65536 -timeout=2 \
+    set -- "$1" "$2" -runs=$(($2 / cores + 1)) -entropic=0 "-max_len=$3" -timeout=2 \
         -rss_limit_mb=1500 "-artifact_prefix=$logs/$1-"
     rm -f "$logs/$1".*.log
     while [ "$share" -lt "$cores" ]; do
@@ -68,16 +68,17 @@ fuzzer() {
     "build/fuzz/fuzz/$target" "$@"
 }
 
-# fuzz_figure ID RUNS TARGET...: the least executions, and the findings of all.
+# fuzz_figure ID RUNS LONGEST TARGET...: the least executions, and the findings of all.
 fuzz_figure() {
     id=$1
     runs=$2
-    shift 2
+    longest=$3
+    shift 3
     least=
     all=0
     for target in "$@"; do
         # shellcheck disable=SC2046 # two words
-        set_counts $(fuzz "$target" "$runs")
+        set_counts $(fuzz "$target" "$runs" "$longest")
         echo "$id: $target: $executions executions, $findings findings" >&2
         if [ -z "$least" ] || [ "$executions" -lt "$least" ]; then least=$executions; fi
         all=$((all + findings))
@@ -92,7 +93,7 @@ set_counts() {
 
 goal_F1() {
     ./dev build fuzz >&2
-    fuzz_figure F1 "$([ "$short" ] && echo 300000 || echo 20000000)" stream_fuzz
+    fuzz_figure F1 "$([ "$short" ] && echo 300000 || echo 20000000)" 65536 stream_fuzz
 }
 goal_F2() {
     ./dev build fuzz >&2
@@ -102,7 +103,7 @@ goal_F2() {
         [ "$name" = stream_fuzz ] || targets="$targets $name"
     done
     # shellcheck disable=SC2086 # a word each
-    fuzz_figure F2 "$([ "$short" ] && echo 100000 || echo 5000000)" $targets
+    fuzz_figure F2 "$([ "$short" ] && echo 100000 || echo 5000000)" 4096 $targets
 }
 
 # --- suites --------------------------------------------------------------------------------------
