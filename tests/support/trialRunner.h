@@ -31,4 +31,4 @@ struct TrialReport {
 /// failures.
 TrialReport runTrials(unsigned int n, const std::function<bool(unsigned int)>& trial,
                       const std::function<bool(const std::string&)>& isStated,
-                      unsigned int batch = 256, unsigned int seconds = 20);
+                      unsigned int batch = 256, unsigned int seconds = 60);
