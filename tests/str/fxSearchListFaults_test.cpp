@@ -3,7 +3,6 @@
 
 #include <dirent.h>
 #include <dlfcn.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -217,9 +216,7 @@ TEST(fxSearchListFaults, whereDescriptorsEndDirectoriesAreLeftOut) {
         EXPECT_EQ(more == 0 ? "0" : "2", inChild([&] {
                       const int next = ::dup(0);
                       ::close(next);
-                      const auto most = static_cast<rlim_t>(next) + more;
-                      const rlimit limit = {most, most};
-                      ::setrlimit(RLIMIT_NOFILE, &limit);
+                      limitDescriptors(static_cast<unsigned int>(next) + more);
                       fxSearchList list(both.c_str(), "a");
                       for (unsigned int i = 0; i < 100; ++i)
                           list.recalc();

@@ -1,6 +1,7 @@
 // inChild.h - running a piece of a test in a process of its own.
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -40,4 +41,12 @@ inline std::string inChild(const std::function<std::string()>& work) {
     if (WIFSIGNALED(status))
         return "ended by signal " + std::to_string(WTERMSIG(status));
     return result;
+}
+
+/// From now on this process opens no descriptor of this number or a greater one.
+inline void limitDescriptors(unsigned int number) {
+    rlimit limit;
+    EXPECT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &limit));
+    limit.rlim_cur = number;
+    EXPECT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &limit));
 }

@@ -1,7 +1,6 @@
 // descriptors_test.cpp - files where the process may open no more.
 
 #include <dirent.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -41,10 +40,7 @@ void fillUp() {
 }
 
 // From now on `more` descriptors can be opened.
-void allowMore(unsigned int more) {
-    const rlimit most{static_cast<rlim_t>(firstFree) + more, 4096};
-    ::setrlimit(RLIMIT_NOFILE, &most);
-}
+void allowMore(unsigned int more) { limitDescriptors(static_cast<unsigned int>(firstFree) + more); }
 
 std::string save(const std::string& path, unsigned int seed) {
     SavedBook book;

@@ -146,8 +146,7 @@ TEST(fxFileFaults, lackOfDescriptorsIsAReason) {
         const std::string result = inChild([&] {
             const int next = ::dup(0);
             ::close(next);
-            const rlimit most = {static_cast<rlim_t>(next) + more, 4096};
-            ::setrlimit(RLIMIT_NOFILE, &most);
+            limitDescriptors(static_cast<unsigned int>(next) + more);
             return save(path, 2);
         });
         EXPECT_NE(std::string::npos, result.find(": Too many open files")) << result;
