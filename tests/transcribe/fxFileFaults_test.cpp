@@ -70,7 +70,7 @@ TEST(fxFileFaults, fullDiskIsAReason) {
     const TemporaryFolder folder;
     const std::string path = folder / "book";
     const std::string result = inChild([&]() -> std::string {
-        if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, "") ||
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", "none", MS_REC | MS_PRIVATE, "") ||
             ::mount("none", folder.path().c_str(), "tmpfs", 0, "size=24k") != 0)
             return "no mount";
         const std::string first = save(path, 1, 50);
