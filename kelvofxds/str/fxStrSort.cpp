@@ -31,9 +31,7 @@ std::uint64_t keyOf(const char* text) {
     unsigned int i = 0;
     for (; i < keyLength && text[i] != '\0'; ++i)
         key = key << 8 | static_cast<unsigned char>(text[i]);
-    for (; i < keyLength; ++i)
-        key <<= 8;
-    return key;
+    return i == 0 ? key : key << 8 * (keyLength - i);
 }
 
 // Length of what all texts begin with.
