@@ -49,6 +49,9 @@ public:
     Signals& operator=(const Signals&) = delete;
     ~Signals() {
         every(0);
+        // One may be under way still, and would end the process.
+        ::signal(SIGALRM, SIG_IGN);
+        ::usleep(1000);
         ::sigaction(SIGALRM, &before, nullptr);
     }
 
