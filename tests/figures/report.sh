@@ -10,7 +10,8 @@ memory=$(awk '/^MemTotal/ { printf "%.0f", $2 / 1048576 }' /proc/meminfo)
 lines=$(mktemp)
 trap 'rm -f "$lines"' EXIT
 cat build/goals/*.line >"$lines"
-awk -v date="$(date -u +%Y-%m-%d)" -v commit="$(git rev-parse --short HEAD)" \
+commits=$(awk '{ print $6 }' "$lines" | sort -u | paste -s -d ' ')
+awk -v date="$(date -u +%Y-%m-%d)" -v commit="$commits" \
     -v machine="$machine, $(nproc) cores, $memory GiB; $(sed -n 's/^PRETTY_NAME="\(.*\)"/\1/p' /etc/os-release)" '
     FILENAME != page { value[$2] = $3; goal[$2] = $4; result[$2] = $5; at[$2] = $6; next }
     /^\| date \|/ { $0 = "| date | " date " |" }
