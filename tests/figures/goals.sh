@@ -35,65 +35,35 @@ report() {
 
 # --- fuzzers -------------------------------------------------------------------------------------
 
-# fuzz TARGET RUNS LONGEST: executions and findings of a fuzzer that runs in as many processes as
-# there are cores, each with its own seed, on inputs up to LONGEST bytes; prints "EXECUTIONS FINDINGS".
-# They choose what to change next without -entropic, whose books take longer than most inputs.
-fuzz() {
-    share=0
-    pids=
-    corpus=build/fuzz/corpus/$1
-    set -- "$1" "$2" -runs=$(($2 / cores + 1)) -entropic=0 "-max_len=$3" -timeout=2 \
-        -rss_limit_mb=1500 "-artifact_prefix=$logs/$1-"
-    rm -f "$logs/$1".*.log
-    while [ "$share" -lt "$cores" ]; do
-        mkdir -p "$corpus.$share"
-        fuzzer "$@" -seed=$((share + 1)) "$corpus.$share" >"$logs/$1.$share.log" 2>&1 &
-        pids="$pids $!"
-        share=$((share + 1))
-    done
-    findings=0
-    for pid in $pids; do
-        wait "$pid" || findings=$((findings + 1))
-    done
-    echo "$(executions_of "$1") $findings"
-}
-# What the processes of a fuzzer say that came to their end without a finding.
-executions_of() {
-    awk '/^Done [0-9]+ runs/ { n += $2 } END { print n + 0 }' "$logs/$1".*.log
-}
-# through TARGET RUNS: whether it has made them since it was built.
-through() {
-    for log in "$logs/$1".*.log; do
-        [ "$log" -nt "build/fuzz/fuzz/$1" ] && [ "$log" -nt build/fuzz/kelvofxds/libkelvofxds.so ] || return 1
-    done
-    [ "$(executions_of "$1")" -ge "$2" ]
-}
-# fuzzer TARGET RUNS ARGUMENT...: with the seeds and the words that there are for it.
-fuzzer() {
-    target=$1
-    shift 2
-    [ ! -d "fuzz/corpus/$target" ] || set -- "$@" "fuzz/corpus/$target"
-    [ ! -f "fuzz/$target.dict" ] || set -- "-dict=fuzz/$target.dict" "$@"
-    "build/fuzz/fuzz/$target" "$@"
-}
-
-# fuzz_figure ID RUNS LONGEST TARGET...: the least executions, and the findings of all. It takes hours;
-# interrupted, it goes on with the fuzzers that are not yet through. The short form begins anew.
+# fuzz_figure ID RUNS LONGEST TARGET...: the least executions of a fuzzer, and the findings of all, in
+# as many processes as there are cores. It takes hours; interrupted, it goes on with what is not yet
+# through. The short form begins anew.
 fuzz_figure() {
     id=$1
     runs=$2
     longest=$3
     shift 3
+    share=0
+    pids=
+    while [ "$share" -lt "$cores" ]; do
+        fuzz_share "$@" &
+        pids="$pids $!"
+        share=$((share + 1))
+    done
+    # shellcheck disable=SC2086 # a word each
+    wait $pids
     least=
     all=0
     for target in "$@"; do
-        if [ -z "$short" ] && through "$target" "$runs"; then
-            echo "$id: $target is through" >&2
-            set_counts "$(executions_of "$target")" 0
-        else
-            # shellcheck disable=SC2046 # two words
-            set_counts $(fuzz "$target" "$runs" "$longest")
-        fi
+        executions=0
+        findings=0
+        share=0
+        while [ "$share" -lt "$cores" ]; do
+            log=$logs/$target.$share.log
+            executions=$((executions + $(runs_in "$log")))
+            through || findings=$((findings + 1))
+            share=$((share + 1))
+        done
         echo "$id: $target: $executions executions, $findings findings" >&2
         if [ -z "$least" ] || [ "$executions" -lt "$least" ]; then least=$executions; fi
         all=$((all + findings))
@@ -101,9 +71,32 @@ fuzz_figure() {
     [ "${least:-0}" -ge "$runs" ] && [ "$all" -eq 0 ]
     report "$id" "${least:-0};$all" "$runs;0" $?
 }
-set_counts() {
-    executions=$1
-    findings=$2
+
+# fuzz_share TARGET...: runs them one after the other, with a seed and a corpus of its own, on inputs
+# up to $longest bytes. They choose what to change next without -entropic, whose books take longer
+# than most inputs.
+fuzz_share() {
+    for target in "$@"; do
+        log=$logs/$target.$share.log
+        if [ -z "$short" ] && through; then continue; fi
+        corpus=build/fuzz/corpus/$target.$share
+        mkdir -p "$corpus"
+        set -- "-runs=$((runs / cores + 1))" "-seed=$((share + 1))" -entropic=0 \
+            "-max_len=$longest" -timeout=2 -rss_limit_mb=1500 "-artifact_prefix=$logs/$target-" \
+            "$corpus"
+        [ ! -d "fuzz/corpus/$target" ] || set -- "$@" "fuzz/corpus/$target"
+        [ ! -f "fuzz/$target.dict" ] || set -- "-dict=fuzz/$target.dict" "$@"
+        "build/fuzz/fuzz/$target" "$@" >"$log" 2>&1 || printf '\nended with %s\n' $? >>"$log"
+    done
+}
+# runs_in LOG: how many there were, if the fuzzer came to its end.
+runs_in() {
+    sed -n 's/^Done \([0-9]*\) runs.*/\1/p' "$1" 2>/dev/null | grep . || echo 0
+}
+# through: whether this share of $target has been run since it was built, and has found nothing.
+through() {
+    [ "$log" -nt "build/fuzz/fuzz/$target" ] && [ "$log" -nt build/fuzz/kelvofxds/libkelvofxds.so ] &&
+        [ "$(runs_in "$log")" -ge $((runs / cores)) ] && ! grep -q '^ended with ' "$log"
 }
 
 goal_F1() {
