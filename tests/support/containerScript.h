@@ -1,9 +1,13 @@
 // containerScript.h - operations on dictionaries and sets beside std:: models.
 #pragma once
 
+#include <bitset>
+#include <cstdlib>
+#include <cstring>
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "kelvofxds/containers/fxStrSet.h"
 #include "kelvofxds/containers/fxStrStrDictionary.h"
@@ -16,42 +20,63 @@ namespace containerScript {
 const unsigned int walks = 4;  // at a time
 const unsigned int keys = 300;
 
-// A key; every third is long, and long ones begin alike.
-inline std::string keyOf(unsigned int n) {
-    return n % 3 == 0 ? "a key that begins like others " + std::to_string(n) : std::to_string(n);
+// A key by its number; every third is long, and long ones begin alike. The models have the
+// numbers, since texts took most of the time of a fuzzer.
+inline const char* keyOf(unsigned int n) {
+    static const std::vector<std::string> all = [] {
+        std::vector<std::string> made;
+        for (unsigned int i = 0; i < keys; ++i)
+            made.push_back((i % 3 == 0 ? "a key that begins like others " : "") +
+                           std::to_string(i));
+        return made;
+    }();
+    return all[n].c_str();
 }
+inline unsigned int numberOf(const fxStr& key) {
+    const char* const space = std::strrchr(key.c_str(), ' ');
+    const unsigned long n = std::strtoul(space ? space : key.c_str(), nullptr, 10);
+    require(n < keys && key == keyOf(static_cast<unsigned int>(n)));
+    return static_cast<unsigned int>(n);
+}
+using Numbers = std::bitset<keys>;
 
 // What a dictionary and a set have in common, for the walks below.
 struct Dictionary {
     using Container = fxStrStrDictionary;
     using Iter = fxStrStrDictionaryIter;
-    using Model = std::map<std::string, std::string>;
-    static const std::string& keyIn(const Model::value_type& entry) { return entry.first; }
+    using Model = std::map<unsigned int, std::string>;
+    static unsigned int keyIn(const Model::value_type& entry) { return entry.first; }
 };
 struct Set {
     using Container = fxStrSet;
     using Iter = fxStrSetIter;
-    using Model = std::set<std::string>;
-    static const std::string& keyIn(const Model::value_type& entry) { return entry; }
+    using Model = std::set<unsigned int>;
+    static unsigned int keyIn(const Model::value_type& entry) { return entry; }
 };
+
+template <class Kind>
+Numbers numbersIn(const typename Kind::Model& model) {
+    Numbers numbers;
+    for (const auto& entry : model)
+        numbers.set(Kind::keyIn(entry));
+    return numbers;
+}
 
 // An iterator, the keys it has shown, and those that it has to show yet.
 template <class Kind>
 struct Walk {
     typename Kind::Iter iter;
-    std::set<std::string> due;
-    std::set<std::string> added;  // since it began: it may show them or not
-    std::string present;          // the key it has shown last
+    Numbers due;
+    Numbers added;             // since it began: it may show them or not
+    unsigned int present = 0;  // the key it has shown last
     bool isUnderWay = false;
     bool hasMoved = false;  // its entry was removed, so that it is on the next
     bool maySkip = false;   // that one may have been removed, too
 
     void begin(typename Kind::Container& container, const typename Kind::Model& model) {
         iter = container;
-        due.clear();
-        added.clear();
-        for (const auto& entry : model)
-            due.insert(Kind::keyIn(entry));
+        due = numbersIn<Kind>(model);
+        added.reset();
         isUnderWay = true;
         maySkip = false;
         see();
@@ -61,12 +86,14 @@ struct Walk {
         const fxStr* const key = iter.key();
         hasMoved = false;
         if (!key) {
-            require(due.empty() || maySkip);
+            require(due.none() || maySkip);
             isUnderWay = false;
             return;
         }
-        present = key->c_str();
-        require(due.erase(present) == 1 || added.erase(present) == 1);
+        present = numberOf(*key);
+        Numbers& ofThem = due[present] ? due : added;
+        require(ofThem[present]);
+        ofThem.reset(present);
     }
     void step() {
         if (!isUnderWay)
@@ -74,12 +101,12 @@ struct Walk {
         ++iter;
         see();
     }
-    void wasAdded(const std::string& key) { added.insert(key); }
-    void wasRemoved(const std::string& key) {
+    void wasAdded(unsigned int key) { added.set(key); }
+    void wasRemoved(unsigned int key) {
         maySkip = maySkip || hasMoved;
         hasMoved = hasMoved || key == present;
-        due.erase(key);
-        added.erase(key);
+        due.reset(key);
+        added.reset(key);
     }
 };
 
@@ -89,11 +116,11 @@ class Scene {
 public:
     explicit Scene(unsigned int buckets) : container(buckets) {}
 
-    void wasAdded(const std::string& key) {
+    void wasAdded(unsigned int key) {
         for (Walk<Kind>& walk : all)
             walk.wasAdded(key);
     }
-    void wasRemoved(const std::string& key) {
+    void wasRemoved(unsigned int key) {
         for (Walk<Kind>& walk : all)
             walk.wasRemoved(key);
     }
@@ -122,89 +149,94 @@ private:
 };
 
 inline void change(Scene<Dictionary>& scene, Script& script) {
-    const std::string key = keyOf(script.word() % keys);
+    const unsigned int number = script.word() % keys;
+    const char* const key = keyOf(number);
     const std::string value = script.word(6, "vwx");
-    const bool isThere = scene.model.count(key) != 0;
+    const bool isThere = scene.model.count(number) != 0;
     switch (script.below(6)) {
         case 0:
         case 1:
-            scene.container.add(key.c_str(), value.c_str());
-            scene.model[key] = value;
+            scene.container.add(key, value.c_str());
+            scene.model[number] = value;
             break;
         case 2:
-            scene.container.findCreate(key.c_str()) = value.c_str();
-            scene.model[key] = value;
+            scene.container.findCreate(key) = value.c_str();
+            scene.model[number] = value;
             break;
         case 3: {
-            fxStr sought(key.c_str());
+            fxStr sought(key);
             auto* const cut = static_cast<fxStr*>(scene.container.cut(&sought));
             require((cut != nullptr) == isThere);
             if (cut) {
-                require(*cut == scene.model[key].c_str());
+                require(*cut == scene.model[number].c_str());
                 cut->~fxStr();
                 std::free(cut);
             }
-            scene.model.erase(key);
+            scene.model.erase(number);
             break;
         }
         default:
-            scene.container.remove(key.c_str());
-            scene.model.erase(key);
+            scene.container.remove(key);
+            scene.model.erase(number);
             break;
     }
-    if (scene.model.count(key) == 0)
-        scene.wasRemoved(key);
+    if (scene.model.count(number) == 0)
+        scene.wasRemoved(number);
     else if (!isThere)
-        scene.wasAdded(key);
-    const fxStr* const found = scene.container.find(key.c_str());
-    require((found != nullptr) == (scene.model.count(key) != 0));
-    require(!found || *found == scene.model[key].c_str());
+        scene.wasAdded(number);
+    const fxStr* const found = scene.container.find(key);
+    require((found != nullptr) == (scene.model.count(number) != 0));
+    require(!found || *found == scene.model[number].c_str());
 }
 
 // Whole sets at once, on a set that nobody walks.
 inline void combine(Scene<Set>& scene, Script& script) {
     fxStrSet other(script.below(2) != 0 ? 1 : 37);
-    std::set<std::string> model;
+    Numbers model;
     for (unsigned int n = script.below(40); n > 0; --n) {
-        const std::string key = keyOf(script.word() % keys);
-        other.add(key.c_str());
-        model.insert(key);
+        const unsigned int number = script.word() % keys;
+        other.add(keyOf(number));
+        model.set(number);
     }
-    const std::set<std::string> before = scene.model;
+    const Numbers before = numbersIn<Set>(scene.model);
+    Numbers after;
     switch (script.below(3)) {
         case 0:
             scene.container |= other;
-            scene.model.insert(model.begin(), model.end());
+            after = before | model;
             break;
         case 1:
             scene.container &= other;
-            for (const std::string& key : before) {
-                if (model.count(key) == 0)
-                    scene.model.erase(key);
-            }
+            after = before & model;
             break;
         default:
             scene.container -= other;
-            for (const std::string& key : model)
-                scene.model.erase(key);
+            after = before & ~model;
             break;
     }
     // Twice, since nothing is said of their order.
+    const Numbers removed = before & ~after;
     for (unsigned int pass = 0; pass < 2; ++pass) {
-        for (const std::string& key : before) {
-            if (scene.model.count(key) == 0)
-                scene.wasRemoved(key);
+        for (unsigned int number = 0; number < keys; ++number) {
+            if (removed[number]) {
+                scene.wasRemoved(number);
+                scene.model.erase(number);
+            }
         }
     }
-    for (const std::string& key : scene.model) {
-        if (before.count(key) == 0)
-            scene.wasAdded(key);
+    const Numbers added = after & ~before;
+    for (unsigned int number = 0; number < keys; ++number) {
+        if (added[number]) {
+            scene.wasAdded(number);
+            scene.model.insert(number);
+        }
     }
 }
 
 inline void change(Scene<Set>& scene, Script& script) {
-    const std::string key = keyOf(script.word() % keys);
-    const bool isThere = scene.model.count(key) != 0;
+    const unsigned int number = script.word() % keys;
+    const char* const key = keyOf(number);
+    const bool isThere = scene.model.count(number) != 0;
     switch (script.below(16)) {
         case 0:
             combine(scene, script);
@@ -216,18 +248,18 @@ inline void change(Scene<Set>& scene, Script& script) {
         case 5:
         case 6:
         case 7:
-            require((scene.container.add(key.c_str()) != nullptr) == !isThere);
-            scene.model.insert(key);
+            require((scene.container.add(key) != nullptr) == !isThere);
+            scene.model.insert(number);
             if (!isThere)
-                scene.wasAdded(key);
+                scene.wasAdded(number);
             break;
         default:
-            scene.container.remove(key.c_str());
-            scene.model.erase(key);
-            scene.wasRemoved(key);
+            scene.container.remove(key);
+            scene.model.erase(number);
+            scene.wasRemoved(number);
             break;
     }
-    require((scene.container.contains(key.c_str()) != 0) == (scene.model.count(key) != 0));
+    require((scene.container.contains(key) != 0) == (scene.model.count(number) != 0));
 }
 
 template <class Kind>
