@@ -33,6 +33,13 @@ report() {
     fi
 }
 
+# built ID PRESET: what was built before is no measure of what can't be built now.
+built() {
+    ./dev build "$2" >&2 && return
+    report "$1" none measured 1
+    return 1
+}
+
 # --- fuzzers -------------------------------------------------------------------------------------
 
 # fuzz_figure ID RUNS LONGEST TARGET...: the least executions of a fuzzer, and the findings of all, in
@@ -95,16 +102,17 @@ runs_in() {
 }
 # through: whether this share of $target has been run since it was built, and has found nothing.
 through() {
-    [ "$log" -nt "build/fuzz/fuzz/$target" ] && [ "$log" -nt build/fuzz/kelvofxds/libkelvofxds.so ] &&
-        [ "$(runs_in "$log")" -ge $((runs / cores)) ] && ! grep -q '^ended with ' "$log"
+    newer=$(find -H "$log" -newer "build/fuzz/fuzz/$target" \
+        -newer build/fuzz/kelvofxds/libkelvofxds.so 2>/dev/null)
+    [ "$newer" ] && [ "$(runs_in "$log")" -ge $((runs / cores)) ] && ! grep -q '^ended with ' "$log"
 }
 
 goal_F1() {
-    ./dev build fuzz >&2
+    built F1 fuzz || return
     fuzz_figure F1 "$([ "$short" ] && echo 300000 || echo 20000000)" 65536 stream_fuzz
 }
 goal_F2() {
-    ./dev build fuzz >&2
+    built F2 fuzz || return
     targets=
     for fuzzer in build/fuzz/fuzz/*_fuzz; do
         name=$(basename "$fuzzer")
@@ -238,7 +246,7 @@ printed() {
 }
 
 goal_C1() {
-    ./dev build coverage >&2
+    built C1 coverage || return
     printed C1 tests/figures/coverage.sh
 }
 goal_C2() { printed C2 python3 tests/figures/messages.py; }
@@ -246,7 +254,7 @@ goal_C3() { printed C3 python3 tests/figures/deliberate.py; }
 goal_C4() { printed C4 python3 tests/figures/mutants.py --resume -j "$cores"; }
 goal_T1() { printed T1 tests/figures/threads.sh build/release; }
 goal_A1() {
-    ./dev build asan >&2
+    built A1 asan || return
     printed A1 tests/figures/abi.sh build/release build/asan
 }
 goal_A2() { printed A2 build/release/tests/hosts/host_reloading; }
@@ -259,7 +267,7 @@ goal_I6() {
 
 # measured ID PRESET: the line is printed by the test; a program that ended before has none.
 measured() {
-    ./dev build "$2" >&2
+    built "$1" "$2" || return
     set -- "$1" "build/$2/tests/figures/kelvofxds_figures" "--gtest_filter=*igure$1.*"
     [ "$short" ] || export KELVOFXDS_FIGURES=1
     printed "$@"
@@ -272,7 +280,7 @@ goal_L2() { measured L2 asan; }
 
 # Reports by the sanitizer, of the short form; memory without it, since it touches more.
 goal_H1() {
-    ./dev build asan >&2
+    built H1 asan || return
     reports=$(printed H1 build/asan/tests/figures/kelvofxds_figures "--gtest_filter=figureH1.*")
     case $reports in
     *PASS) measured H1 release ;;
