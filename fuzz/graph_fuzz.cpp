@@ -125,7 +125,7 @@ void use() {
         if (!node)
             continue;
         for (unsigned int i = 0; node->longs && i < node->count && node->count < 1000; ++i)
-            node->longs[i] = -node->longs[i];
+            node->longs[i] = ~node->longs[i];
         if (node->text && fxStr(node->text).length() > 1000000)
             std::abort();
         if (node->name.length() != fxStr(node->name).length())
